@@ -1,0 +1,57 @@
+# What every target of this project shares: warnings, sanitizers, and the three kinds of target.
+
+option(ORVANEL_WINDOW "Build the window program (needs Qt 6)" ON)
+option(ORVANEL_TESTS "Build the tests (needs GoogleTest)" ON)
+option(ORVANEL_BENCH "Build the benchmarks (needs Google Benchmark and the peers)" OFF)
+option(ORVANEL_FUZZ "Build the fuzz targets (needs clang)" OFF)
+option(ORVANEL_COVERAGE "Instrument for gcov" OFF)
+set(ORVANEL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+
+add_library(orvanel_options INTERFACE)
+target_compile_features(orvanel_options INTERFACE cxx_std_20)
+target_include_directories(orvanel_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/generated)
+target_compile_options(orvanel_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+    $<IF:$<CXX_COMPILER_ID:Clang>,-Wmissing-prototypes,-Wmissing-declarations>)
+if(ORVANEL_SANITIZE)
+    target_compile_options(orvanel_options INTERFACE
+        -fsanitize=${ORVANEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g)
+    target_link_options(orvanel_options INTERFACE -fsanitize=${ORVANEL_SANITIZE})
+endif()
+if(ORVANEL_FUZZ)
+    target_compile_options(orvanel_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+if(ORVANEL_COVERAGE)
+    target_compile_options(orvanel_options INTERFACE --coverage)
+    target_link_options(orvanel_options INTERFACE --coverage)
+endif()
+
+# orvanel_library(NAME SOURCES file... [USES layer...] [NO_EXCEPTIONS]): one layer, one static
+# library. USES names the layers below that it may call; nothing else is there to link against.
+function(orvanel_library name)
+    cmake_parse_arguments(arg "NO_EXCEPTIONS" "" "SOURCES;USES" ${ARGN})
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_link_libraries(${name} PUBLIC orvanel_options ${arg_USES})
+    if(arg_NO_EXCEPTIONS)
+        target_compile_options(${name} PRIVATE -fno-exceptions)
+    endif()
+endfunction()
+
+# orvanel_program(NAME SOURCES file... [USES target...]): a program in bin/. The layers call up
+# through host_calls.h, so the whole stack is searched as one group.
+function(orvanel_program name)
+    cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
+    add_executable(${name} ${arg_SOURCES})
+    string(REPLACE ";" "," stack "${ORVANEL_STACK}")
+    target_link_libraries(${name} PRIVATE orvanel_options ${arg_USES} "$<LINK_GROUP:RESCAN,${stack}>")
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+endfunction()
+
+# orvanel_test(NAME SOURCES file... USES target...): a GoogleTest program; each test in it is a
+# ctest case. USES names the layer under test alone, so a call in the wrong direction doesn't link.
+function(orvanel_test name)
+    cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE orvanel_options ${arg_USES} orvanel_test_support GTest::gtest_main)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST)
+endfunction()

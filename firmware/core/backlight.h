@@ -1,0 +1,37 @@
+// backlight.h: the backlight's level and its fade. The commands set where it is to go; the tick
+// starts a 20 ms timer on the host's main thread, which takes it there in steps of 2 percent.
+
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace orvanel {
+
+extern std::atomic<std::int32_t> backlight_brightness;  // percent that ESC Y H chose, 0..100
+extern std::atomic<std::int32_t> backlight_target;      // where the fade runs to; 0 while off
+extern std::atomic<std::int32_t> backlight_current;     // where it has come
+
+/// What the colour model shows: 0 dark, 1 full, else percent. A fade up to 1 percent shows as full.
+extern std::atomic<std::uint8_t> backlight_level;
+
+/// Ticks until the backlight goes off, 0 for no limit.
+extern std::atomic<std::uint8_t> backlight_off_timer;
+
+/// The tick's two shares: starts the fade timer if there is a way to go and it doesn't run; counts
+/// down the time limit.
+void tick_fade();
+void tick_backlight_limit();
+
+/// One step of the fade timer, on the host's main thread each 20 ms: stops the timer when the
+/// target is reached, else steps and shows the new colours.
+void backlight_fade_step();
+
+/// Power-on: full. The colours on the glass change with the next step or colour action only.
+void power_on_backlight();
+
+// Handlers of group Y's backlight commands.
+void set_brightness();
+void switch_backlight();
+
+}  // namespace orvanel

@@ -1,0 +1,26 @@
+// bytes.h: narrowing, wrapping and byte order, written out where they are part of the behaviour.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace orvanel {
+
+/// The low 8 bits of `v`: a wrap, never a clamp.
+constexpr std::uint8_t low8(std::int64_t v) { return static_cast<std::uint8_t>(v & 0xFF); }
+static_assert(low8(300) == 44 && low8(-1) == 255);
+
+/// A 16-bit value from its two bytes, as they come in the image and in `ESC & E`: low byte first.
+constexpr std::uint16_t le16(std::uint8_t low, std::uint8_t high) {
+    return static_cast<std::uint16_t>(low | high << 8);
+}
+static_assert(le16(0x0D, 0x78) == 0x780D);
+
+/// The 16-bit value at `at`, low byte first; at + 1 lies in `bytes`.
+constexpr std::uint16_t le16(std::span<const std::uint8_t> bytes, std::size_t at) {
+    return le16(bytes[at], bytes[at + 1]);
+}
+
+}  // namespace orvanel

@@ -1,0 +1,133 @@
+#include "firmware/core/device.h"
+
+#include "firmware/core/bytes.h"
+#include "firmware/core/draw_area.h"
+#include "firmware/core/read.h"
+#include "firmware/core/requests.h"
+#include "firmware/store/eeprom.h"
+#include "firmware/store/eeprom_command.h"
+#include "firmware/store/timers.h"
+#include "firmware/text/terminal.h"
+#include "host/host_calls.h"
+#include "host/platform/platform.h"
+#include "link/answers.h"
+#include "link/pipes.h"
+#include "link/port.h"
+
+#include <array>
+#include <string_view>
+
+namespace orvanel {
+
+constinit std::uint8_t output_port = 0;
+constinit std::atomic<std::uint32_t> ports_shown{0};
+
+namespace {
+
+/// The version as two BCD digits and the revision letter, out of the version text: the digit behind
+/// the first 'V', the one behind the next '.', and the letter behind the '.' after that.
+struct Version {
+    std::uint8_t number, revision;
+};
+
+constexpr Version version_of(std::string_view text) {
+    const std::size_t v = text.find('V');
+    const std::size_t dot = text.find('.', v);
+    const std::size_t revision = text.find('.', dot + 1);
+    const int high = text[v + 1] - '0', low = text[dot + 1] - '0';
+    return {low8(high << 4 | low), static_cast<std::uint8_t>(text[revision + 1])};
+}
+static_assert(version_of("HD V1.8 Rev.B").number == 0x18 &&
+              version_of("HD V1.8 Rev.B").revision == 'B');
+
+}  // namespace
+
+void power_on_device() { output_port = 0xFF; }
+
+void identify() {
+    constexpr std::array<std::uint8_t, 9> answer{
+        0xFF, 0xFF, 0x48, low8(screen_width), 0, low8(screen_height), 0, 0x01, 0x42};
+    tx_pipe_put_block(answer);
+}
+
+void set_line_speed() {
+    constexpr std::array<std::int32_t, 8> rates{1200,  2400,  4800,  9600,
+                                                19200, 38400, 57600, 115200};
+    com_set_baud(rates[params[0] & 7]);
+}
+
+void wait_command() {
+    constexpr int step_ms = 100;
+    for (int left = params[0]; left > 0 && !breaking_off(); --left)
+        sleep_ms(step_ms);
+}
+
+void set_address() {
+    if (module_address.load() == 0) module_address.store(params[0]);
+}
+
+void send_bytes() {
+    for (int left = params[0]; left > 0; --left)
+        answer_byte(read_byte());
+}
+
+void send_information() {
+    const ImageCheck check = eeprom_checksum();
+    const auto [version, revision] = version_of(version_text);
+    const int size_kb = eeprom_size / 1024;
+    const std::array<std::uint8_t, 21> payload{low8(screen_width),
+                                               0,
+                                               low8(screen_height),
+                                               0,
+                                               version,
+                                               revision,
+                                               '+',
+                                               '+',
+                                               0x13,
+                                               0x80,
+                                               0x13,
+                                               0x80,
+                                               low8(size_kb),
+                                               low8(size_kb >> 8),
+                                               low8(check.image_crc),
+                                               low8(check.image_crc >> 8),
+                                               low8(check.stored_crc),
+                                               low8(check.stored_crc >> 8),
+                                               low8(check.image_length),
+                                               low8(check.image_length >> 8),
+                                               0};
+    answer_packet('I', payload);
+}
+
+void send_version() {
+    const std::string_view text = version_text;
+    answer_head('V', low8(static_cast<std::int64_t>(text.size())));
+    tx_pipe_put_text(text);
+}
+
+void start_beep(std::uint8_t n) {
+    if (n == 0) return;
+    beep();
+    beep_timer.store(n);
+}
+
+void beep_command() { start_beep(params[0]); }
+
+void set_output_port(std::uint8_t p, std::uint8_t v) {
+    const int line = p & 0x0F;
+    const auto bit = low8(1 << ((line - 1) & 7));
+    if (line == 0)
+        output_port = v;
+    else if ((v & 3) == 0)
+        output_port = low8(output_port & ~bit);
+    else if ((v & 3) == 1)
+        output_port |= bit;
+    else if ((v & 3) == 2)
+        output_port ^= bit;
+    ports_shown.store(~std::uint32_t{output_port});
+    show_ports();
+}
+
+void output_port_command() { set_output_port(params[0], params[1]); }
+
+}  // namespace orvanel

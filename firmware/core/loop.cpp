@@ -1,0 +1,71 @@
+#include "firmware/core/loop.h"
+
+#include "firmware/core/commands.h"
+#include "firmware/core/power_on.h"
+#include "firmware/core/read.h"
+#include "firmware/core/requests.h"
+#include "firmware/raster/planes.h"
+#include "firmware/store/macro.h"
+#include "firmware/store/timers.h"
+#include "firmware/text/terminal.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::uint8_t most_idle_passes = 255;
+
+/// Passes at macro depth 0 since the reset; stops at most_idle_passes.
+constinit std::uint8_t idle_passes = 0;
+
+/// Starts at most one process macro, the lowest that is due.
+void start_due_process() {
+    if (idle_passes <= 1 || !macro_processes_enabled) return;
+    for (int i = 0; i < static_cast<int>(process_macros.size()); ++i) {
+        if ((process_macros[static_cast<std::size_t>(i)].clock.load() & process_due) == 0) continue;
+        run_process_macro(i);
+        return;
+    }
+}
+
+/// What the module does between two commands, and only while no macro runs. The depth is looked at
+/// once: an automatic macro that is due in the same pass nests on top of a process macro and runs
+/// first.
+void background_work() {
+    if (macro_depth > 0) return;
+    if (idle_passes < most_idle_passes) ++idle_passes;
+    terminal_blink();
+    start_due_process();
+    if (auto_macro_mode.load() != 0 && auto_macro_timer.load() == 0) run_auto_macro();
+}
+
+void handle_byte() {
+    if (current_byte != lead_in_esc && current_byte != lead_in_hash) {
+        terminal_put(current_byte);
+        return;
+    }
+    lead_in = current_byte;
+    select_graphics_planes();
+    run_command();
+}
+
+}  // namespace
+
+void run_firmware() {
+    while (!shutdown_requested.load()) {
+        idle_passes = 0;
+        reset_cycle();
+        while (!breaking_off()) {
+            do {
+                background_work();
+            } while (!read_next_byte());
+            if (shutdown_requested.load()) return;
+            handle_byte();
+        }
+    }
+}
+
+}  // namespace orvanel

@@ -1,0 +1,64 @@
+#include "firmware/core/power_on.h"
+
+#include "firmware/core/backlight.h"
+#include "firmware/core/device.h"
+#include "firmware/core/draw_area.h"
+#include "firmware/core/requests.h"
+#include "firmware/raster/area_fill.h"
+#include "firmware/raster/line.h"
+#include "firmware/raster/picture.h"
+#include "firmware/raster/planes.h"
+#include "firmware/raster/refresh.h"
+#include "firmware/raster/screen_store.h"
+#include "firmware/store/macro.h"
+#include "firmware/store/timers.h"
+#include "firmware/text/font.h"
+#include "firmware/text/layout.h"
+#include "firmware/text/terminal.h"
+#include "link/pipes.h"
+#include "link/port.h"
+
+namespace orvanel {
+
+namespace {
+
+void clear_planes() {
+    draw_area = whole_screen;
+    select_graphics_planes();
+    fill_area(link_replace, pattern_clear);
+    select_terminal_plane();
+    fill_area(link_replace, pattern_clear);
+}
+
+}  // namespace
+
+void power_on_defaults() {
+    power_on_backlight();
+    power_on_display();
+    power_on_link();
+    power_on_pipes();
+    power_on_pen();
+    power_on_store();
+    power_on_fonts();
+    power_on_styles();
+    power_on_pictures();
+    draw_area = whole_screen;
+    terminal_init();
+    select_graphics_planes();
+    power_on_macros();
+    power_on_timers();
+    power_on_device();
+    // Last, so that a request that comes in while the defaults are written has no further effect.
+    restart_requested.store(false);
+}
+
+void reset_cycle() {
+    com_set_baud(com_baud.load());
+    power_on_defaults();
+    clear_planes();
+    refresh_all();
+    run_macro(power_on_macro_table, reset_kind.load());
+    tick_enabled.store(true);
+}
+
+}  // namespace orvanel

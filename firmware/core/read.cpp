@@ -1,0 +1,155 @@
+#include "firmware/core/read.h"
+
+#include "firmware/core/bytes.h"
+#include "firmware/core/draw_area.h"
+#include "firmware/core/requests.h"
+#include "firmware/store/macro.h"
+#include "host/platform/platform.h"
+#include "link/pipes.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvanel {
+
+constinit std::uint8_t current_byte = 0;
+constinit std::uint8_t lead_in = 0;
+constinit std::array<std::uint8_t, max_reads> params{};
+
+namespace {
+
+constexpr int idle_sleep_ms = 5;
+
+constexpr std::uint8_t zoom_from(std::uint8_t v) { return low8(((v - 1) & 3) + 1); }
+static_assert(zoom_from(4) == 4 && zoom_from(5) == 1 && zoom_from(0) == 4);
+
+constexpr std::uint8_t bar_index_from(std::uint8_t v) { return low8((v - 1) & 31); }
+static_assert(bar_index_from(1) == 0 && bar_index_from(33) == 0 && bar_index_from(0) == 31);
+
+constexpr std::uint8_t clamp_x(std::uint8_t v) { return std::min<std::uint8_t>(v, last_x); }
+constexpr std::uint8_t clamp_y(std::uint8_t v) { return std::min<std::uint8_t>(v, last_y); }
+
+constexpr bool is_digit(std::uint8_t b) { return b >= '0' && b <= '9'; }
+
+/// The value of a hexadecimal digit in either case, -1 for any other byte.
+constexpr int hex_digit(std::uint8_t b) {
+    if (is_digit(b)) return b - '0';
+    if (b >= 'A' && b <= 'F') return b - 'A' + 10;
+    if (b >= 'a' && b <= 'f') return b - 'a' + 10;
+    return -1;
+}
+
+std::uint32_t read_hex_digits() {
+    std::uint32_t value = 0;
+    for (int digit = hex_digit(read_byte()); digit >= 0; digit = hex_digit(read_byte()))
+        value = value * 16 + static_cast<std::uint32_t>(digit);
+    return value;
+}
+
+}  // namespace
+
+bool read_next_byte() {
+    if (breaking_off()) {
+        current_byte = 0;
+        return true;
+    }
+    if (tick_yield_pending.load(std::memory_order_relaxed)) {
+        tick_yield_pending.store(false);
+        sleep_ms(idle_sleep_ms);
+    }
+    if (macro_depth > 0) {
+        current_byte = next_macro_byte();
+        spend_byte_time();
+        return true;
+    }
+    if (rx_count() > 0) {
+        // The one other consumer is a clearing, on this thread; a byte that is counted is there.
+        current_byte = low8(rx_pipe_get());
+        spend_byte_time();
+        return true;
+    }
+    sleep_until_input(idle_sleep_ms);
+    return false;
+}
+
+std::uint8_t read_byte() {
+    while (!read_next_byte()) {
+    }
+    return current_byte;
+}
+
+std::uint8_t read_letter() {
+    read_byte();
+    if (current_byte >= 'a' && current_byte <= 'z') current_byte = low8(current_byte - 'a' + 'A');
+    return current_byte;
+}
+
+std::uint32_t read_number() {
+    // Separators, blanks and stray letters in front of a number vanish here; a '-' does too.
+    do {
+        read_byte();
+    } while (!is_digit(current_byte) && current_byte != '$' && !breaking_off());
+    if (current_byte == '$') return read_hex_digits();
+    std::uint32_t value = 0;
+    for (; is_digit(current_byte); read_byte())
+        value = value * 10 + static_cast<std::uint32_t>(current_byte - '0');
+    return value;
+}
+
+std::uint8_t read_param() {
+    if (lead_in == lead_in_esc) return read_byte();
+    return current_byte = low8(read_number());
+}
+
+void read_point1() {
+    draw_area.x1 = clamp_x(read_param());
+    draw_area.y1 = clamp_y(read_param());
+}
+
+void read_point2() {
+    draw_area.x2 = clamp_x(read_param());
+    draw_area.y2 = clamp_y(read_param());
+}
+
+void read_rect() {
+    read_point1();
+    read_point2();
+    if (draw_area.x1 > draw_area.x2) std::swap(draw_area.x1, draw_area.x2);
+    if (draw_area.y1 > draw_area.y2) std::swap(draw_area.y1, draw_area.y2);
+}
+
+std::uint8_t read_zoom() { return current_byte = zoom_from(read_param()); }
+
+std::uint8_t read_bar_index() { return current_byte = bar_index_from(read_param()); }
+
+void read_params(const std::array<Read, max_reads>& reads) {
+    std::size_t count = 0;
+    for (const Read read : reads) {
+        switch (read) {
+        case Read::none:
+            return;
+        case Read::p:
+            params[count++] = read_param();
+            break;
+        case Read::pt1:
+            read_point1();
+            break;
+        case Read::pt2:
+            read_point2();
+            break;
+        case Read::rect:
+            read_rect();
+            break;
+        case Read::zoom:
+            params[count++] = read_zoom();
+            break;
+        case Read::bar:
+            params[count++] = read_bar_index();
+            break;
+        default:
+            break;  // read by the handler
+        }
+    }
+}
+
+}  // namespace orvanel

@@ -1,0 +1,79 @@
+// read.h: the read layer. Every byte of the command language comes through here, whatever its
+// source: a running macro goes before rx_pipe. All of it runs on firmware_thread.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace orvanel {
+
+constexpr std::uint8_t lead_in_esc = 0x1B;
+constexpr std::uint8_t lead_in_hash = 0x23;  // '#': parameters are ASCII numbers
+
+/// The byte last delivered; every read operation leaves its result here.
+extern std::uint8_t current_byte;
+
+/// The byte that opened the running command, lead_in_esc or lead_in_hash.
+extern std::uint8_t lead_in;
+
+/// What a command takes in front of its handler, one entry a read, in the words of
+/// docs/commands.md. The entries from raw_string on read nothing: they name what the handler reads
+/// itself.
+enum class Read : std::uint8_t {
+    none,
+    p,    // read_param into `params`
+    pt1,  // read_point1
+    pt2,  // read_point2
+    rect,
+    zoom,  // read_zoom into `params`
+    bar,   // read_bar_index into `params`
+    raw_string,
+    raw_text,
+    raw_picture,
+    raw_byte,
+    raw_bytes,
+    own,
+    own_raw,
+};
+
+constexpr int max_reads = 6;
+
+/// The values of the running command's p, zoom and bar reads, in their order; points go to
+/// draw_area and take no place here.
+extern std::array<std::uint8_t, max_reads> params;
+
+/// Reads what the list says, in its order.
+void read_params(const std::array<Read, max_reads>& reads);
+
+/// One attempt: true if current_byte holds a new byte. Never blocks for longer than one 5 ms sleep
+/// and one more after a tick. While a restart or the shutdown is pending it gives 0 and true.
+bool read_next_byte();
+
+/// The next byte, raw, whatever the lead-in. Waits for it.
+std::uint8_t read_byte();
+
+/// The next byte with 'a' to 'z' upper-cased, in current_byte too.
+std::uint8_t read_letter();
+
+/// The ASCII number of the '#' lead-in: decimal, or hexadecimal behind '$'. Wraps at 32 bits.
+/// Takes the one byte behind the last digit, whatever it is.
+std::uint32_t read_number();
+
+/// One parameter, in the form that lead_in asks for, cut to 8 bits.
+std::uint8_t read_param();
+
+/// Two parameters each into draw_area: x clamped to 239, y to 127.
+void read_point1();
+void read_point2();
+
+/// x1, y1, x2, y2 into draw_area: first clamped, then ordered.
+void read_rect();
+
+/// 1 to 4: 1..4 stay, 5 gives 1, 0 gives 4. A wrap, where other readers clamp.
+std::uint8_t read_zoom();
+
+/// 0 to 31 for bar 1 to 32; 33 gives 0 again, 0 gives 31.
+std::uint8_t read_bar_index();
+
+}  // namespace orvanel

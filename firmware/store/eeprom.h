@@ -1,0 +1,62 @@
+// eeprom.h: the memory that outlives a reset, as one block of bytes. Its layout stands in
+// docs/formats.md. After the load at start it belongs to firmware_thread; the host takes it back
+// when that thread has ended.
+
+#pragma once
+
+#include "firmware/core/bytes.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace orvanel {
+
+constexpr int eeprom_small = 32 * 1024;  // bytes
+constexpr int eeprom_large = 64 * 1024;
+
+constexpr int font_table = 0x0000;     // 2 bytes a font; entry 0 is image_length
+constexpr int picture_table = 0x0020;  // 2 bytes a picture
+constexpr std::uint16_t no_entry = 0xFFFF;
+
+/// eeprom_small or eeprom_large; set at start, before the firmware runs.
+extern int eeprom_size;
+
+/// The image: the first eeprom_size bytes are the module's memory.
+extern std::array<std::uint8_t, eeprom_large> eeprom_image;
+
+/// Makes an erased image of `size` bytes, all 0xFF, and copies `content` to its start; what is
+/// longer than the image is cut. For the load at program start.
+void eeprom_reset_to(int size, std::span<const std::uint8_t> content);
+
+/// Whether the image has to be saved at the end of the run.
+enum class EepromState : std::int8_t {
+    overflowed = -1,  // a write went past the end and has not been reported yet
+    unchanged = 0,
+    programmed = 1,
+};
+extern EepromState eeprom_state;
+
+/// Sets the image cursor, 0..65535. Not checked here.
+void eeprom_seek(std::uint16_t offset);
+
+/// The byte at the cursor, which advances; outside the image 0, and the cursor stays.
+std::uint8_t eeprom_read();
+
+/// The two bytes at the cursor, low byte first, by eeprom_read.
+std::uint16_t eeprom_read16();
+
+/// Writes at the cursor, which advances. False, and nothing changed, outside the image and once the
+/// program is told to end: the image is saved as it stood then.
+bool eeprom_write(std::uint8_t byte);
+
+/// Fills the whole image with 0xFF, unless the program has been told to end.
+void eeprom_erase();
+
+/// The byte at `offset`, 0 outside the image. Leaves the cursor alone.
+inline std::uint8_t eeprom_at(std::int64_t offset) {
+    if (offset < 0 || offset >= eeprom_size) return 0;
+    return eeprom_image[static_cast<std::size_t>(offset)];
+}
+
+}  // namespace orvanel

@@ -1,0 +1,133 @@
+#include "firmware/store/eeprom_command.h"
+
+#include "firmware/core/bytes.h"
+#include "firmware/core/read.h"
+#include "firmware/core/requests.h"
+#include "firmware/store/eeprom.h"
+#include "firmware/store/timers.h"
+#include "host/host_calls.h"
+#include "link/answers.h"
+#include "link/pipes.h"
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::uint16_t no_image = 0xFFFF;
+constexpr std::uint8_t overflow_report = 'E';
+constexpr std::uint8_t erased_byte = 0xFF;
+
+std::uint16_t crc_step(std::uint16_t crc, std::uint8_t byte) {
+    crc = static_cast<std::uint16_t>(crc ^ byte << 8);
+    for (int bit = 0; bit < 8; ++bit)
+        crc = static_cast<std::uint16_t>((crc & 0x8000) != 0 ? crc << 1 ^ 0x1021 : crc << 1);
+    return crc;
+}
+
+std::uint16_t read_raw16() {
+    const std::uint8_t low = read_byte();
+    return le16(low, read_byte());
+}
+
+/// Writes at the cursor. The first byte that doesn't fit is told on the line, and nothing more is
+/// written until a restart has reported the overflow.
+void program_byte(std::uint8_t byte) {
+    if (eeprom_state == EepromState::overflowed || eeprom_write(byte)) return;
+    if (shutdown_requested.load()) return;
+    answer_byte(overflow_report);
+    eeprom_state = EepromState::overflowed;
+}
+
+void send_image(std::uint16_t address, int length) {
+    eeprom_seek(address);
+    for (int i = 0; i < length; ++i)
+        answer_byte(eeprom_read());
+}
+
+void write_image(std::uint16_t address, int length) {
+    if (length == 0) return;
+    // A write from offset 0 starts a new image, so a download needs no erase of its own.
+    if (address == 0) eeprom_erase();
+    eeprom_seek(address);
+    // Read to the end even when nothing fits any more, or the stream loses step.
+    for (int i = 0; i < length; ++i)
+        program_byte(read_byte());
+}
+
+void store_crc() {
+    const ImageCheck check = eeprom_checksum();
+    if (check.image_length == no_image) return;
+    eeprom_seek(check.image_length);
+    eeprom_write(low8(check.image_crc));
+    eeprom_write(low8(check.image_crc >> 8));
+}
+
+void clear_image(std::uint16_t address, int length) {
+    if (length == 0) return;
+    eeprom_seek(address);
+    for (int i = 0; i < length && eeprom_state != EepromState::overflowed; ++i)
+        program_byte(erased_byte);
+    store_crc();
+}
+
+void report_overflow() {
+    eeprom_state = EepromState::unchanged;
+    show_message("Error: HD Orvanel42 simulator",
+                 "not enough EEPROM memory (32kB)\n"
+                 "to increase EEPROM-Memory edit File 'SIMULATOR.INI'\n"
+                 "change memKB=64 in Section [Orvanel42]");
+    eeprom_erase();
+    clear_pipe(rx_pipe);
+}
+
+void restart_module() {
+    if (shutdown_requested.load()) return;
+    if (eeprom_state == EepromState::overflowed)
+        report_overflow();
+    else
+        eeprom_state = EepromState::programmed;
+    tick_enabled.store(false);
+    request_restart(0);
+}
+
+}  // namespace
+
+ImageCheck eeprom_checksum() {
+    ImageCheck check{};
+    eeprom_seek(0);
+    const std::uint8_t low = eeprom_read(), high = eeprom_read();
+    check.image_length = le16(low, high);
+    if (check.image_length == no_image) return check;
+    std::uint16_t crc = crc_step(crc_step(0, low), high);
+    for (int offset = 2; offset < check.image_length; ++offset)
+        crc = crc_step(crc, eeprom_read());
+    check.image_crc = crc;
+    // Where the cursor stands: behind the length itself, for an image said to be shorter than it.
+    check.stored_crc = eeprom_read16();
+    return check;
+}
+
+void eeprom_command() {
+    macro_processes_enabled = false;
+    const std::uint16_t address = read_raw16();
+    const int length = read_raw16();
+    switch (read_byte()) {
+    case 'R':
+        send_image(address, length);
+        break;
+    case 'W':
+        write_image(address, length);
+        break;
+    case 'C':
+        clear_image(address, length);
+        restart_module();
+        break;
+    case 'J':
+        restart_module();
+        break;
+    default:
+        break;
+    }
+}
+
+}  // namespace orvanel

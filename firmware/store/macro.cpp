@@ -1,0 +1,60 @@
+#include "firmware/store/macro.h"
+
+#include "firmware/core/bytes.h"
+#include "firmware/store/eeprom.h"
+
+#include <array>
+
+namespace orvanel {
+
+constinit std::uint8_t macro_depth = 0;
+constinit std::atomic<std::uint8_t> auto_macro_mode{0};
+
+namespace {
+
+constexpr std::uint16_t erased_length = 0xFFFF;
+constexpr int record_size = 4;  // bytes: offset and length, low byte first
+
+/// Where a level reads on.
+struct MacroFrame {
+    int pos;   // image offset of the next byte
+    int left;  // bytes that the level still holds, above 0 while it is active
+};
+
+constinit MacroFrame running{};
+
+// The suspended levels, each under the depth it had: row 0 is never used, since the innermost
+// level is always `running`.
+constinit std::array<MacroFrame, max_macro_depth> suspended{};
+
+}  // namespace
+
+void power_on_macros() {
+    macro_depth = 0;
+    auto_macro_mode.store(0);
+}
+
+bool run_macro(std::uint16_t table, std::uint8_t index) {
+    if (macro_depth == max_macro_depth) return false;
+    eeprom_seek(static_cast<std::uint16_t>(table + record_size * index));
+    const int offset = eeprom_read16();
+    const int length = eeprom_read16();
+    if (length == 0 || length == erased_length) return false;
+    if (macro_depth > 0) suspended[macro_depth] = running;
+    ++macro_depth;
+    running = {offset, length};
+    return true;
+}
+
+std::uint8_t next_macro_byte() {
+    const std::uint8_t byte = eeprom_at(running.pos);
+    ++running.pos;
+    --running.left;
+    while (running.left == 0) {
+        if (--macro_depth == 0) break;
+        running = suspended[macro_depth];
+    }
+    return byte;
+}
+
+}  // namespace orvanel

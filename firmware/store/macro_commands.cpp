@@ -1,0 +1,14 @@
+#include "firmware/store/macro_commands.h"
+
+#include "firmware/core/read.h"
+#include "firmware/store/macro.h"
+
+namespace orvanel {
+
+void run_normal_macro() { run_macro(normal_macro_table, params[0]); }
+
+void run_touch_macro() { run_macro(touch_macro_table, params[0]); }
+
+void run_menu_macro() { run_macro(menu_macro_table, params[0]); }
+
+}  // namespace orvanel

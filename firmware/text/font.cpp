@@ -1,0 +1,121 @@
+#include "firmware/text/font.h"
+
+#include "firmware/core/bytes.h"
+#include "firmware/core/read.h"
+#include "firmware/raster/blit.h"
+#include "firmware/store/eeprom.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace orvanel {
+
+constinit FontRef string_font{};
+constinit FontRef touch_font{};
+constinit FontRef menu_font{};
+constinit FontRef terminal_font{};
+
+namespace {
+
+// clang-format off
+constexpr std::array builtin_font = std::to_array<std::uint8_t>({
+#include "builtin_font.inc"
+});
+// clang-format on
+static_assert(builtin_font.size() == 2096);
+
+constexpr std::uint8_t power_on_font = 5;
+constexpr std::uint8_t max_gap = 15;
+
+constexpr int header_bytes = 16;
+constexpr int width_entry_bytes = 3;
+
+// 255 x 255 dots.
+constexpr std::size_t largest_glyph = std::size_t{255} * stride_of(255);
+
+/// The copy of a glyph that lies partly outside its font's memory.
+constinit std::array<std::uint8_t, largest_glyph> cut_glyph{};
+
+/// The memory that a font lies in.
+std::span<const std::uint8_t> font_memory(bool builtin) {
+    if (builtin) return builtin_font;
+    return std::span(eeprom_image).first(static_cast<std::size_t>(eeprom_size));
+}
+
+/// The byte at `at`, 0 or more; 0 outside.
+std::uint8_t byte_at(std::span<const std::uint8_t> memory, std::int32_t at) {
+    const auto index = static_cast<std::size_t>(at);
+    return index < memory.size() ? memory[index] : std::uint8_t{0};
+}
+
+/// Forgets the number alone: when nothing can be selected, a reset leaves the font in use as it
+/// is.
+void select_anew(std::uint8_t n, FontRef& font) {
+    font.id = no_font;
+    select_font(n, font);
+}
+
+std::uint8_t gap_param() { return static_cast<std::uint8_t>(params[0] & max_gap); }
+
+}  // namespace
+
+void select_font(std::uint8_t n, FontRef& font) {
+    n &= 15;
+    if (n == font.id) return;
+    font.id = n;
+    const bool builtin = n == 0;
+    std::int32_t start = 0;
+    if (!builtin) {
+        // The table is read at the image cursor, which stays behind the entry.
+        eeprom_seek(static_cast<std::uint16_t>(font_table + 2 * n));
+        start = eeprom_read16();
+        if (start == no_entry) return;
+    }
+    const auto header = [memory = font_memory(builtin), start](std::int32_t i) {
+        return byte_at(memory, start + i);
+    };
+    if (header(0) != 'F' || header(1) != 'H' || header(2) != '7') return;
+    font.first = header(4);
+    font.last = header(5);
+    font.width = header(6);
+    font.height = header(7);
+    font.line_gap = header(10);
+    font.builtin = builtin;
+    font.width_table = start + header_bytes;
+    font.glyphs = start + le16(header(8), header(9));
+}
+
+GlyphEntry glyph_entry(const FontRef& font, std::uint8_t code) {
+    const std::span<const std::uint8_t> memory = font_memory(font.builtin);
+    const std::int32_t at = font.width_table + width_entry_bytes * (code - font.first);
+    return {byte_at(memory, at), le16(byte_at(memory, at + 1), byte_at(memory, at + 2))};
+}
+
+std::span<const std::uint8_t> glyph_rows(const FontRef& font, GlyphEntry entry) {
+    const std::span<const std::uint8_t> memory = font_memory(font.builtin);
+    const std::size_t start = static_cast<std::size_t>(font.glyphs) + entry.offset;
+    const std::size_t size =
+        std::size_t{font.height} * static_cast<std::size_t>(stride_of(entry.width));
+    if (start + size <= memory.size()) return memory.subspan(start, size);
+    const auto inside = memory.subspan(std::min(start, memory.size()));
+    std::copy(inside.begin(), inside.end(), cut_glyph.begin());
+    std::fill_n(cut_glyph.begin() + std::ssize(inside), size - inside.size(), std::uint8_t{0});
+    return std::span(cut_glyph).first(size);
+}
+
+void power_on_fonts() {
+    select_anew(0, terminal_font);
+    select_anew(power_on_font, string_font);
+    select_anew(power_on_font, menu_font);
+    select_anew(power_on_font, touch_font);
+}
+
+void select_string_font() { select_font(params[0], string_font); }
+void select_touch_font() { select_font(params[0], touch_font); }
+void select_menu_font() { select_font(params[0], menu_font); }
+void set_string_gap() { string_font.line_gap = gap_param(); }
+void set_touch_gap() { touch_font.line_gap = gap_param(); }
+void set_menu_gap() { menu_font.line_gap = gap_param(); }
+
+}  // namespace orvanel

@@ -1,0 +1,14 @@
+// image_file.h: the EEPROM image as a file, a plain copy of the block.
+
+#pragma once
+
+#include <string>
+
+namespace orvanel {
+
+/// Makes an erased image of `size` bytes and fills its start from the file; a shorter file leaves
+/// 0xFF behind its end, a longer one is cut. The result is empty on success, else what went wrong,
+/// and the image is erased.
+std::string load_image(const std::string& path, int size);
+
+}  // namespace orvanel

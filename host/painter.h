@@ -1,0 +1,29 @@
+// painter.h: how a drawing command waits for its rectangle to be painted. The firmware leaves the
+// rectangle and a ticket in an atomic word and waits; the main thread paints, answers, and never
+// waits for the firmware.
+
+#pragma once
+
+#include <cstdint>
+
+namespace orvanel {
+
+/// Window pixels for each dot of the glass, 1 or more. Main thread only.
+extern int view_zoom;
+
+/// Says that the main thread paints from now on. The painter is sealed until then. Main thread,
+/// before firmware_thread starts.
+void open_painter();
+
+/// Paints what firmware_thread has asked for, if it has. Called by the platform on the main thread
+/// after each wake_main.
+void serve_repaint();
+
+/// Says that nothing will be painted any more: whoever waits goes on, and nobody waits ever after.
+/// Main thread.
+void seal_painter();
+
+/// Rectangles painted for firmware_thread since the program started, modulo 2^31.
+std::uint32_t paints_served();
+
+}  // namespace orvanel

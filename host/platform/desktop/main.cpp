@@ -1,0 +1,112 @@
+// The window program: command line, surroundings, and the life of the event loop.
+
+#include "firmware/store/eeprom.h"
+#include "host/image_file.h"
+#include "host/painter.h"
+#include "host/platform/desktop/window.h"
+
+#include <CLI/CLI.hpp>
+#include <QApplication>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <system_error>
+
+namespace {
+
+constexpr int failed = 1;
+constexpr int wrong_command_line = 2;
+constexpr int start_zoom = 2;
+
+struct Options {
+    std::string file;
+    std::string image;
+    int mem_kib = 32;
+};
+
+/// Empty if the file can be read, else what is wrong with it.
+std::string unreadable(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) return path + ": no such file";
+    if (!std::filesystem::is_regular_file(path, ignored)) return path + ": not a plain file";
+    if (!std::ifstream(path)) return path + ": can't be read";
+    return {};
+}
+
+void add_options(CLI::App& app, Options& options) {
+    app.add_option("FILE", options.file, "Commands for the module, sent to it once it runs")
+        ->check(unreadable);
+    app.add_option("--image", options.image, "Load FILE as the EEPROM image")
+        ->option_text("FILE")
+        ->check(unreadable);
+    app.add_option("--mem", options.mem_kib, "EEPROM size in KiB, 32 if not given")
+        ->option_text("32|64")
+        ->check(CLI::IsMember({32, 64}));
+    app.set_version_flag("--version", "orvanel42 " ORVANEL_VERSION);
+}
+
+bool load_memory(const Options& options) {
+    const int size = options.mem_kib == 64 ? orvanel::eeprom_large : orvanel::eeprom_small;
+    if (options.image.empty()) {
+        orvanel::eeprom_reset_to(size, {});
+        return true;
+    }
+    const std::string fault = orvanel::load_image(options.image, size);
+    if (!fault.empty()) std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    return fault.empty();
+}
+
+/// Qt ends a program that finds no display by abort, which looks like a crash.
+void on_qt_message(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+    std::fprintf(stderr, "orvanel42: %s\n", qPrintable(text));
+    if (type == QtFatalMsg) std::_Exit(failed);
+}
+
+/// Sets what Qt reads from the environment, as far as the user hasn't. False if there is no
+/// display to open a window on.
+bool prepare_display() {
+    // A dot is a whole number of device pixels.
+    if (!qEnvironmentVariableIsSet("QT_ENABLE_HIGHDPI_SCALING"))
+        qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return true;
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")) {
+        // Wherever X is to be had it goes first: it lets a window choose its place.
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+        return true;
+    }
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    CLI::App app{"Simulator of the HD Orvanel42 display module, in a window", "orvanel42"};
+    add_options(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& fault) {
+        return app.exit(fault) == 0 ? EXIT_SUCCESS : wrong_command_line;
+    }
+    if (!load_memory(options)) return wrong_command_line;
+    if (!prepare_display()) {
+        std::fputs("orvanel42: there is no display to open a window on (DISPLAY and "
+                   "WAYLAND_DISPLAY are not set); orvanel42-headless runs without one\n",
+                   stderr);
+        return failed;
+    }
+    qInstallMessageHandler(on_qt_message);
+    argc = 1;  // the rest is ours and not for Qt
+    const QApplication application(argc, argv);
+    orvanel::view_zoom = start_zoom;
+    if (!orvanel::open_window(options.file)) {
+        std::fputs("orvanel42: no file descriptor left\n", stderr);
+        return failed;
+    }
+    const int status = QApplication::exec();
+    orvanel::close_window();
+    return status;
+}

@@ -1,0 +1,124 @@
+#include "host/platform/desktop/window.h"
+
+#include "host/painter.h"
+#include "host/painting.h"
+#include "host/platform/platform.h"
+#include "host/platform/shared/real_time.h"
+#include "host/platform/shared/wake.h"
+#include "host/window_timer.h"
+#include "link/feeds.h"
+
+#include <QCoreApplication>
+#include <QImage>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <QWidget>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+constexpr int window_timer_ms = 100;
+
+class Glass final : public QWidget {
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+constinit Glass* glass = nullptr;
+constinit std::vector<std::uint32_t> frame{};  // the client area, as compose_window leaves it
+constinit int main_wake = -1;                  // set by firmware_thread when it wants a paint
+
+void Glass::paintEvent(QPaintEvent* event) {
+    const int w = window_width();
+    const int h = window_height();
+    const QImage picture(reinterpret_cast<const uchar*>(frame.data()), w, h,
+                         w * static_cast<int>(sizeof frame[0]), QImage::Format_RGB32);
+    QPainter painter(this);
+    for (const QRect& part : event->region()) {
+        const QRect inside = part & QRect(0, 0, w, h);
+        compose_window(frame, {inside.left(), inside.top(), inside.left() + inside.width(),
+                               inside.top() + inside.height()});
+        painter.drawImage(inside, picture, inside);
+    }
+}
+
+void make_glass() {
+    frame.resize(static_cast<std::size_t>(window_width()) *
+                 static_cast<std::size_t>(window_height()));
+    glass = new Glass;
+    glass->setAttribute(Qt::WA_OpaquePaintEvent);
+    glass->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                          Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                          Qt::WindowCloseButtonHint);
+    glass->setWindowTitle("HD Orvanel42 simulator");
+    glass->setFixedSize(window_width(), window_height());
+}
+
+/// Has the event loop run `action` whenever `fd` has been set; ends with the window.
+void on_wake(int fd, void (*action)()) {
+    auto* notifier = new QSocketNotifier(fd, QSocketNotifier::Read, glass);
+    QObject::connect(notifier, &QSocketNotifier::activated, glass, [fd, action] {
+        take_wake(fd);
+        action();
+    });
+}
+
+void start_window_timer() {
+    auto* timer = new QTimer(glass);
+    timer->setTimerType(Qt::PreciseTimer);
+    QObject::connect(timer, &QTimer::timeout, glass, window_timer);
+    timer->start(window_timer_ms);
+}
+
+}  // namespace
+
+bool open_window(const std::string& file) {
+    main_wake = open_wake();
+    const int end_wake = open_end_signals();
+    if (!open_real_time() || main_wake < 0 || end_wake < 0) return false;
+    make_glass();
+    glass->show();
+    on_wake(main_wake, serve_repaint);
+    on_wake(end_wake, QCoreApplication::quit);
+    start_window_timer();
+    start_module();
+    if (!file.empty()) open_feed(file);
+    return true;
+}
+
+void close_window() {
+    stop_module();
+    close_end_signals();
+    delete glass;
+    glass = nullptr;
+    close_wake(main_wake);
+    close_real_time();
+}
+
+// The platform: real time, and the window above.
+
+void sleep_ms(int ms) { real_sleep_ms(ms); }
+
+void sleep_until_input(int ms) { real_sleep_until_input(ms); }
+
+void wake_firmware() { real_wake_firmware(); }
+
+void spend_byte_time() {}
+
+bool on_main_thread() { return real_on_main_thread(); }
+
+void wake_main() { set_wake(main_wake); }
+
+void paint_window(PixelRect rect) {
+    // A hidden or minimised window paints nothing here, and all of it when it shows again.
+    glass->repaint(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
+}
+
+}  // namespace orvanel

@@ -1,0 +1,18 @@
+// window.h: the window of the desktop program, with the module running behind it. Qt's main thread
+// is the host's main thread.
+
+#pragma once
+
+#include <string>
+
+namespace orvanel {
+
+/// Opens the window, starts the module, and feeds it `file` unless that is empty. A QApplication
+/// exists, and view_zoom and the EEPROM image stand. SIGINT and SIGTERM end the event loop from
+/// here on, as closing the window does. False if the system lacks what that takes.
+[[nodiscard]] bool open_window(const std::string& file);
+
+/// Ends the module in order and then the window. The event loop has ended.
+void close_window();
+
+}  // namespace orvanel

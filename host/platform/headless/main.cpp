@@ -1,0 +1,54 @@
+// orvanel42-headless: the module without a window, driven by scenarios.
+
+#include "firmware/core/commands.h"
+#include "firmware/store/eeprom.h"
+#include "host/image_file.h"
+#include "host/platform/headless/jobs.h"
+#include "host/platform/headless/options.h"
+#include "host/platform/headless/session.h"
+#include "host/scenario/report.h"
+
+#include <csignal>
+#include <cstdio>
+#include <string>
+
+namespace {
+
+using namespace orvanel;
+
+/// The image of the command line, or a blank one. False, and told, if it can't be read.
+bool load_memory(const Options& options) {
+    const int size = options.mem_kib == 64 ? eeprom_large : eeprom_small;
+    if (options.image.empty()) {
+        eeprom_reset_to(size, {});
+        return true;
+    }
+    const std::string fault = load_image(options.image, size);
+    if (!fault.empty()) std::fprintf(stderr, "orvanel42-headless: error: %s\n", fault.c_str());
+    return fault.empty();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    if (const int status = parse_options(argc, argv, options); status >= 0) return status;
+    // A reader that goes away is a fault to tell, not a death.
+    std::signal(SIGPIPE, SIG_IGN);
+    scenario_name = "orvanel42-headless";
+    if (options.commands) {
+        std::string text = command_reference();
+        if (text.ends_with('\n')) text.pop_back();
+        print_line(text);
+        return fault_status();
+    }
+    if (!load_memory(options)) return wrong_line;
+    picture_options = options.pictures;
+    real_time = options.real_time;
+    take_end_signals();
+    // The results of a lone scenario have to outlive its crash; what it says goes out at once.
+    const bool several = options.scenarios.size() > 1;
+    if (several || !options.junit.empty())
+        return run_jobs(options.scenarios, {options.jobs, several, options.junit});
+    return run_session(options.scenarios.front());
+}

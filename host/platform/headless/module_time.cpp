@@ -1,0 +1,69 @@
+#include "host/platform/headless/module_time.h"
+
+#include "firmware/core/loop.h"
+#include "firmware/core/requests.h"
+#include "host/platform/headless/session.h"
+#include "host/scenario/runner.h"
+#include "host/window_timer.h"
+
+#include <algorithm>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::int64_t window_timer_us = 100'000;
+constexpr std::int64_t byte_us = 10;
+
+constinit std::int64_t now_us = 0;
+constinit std::int64_t next_window_timer_us = window_timer_us;
+constinit std::uint64_t delivered = 0;
+
+void serve_window_timer() {
+    next_window_timer_us += window_timer_us;
+    window_timer();
+    if (told_to_end()) stop_scenario();
+}
+
+/// Serves what is due up to `until`, in the order of its time.
+void serve_due(std::int64_t until) {
+    while (!shutdown_requested.load()) {
+        const std::int64_t due = std::min(next_window_timer_us, scenario_due_us());
+        if (due > until) return;
+        now_us = std::max(now_us, due);
+        // What falls due at the same time runs in this order: the window timer, the step of the
+        // fade, the turn of the link, the scenario.
+        if (due == next_window_timer_us)
+            serve_window_timer();
+        else
+            scenario_due();
+    }
+}
+
+}  // namespace
+
+void run_in_module_time() { run_firmware(); }
+
+std::int64_t module_clock_us() { return now_us; }
+
+void move_module_clock(std::int64_t us) {
+    const std::int64_t end = now_us + us;
+    serve_due(end);
+    if (shutdown_requested.load()) return;
+    now_us = end;
+    scenario_move_ended();
+}
+
+void move_module_clock_by_byte() {
+    const std::int64_t end = now_us + byte_us;
+    serve_due(end);
+    if (shutdown_requested.load()) return;
+    now_us = end;
+    // Only now: the quiet that settle waits for counts from the end of this move.
+    ++delivered;
+    scenario_move_ended();
+}
+
+std::uint64_t module_bytes_delivered() { return delivered; }
+
+}  // namespace orvanel

@@ -1,0 +1,79 @@
+#include "host/platform/headless/options.h"
+
+#include "host/scenario/report.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+
+namespace orvanel {
+
+namespace {
+
+constexpr int most_jobs = 256;
+
+/// Options that belong to this program and are known, but not available yet.
+constexpr const char* later_group = "Not available in this version";
+constexpr std::array later_options{"--save-image", "--dir", "--serial", "--trace"};
+constexpr std::array later_flags{"--strict"};
+
+[[noreturn]] void refuse(const char* name) {
+    throw CLI::ValidationError(name, "is not available in this version");
+}
+
+void add_later_options(CLI::App& app) {
+    for (const char* name : later_options)
+        app.add_option_function<std::string>(name, [name](const std::string&) { refuse(name); })
+            ->group(later_group);
+    for (const char* name : later_flags)
+        app.add_flag_callback(name, [name] { refuse(name); })->group(later_group);
+}
+
+void add_options(CLI::App& app, Options& options) {
+    app.add_option("--image", options.image, "Load FILE as the EEPROM image")->option_text("FILE");
+    app.add_option("--mem", options.mem_kib, "EEPROM size in KiB, 32 if not given")
+        ->option_text("32|64")
+        ->check(CLI::IsMember({32, 64}));
+    app.add_flag("--realtime", options.real_time, "Run on the real clock, not in module time");
+    app.add_flag("--update", options.pictures.update,
+                 "expect-screen writes its picture instead of comparing");
+    app.add_flag("--update-missing", options.pictures.update_missing,
+                 "expect-screen writes its picture where the file is missing");
+    app.add_option("--out", options.pictures.folder,
+                   "Pictures of failed comparisons go to DIR, not beside the expected ones")
+        ->option_text("DIR");
+    app.add_option("--junit", options.junit, "Write the results to FILE, for CI servers")
+        ->option_text("FILE");
+    app.add_option("--jobs", options.jobs, "Run N scenarios side by side")
+        ->option_text("N")
+        ->check(CLI::Range(1, most_jobs));
+    app.add_flag("--commands", options.commands,
+                 "Print the reference of the module's command language and end");
+    app.add_option("SCENARIO", options.scenarios,
+                   "Scenario files, each run on a fresh module; - (the default) is standard input");
+    app.set_version_flag("--version", "orvanel42-headless " ORVANEL_VERSION);
+}
+
+}  // namespace
+
+int parse_options(int argc, char** argv, Options& options) {
+    options = {};
+    options.mem_kib = 32;
+    options.jobs = 1;
+    CLI::App app{"Runs the HD Orvanel42 display module without a window, driven by scenarios",
+                 "orvanel42-headless"};
+    add_options(app, options);
+    add_later_options(app);
+    try {
+        app.parse(argc, argv);
+        if (options.scenarios.empty()) options.scenarios = {"-"};
+        if (std::count(options.scenarios.begin(), options.scenarios.end(), "-") > 1)
+            throw CLI::ValidationError("SCENARIO", "standard input can be read only once");
+    } catch (const CLI::ParseError& fault) {
+        return app.exit(fault) == 0 ? all_well : wrong_line;
+    }
+    return -1;
+}
+
+}  // namespace orvanel

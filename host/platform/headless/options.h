@@ -1,0 +1,26 @@
+// options.h: the command line of orvanel42-headless.
+
+#pragma once
+
+#include "host/scenario/expectations.h"
+
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+struct Options {
+    std::string image;  // file of the EEPROM image; empty: a blank one
+    int mem_kib;        // 32 or 64
+    PictureOptions pictures;
+    std::string junit;
+    int jobs;
+    bool real_time;
+    bool commands;  // print the command reference and do nothing else
+    std::vector<std::string> scenarios;
+};
+
+/// Reads the command line. -1 to go on; else the exit status, with everything said.
+int parse_options(int argc, char** argv, Options& options);
+
+}  // namespace orvanel

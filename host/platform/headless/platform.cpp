@@ -1,0 +1,58 @@
+// The seam of platform.h for the program without a window: module time, or real time with a frame
+// in memory.
+
+#include "host/platform/platform.h"
+
+#include "host/platform/headless/module_time.h"
+#include "host/platform/headless/real_session.h"
+#include "host/platform/headless/session.h"
+#include "host/platform/shared/real_time.h"
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::int64_t us_per_ms = 1000;
+
+}  // namespace
+
+void sleep_ms(int ms) {
+    if (!real_time) {
+        move_module_clock(ms * us_per_ms);
+        return;
+    }
+    note_real_sleep();
+    real_sleep_ms(ms);
+}
+
+void sleep_until_input(int ms) {
+    if (!real_time) {
+        move_module_clock(ms * us_per_ms);
+        return;
+    }
+    note_real_sleep();
+    real_sleep_until_input(ms);
+}
+
+void wake_firmware() {
+    if (real_time) real_wake_firmware();
+}
+
+void spend_byte_time() {
+    if (real_time)
+        note_real_byte();
+    else
+        move_module_clock_by_byte();
+}
+
+bool on_main_thread() { return !real_time || real_on_main_thread(); }
+
+void wake_main() {
+    if (real_time) wake_real_session();
+}
+
+void paint_window(PixelRect rect) {
+    if (real_time) paint_frame(rect);
+}
+
+}  // namespace orvanel

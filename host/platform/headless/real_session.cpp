@@ -1,0 +1,127 @@
+#include "host/platform/headless/real_session.h"
+
+#include "host/painter.h"
+#include "host/painting.h"
+#include "host/platform/headless/session.h"
+#include "host/platform/shared/real_time.h"
+#include "host/platform/shared/wake.h"
+#include "host/scenario/report.h"
+#include "host/scenario/runner.h"
+#include "host/scenario/waits.h"
+#include "host/window_timer.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr std::int64_t us_per_ms = 1000;
+constexpr std::int64_t window_timer_us = 100 * us_per_ms;
+constexpr std::int64_t test_step_us = us_per_ms;  // between two looks at what the scenario awaits
+
+constinit steady_clock::time_point start{};
+constinit std::int64_t next_window_timer_us = 0;
+constinit int timers_run = 0;
+constinit int main_wake = -1;
+constinit std::vector<std::uint32_t> frame{};  // the window's client area
+
+// The reset cycle of the start, which clears the pipes, is over when the firmware first sleeps or
+// takes a byte. Not before does the scenario begin.
+constinit std::atomic<bool> firmware_moves{false};
+constinit std::atomic<std::uint64_t> delivered{0};  // written by firmware_thread alone
+
+/// How long the next poll may wait.
+int turn_ms() {
+    const std::int64_t now = real_clock_us();
+    std::int64_t due = std::min(next_window_timer_us, scenario_due_us());
+    if (!firmware_moves.load(std::memory_order_relaxed) || waiting_for_event())
+        due = std::min(due, now + test_step_us);
+    return static_cast<int>((std::max<std::int64_t>(due - now, 0) + us_per_ms - 1) / us_per_ms);
+}
+
+void serve_window_timer() {
+    const std::int64_t now = real_clock_us();
+    if (now < next_window_timer_us) return;
+    // As with a window's timer, a late turn doesn't make up for those it has missed.
+    next_window_timer_us += (now - next_window_timer_us) / window_timer_us * window_timer_us;
+    next_window_timer_us += window_timer_us;
+    ++timers_run;
+    window_timer();
+}
+
+}  // namespace
+
+std::int64_t real_clock_us() {
+    using std::chrono::duration_cast;
+    using std::chrono::microseconds;
+    return duration_cast<microseconds>(steady_clock::now() - start).count();
+}
+
+void note_real_sleep() { firmware_moves.store(true, std::memory_order_release); }
+
+void note_real_byte() {
+    firmware_moves.store(true, std::memory_order_release);
+    delivered.store(delivered.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
+std::uint64_t real_bytes_delivered() { return delivered.load(std::memory_order_relaxed); }
+
+int window_timers_run() { return timers_run; }
+
+void wake_real_session() { set_wake(main_wake); }
+
+void paint_frame(PixelRect rect) { compose_window(frame, rect); }
+
+bool open_real_session() {
+    main_wake = open_wake();
+    if (main_wake < 0 || !open_real_time()) return false;
+    frame.resize(static_cast<std::size_t>(window_width()) *
+                 static_cast<std::size_t>(window_height()));
+    start = steady_clock::now();
+    next_window_timer_us = window_timer_us;
+    start_module();
+    return true;
+}
+
+void turn_real_session() {
+    const int input = scenario_wants_input() ? scenario_input_fd() : -1;
+    std::array<pollfd, 3> fds{pollfd{main_wake, POLLIN, 0}, pollfd{end_signals_fd(), POLLIN, 0},
+                              pollfd{input, POLLIN, 0}};
+    if (poll(fds.data(), fds.size(), turn_ms()) < 0) return;
+    if (fds[0].revents != 0) {
+        take_wake(main_wake);
+        serve_repaint();
+    }
+    if (fds[1].revents != 0) stop_scenario();
+    serve_window_timer();
+    if (fds[2].revents != 0) scenario_input_ready();
+    if (real_clock_us() >= scenario_due_us()) scenario_due();
+    if (firmware_moves.load(std::memory_order_acquire)) scenario_move_ended();
+}
+
+void close_real_session() {
+    stop_module();
+    close_real_time();
+    close_wake(main_wake);
+}
+
+void run_in_real_time() {
+    if (!open_real_session()) {
+        report_fault(wrong_line, "no file descriptor left");
+        return;
+    }
+    while (!scenario_ended())
+        turn_real_session();
+    close_real_session();
+}
+
+}  // namespace orvanel

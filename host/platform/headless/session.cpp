@@ -1,0 +1,68 @@
+#include "host/platform/headless/session.h"
+
+#include "host/platform/headless/module_time.h"
+#include "host/platform/headless/real_session.h"
+#include "host/platform/shared/wake.h"
+#include "host/scenario/report.h"
+#include "host/scenario/runner.h"
+#include "host/scenario/world.h"
+#include "link/feeds.h"
+
+#include <poll.h>
+
+#include <array>
+
+namespace orvanel {
+
+constinit bool real_time = false;
+
+namespace {
+
+constinit int end_fd = -1;
+
+}  // namespace
+
+void take_end_signals() {
+    if (end_fd >= 0) close_end_signals();
+    end_fd = open_end_signals();
+}
+
+bool told_to_end() {
+    pollfd end{end_fd, POLLIN, 0};
+    return poll(&end, 1, 0) > 0;
+}
+
+int end_signals_fd() { return end_fd; }
+
+std::int64_t clock_us() { return real_time ? real_clock_us() : module_clock_us(); }
+
+std::uint64_t bytes_delivered() {
+    return real_time ? real_bytes_delivered() : module_bytes_delivered();
+}
+
+bool wait_for_scenario_input(int fd) {
+    // In real time the main loop watches the input, and the timers go on meanwhile.
+    if (real_time) return false;
+    std::array<pollfd, 2> fds{pollfd{fd, POLLIN, 0}, pollfd{end_fd, POLLIN, 0}};
+    while (poll(fds.data(), fds.size(), -1) < 0) {
+    }
+    if (fds[1].revents == 0) return true;
+    stop_scenario();
+    return false;
+}
+
+int run_session(const std::string& name) {
+    const std::string fault = open_scenario(name);
+    if (!fault.empty())
+        report_fault(wrong_line, "can't be opened: " + fault);
+    else if (real_time)
+        run_in_real_time();
+    else
+        run_in_module_time();
+    close_scenario();
+    stop_feed();
+    write_end_record();
+    return fault_status();
+}
+
+}  // namespace orvanel

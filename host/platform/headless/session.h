@@ -1,0 +1,22 @@
+// session.h: one scenario on a fresh module in this process, in module time or in real time.
+
+#pragma once
+
+#include <string>
+
+namespace orvanel {
+
+/// Real time in place of module time. Set before run_session, then left alone.
+extern bool real_time;
+
+/// Takes SIGINT and SIGTERM from now on; told_to_end says whether one has come, end_signals_fd is
+/// readable from then on. Again after a fork, so that parent and child have each their own.
+void take_end_signals();
+bool told_to_end();
+int end_signals_fd();
+
+/// Runs the scenario `name` from its first line to its end. The EEPROM image is loaded. The result
+/// is the exit status.
+int run_session(const std::string& name);
+
+}  // namespace orvanel

@@ -1,0 +1,72 @@
+#include "host/platform/shared/real_time.h"
+
+#include "firmware/core/loop.h"
+#include "firmware/core/requests.h"
+#include "host/painter.h"
+#include "host/platform/shared/wake.h"
+#include "link/feeds.h"
+
+#include <atomic>
+#include <optional>
+#include <thread>
+
+namespace orvanel {
+
+namespace {
+
+// Written before firmware_thread starts and after it has ended.
+constinit int input_wake = -1;
+constinit int stop_wake = -1;  // once set it stays so: every sleep ends at once
+constinit std::optional<std::thread::id> main_thread{};
+constinit std::optional<std::thread> firmware_thread{};
+
+// input_wake has been set since the last sleep: saves a system call for each further block.
+constinit std::atomic<bool> firmware_woken{false};
+
+}  // namespace
+
+bool open_real_time() {
+    main_thread = std::this_thread::get_id();
+    firmware_woken.store(false);
+    input_wake = open_wake();
+    stop_wake = open_wake();
+    return input_wake >= 0 && stop_wake >= 0;
+}
+
+void close_real_time() {
+    close_wake(input_wake);
+    close_wake(stop_wake);
+}
+
+void real_sleep_ms(int ms) { wait_for_wake(stop_wake, ms); }
+
+void real_sleep_until_input(int ms) {
+    if (!wait_for_wake(input_wake, ms)) return;
+    // The flag goes last: who finds it still set put his bytes before we look at the pipe again,
+    // and who finds it clear sets the wake anew.
+    take_wake(input_wake);
+    firmware_woken.exchange(false);
+}
+
+void real_wake_firmware() {
+    if (!firmware_woken.exchange(true)) set_wake(input_wake);
+}
+
+bool real_on_main_thread() { return std::this_thread::get_id() == main_thread; }
+
+void start_module() {
+    open_painter();
+    firmware_thread.emplace(run_firmware);
+}
+
+void stop_module() {
+    shutdown_requested.store(true);
+    seal_painter();
+    set_wake(stop_wake);
+    real_wake_firmware();
+    if (firmware_thread) firmware_thread->join();
+    firmware_thread.reset();
+    stop_feed();
+}
+
+}  // namespace orvanel

@@ -1,0 +1,27 @@
+// wake.h: a descriptor that one thread makes readable and another waits for, in poll or in an event
+// loop. It crosses threads without a lock, and a signal handler may set it.
+
+#pragma once
+
+namespace orvanel {
+
+/// A new wake, not set; -1 if the system has no descriptor left.
+int open_wake();
+void close_wake(int fd);
+
+/// Makes `fd` readable. From any thread and from signal handlers; leaves errno alone.
+void set_wake(int fd);
+
+/// Makes `fd` unreadable again. Several set_wake before it count as one.
+void take_wake(int fd);
+
+/// Waits until `fd` is readable, at most `ms` milliseconds. True if it is.
+bool wait_for_wake(int fd, int ms);
+
+/// A wake that SIGINT and SIGTERM set from now on, in place of ending the program; -1 on failure.
+int open_end_signals();
+
+/// Gives the two signals their default action again and closes the wake.
+void close_end_signals();
+
+}  // namespace orvanel

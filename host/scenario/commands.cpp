@@ -1,0 +1,292 @@
+#include "host/scenario/commands.h"
+
+#include "firmware/core/requests.h"
+#include "firmware/store/macro.h"
+#include "host/scenario/answers.h"
+#include "host/scenario/expectations.h"
+#include "host/scenario/line.h"
+#include "host/scenario/report.h"
+#include "host/scenario/waits.h"
+#include "host/scenario/world.h"
+#include "link/feeds.h"
+#include "link/pipes.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <numeric>
+#include <system_error>
+#include <utility>
+
+namespace orvanel {
+
+constinit std::string scenario_folder{};
+
+namespace {
+
+constexpr std::int64_t language_version = 1;
+constexpr std::int64_t longest_wait_ms = 1'000'000'000;
+constexpr std::int64_t settle_ms = 60'000;
+constexpr std::int64_t await_ms = 5000;
+constexpr std::int64_t required = -1;
+
+constinit bool no_command_before = false;
+
+// ---- the functions of the table ----
+
+void check_version(const Arguments& a) {
+    if (!no_command_before) {
+        report_fault(wrong_line, "'scenario' is only for the first line");
+    } else if (a.number != language_version) {
+        report_fault(wrong_line, "version " + std::to_string(a.number) +
+                                     " of the scenario language is unknown; this is version " +
+                                     std::to_string(language_version));
+    }
+}
+
+void send(const Arguments& a) {
+    // The ring would drop what doesn't fit, and the scenario would test something else than it
+    // says.
+    const auto room = static_cast<std::size_t>(pipe_size - rx_count());
+    if (a.bytes.size() > room) {
+        report_fault(wrong_line, std::to_string(a.bytes.size()) +
+                                     " bytes don't fit, rx_pipe has room for " +
+                                     std::to_string(room) + "; 'settle' first, or 'feed' a file");
+        return;
+    }
+    auto_macro_mode.store(0);
+    rx_pipe_put_block(a.bytes);
+}
+
+void print_answers(const Arguments& /*a*/) { print_line("answers" + hex_of(take_answers())); }
+
+void feed(const Arguments& a) {
+    std::error_code ignored;
+    const bool plain = std::filesystem::is_regular_file(a.path, ignored);
+    if (!plain || !std::ifstream(a.path)) {
+        // start_feed_file is silent about it, but here silence helps nobody.
+        report_fault(wrong_line,
+                     a.path + (plain                                      ? " can't be read"
+                               : std::filesystem::exists(a.path, ignored) ? " is no plain file"
+                                                                          : ": no such file"));
+        return;
+    }
+    // In quotes, which the feed takes off: the name may begin with one of its own.
+    start_feed_file('"' + a.path + '"');
+}
+
+void reset(const Arguments& a) { request_restart(static_cast<std::uint8_t>(a.number)); }
+
+void wait_ms(const Arguments& a) { wait_for_time(a.number); }
+
+void settle(const Arguments& a) { wait_for_quiet(a.number); }
+
+void print_time(const Arguments& /*a*/) { print_line("time " + std::to_string(clock_us() / 1000)); }
+
+void screen(const Arguments& a) { save_screen(a.path, a.shown); }
+
+void expect_answers_command(const Arguments& a) { expect_answers(a.bytes); }
+
+void expect_screen_command(const Arguments& a) { expect_screen(a.path, a.shown); }
+
+void await_answers(const Arguments& a) { wait_for_answers(a.bytes, a.within_ms); }
+
+void await_screen(const Arguments& a) {
+    ScreenExpectation expectation{a.path, a.shown, {}};
+    if (load_expectation(expectation)) wait_for_screen(expectation, a.within_ms);
+}
+
+// ---- the words of the table ----
+
+constexpr Argument bytes{Take::bytes, 0, 0, required};
+constexpr Argument path{Take::path, 0, 0, required};
+constexpr Argument picture{Take::picture, 0, 0, required};
+constexpr Argument shown{Take::shown, 0, 0, required};
+constexpr Argument within{Take::within, 0, longest_wait_ms, await_ms};
+
+constexpr Argument number(std::int64_t most) { return {Take::number, 0, most, required}; }
+
+constexpr Argument number_or(std::int64_t otherwise, std::int64_t most) {
+    return {Take::number, 0, most, otherwise};
+}
+
+// clang-format off
+constexpr ScenarioCommand commands[]{
+    {"scenario",       "1",                                 {number(longest_wait_ms)},               check_version},
+    {"send",           "BYTES",                             {bytes},                                 send},
+    {"answers",        "",                                  {},                                      print_answers},
+    {"port",           "N",                                 {},                                      nullptr},
+    {"protocol",       "0 or 1",                            {},                                      nullptr},
+    {"line",           "BYTES",                             {},                                      nullptr},
+    {"line-answers",   "",                                  {},                                      nullptr},
+    {"cts",            "0 or 1",                            {},                                      nullptr},
+    {"rts",            "",                                  {},                                      nullptr},
+    {"touch",          "X Y",                               {},                                      nullptr},
+    {"lift",           "",                                  {},                                      nullptr},
+    {"mouse-down",     "PX PY",                             {},                                      nullptr},
+    {"mouse-move",     "PX PY",                             {},                                      nullptr},
+    {"mouse-up",       "PX PY",                             {},                                      nullptr},
+    {"key",            "TEXT",                              {},                                      nullptr},
+    {"menu",           "ID",                                {},                                      nullptr},
+    {"drop",           "PATH PX PY",                        {},                                      nullptr},
+    {"open",           "PATH [X Y]",                        {},                                      nullptr},
+    {"feed",           "PATH",                              {path},                                  feed},
+    {"demo",           "",                                  {},                                      nullptr},
+    {"reset",          "[KIND]",                            {number_or(0, 3)},                       reset},
+    {"wait",           "MS",                                {number(longest_wait_ms)},               wait_ms},
+    {"settle",         "[MS]",                              {number_or(settle_ms, longest_wait_ms)}, settle},
+    {"time",           "",                                  {},                                      print_time},
+    {"screen",         "FILE [main or flash]",              {picture, shown},                        screen},
+    {"window",         "FILE.png",                          {},                                      nullptr},
+    {"expect-answers", "BYTES",                             {bytes},                                 expect_answers_command},
+    {"expect-line",    "BYTES",                             {},                                      nullptr},
+    {"expect-screen",  "FILE [main or flash]",              {picture, shown},                        expect_screen_command},
+    {"await-answers",  "BYTES [within MS]",                 {bytes, within},                         await_answers},
+    {"await-line",     "BYTES [within MS]",                 {},                                      nullptr},
+    {"await-screen",   "FILE [main or flash] [within MS]",  {picture, shown, within},                await_screen},
+    {"ports",          "",                                  {},                                      nullptr},
+    {"backlight",      "",                                  {},                                      nullptr},
+    {"title",          "",                                  {},                                      nullptr},
+    {"area-at",        "X Y",                               {},                                      nullptr},
+    {"link",           "",                                  {},                                      nullptr},
+    {"baud",           "",                                  {},                                      nullptr},
+    {"line-absent",    "0 or 1",                            {},                                      nullptr},
+    {"panel",          "",                                  {},                                      nullptr},
+    {"cursor",         "",                                  {},                                      nullptr},
+    {"dialog",         "CONTROL [VALUE] or close",          {},                                      nullptr},
+    {"clipboard",      "FILE.bmp",                          {},                                      nullptr},
+    {"outline",        "FILE.pbm",                          {},                                      nullptr},
+    {"geometry",       "",                                  {},                                      nullptr},
+    {"setting",        "KEY",                               {},                                      nullptr},
+    {"mark",           "ID",                                {},                                      nullptr},
+    {"bridge",         "NUMBER FIRST SECOND",               {},                                      nullptr},
+};
+// clang-format on
+
+// ---- reading and running a line ----
+
+std::string resolved(const std::string& name) {
+    return (std::filesystem::path(scenario_folder) / name).string();
+}
+
+std::string take_picture_path(std::string_view& rest, Arguments& into) {
+    std::string fault = take_path(rest, into.path);
+    if (fault.empty() && !is_picture_path(into.path))
+        fault = in_quotes(into.path) + " ends neither in .png nor in .pbm";
+    into.path = resolved(into.path);
+    return fault;
+}
+
+void take_shown(std::string_view& rest, Arguments& into) {
+    std::string_view ahead = rest;
+    const std::string_view word = take_word(ahead);
+    if (word != "main" && word != "flash") return;
+    into.shown = word == "main" ? Shown::main : Shown::flash;
+    rest = ahead;
+}
+
+std::string take_within(std::string_view& rest, const Argument& a, Arguments& into) {
+    into.within_ms = a.otherwise;
+    std::string_view ahead = rest;
+    if (take_word(ahead) != "within") return {};
+    rest = ahead;
+    return take_number(rest, a.least, a.most, into.within_ms);
+}
+
+std::string take_argument(std::string_view& rest, const Argument& a, Arguments& into) {
+    switch (a.take) {
+    case Take::none:
+        return {};
+    case Take::bytes:
+        return take_bytes(rest, into.bytes);
+    case Take::path: {
+        std::string fault = take_path(rest, into.path);
+        into.path = resolved(into.path);
+        return fault;
+    }
+    case Take::picture:
+        return take_picture_path(rest, into);
+    case Take::shown:
+        take_shown(rest, into);
+        return {};
+    case Take::number:
+        into.number = a.otherwise;
+        if (a.otherwise >= 0 && trimmed(rest).empty()) return {};
+        return take_number(rest, a.least, a.most, into.number);
+    case Take::within:
+        return take_within(rest, a, into);
+    }
+    return {};
+}
+
+/// How many letters have to be put in, left out or changed to make one of the other.
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
+        }
+    }
+    return row.back();
+}
+
+void report_unknown(std::string_view name) {
+    constexpr std::size_t longest_name = 30;  // beyond it nobody means a command of ours
+    std::string message = "unknown command " + in_quotes(name);
+    const auto* nearest = std::min_element(
+        std::begin(commands), std::end(commands), [name](const auto& a, const auto& b) {
+            return edit_distance(name.substr(0, longest_name), a.name) <
+                   edit_distance(name.substr(0, longest_name), b.name);
+        });
+    if (edit_distance(name.substr(0, longest_name), nearest->name) <= nearest->name.size() / 2)
+        message += "; is it " + in_quotes(nearest->name) + "?";
+    report_fault(wrong_line, message);
+}
+
+void run_command(const ScenarioCommand& command, std::string_view rest) {
+    const std::string name(command.name);
+    if (command.run == nullptr) {
+        report_fault(wrong_line, in_quotes(name) + " is not available in this version");
+        return;
+    }
+    Arguments values{};
+    std::string fault;
+    for (const Argument& a : command.arguments)
+        if (fault.empty()) fault = take_argument(rest, a, values);
+    if (fault.empty() && !trimmed(rest).empty()) fault = in_quotes(trimmed(rest)) + " is too much";
+    if (!fault.empty()) {
+        const std::string usage(command.usage);
+        report_fault(wrong_line,
+                     fault + "; the form is: " + name + (usage.empty() ? "" : " ") + usage);
+        return;
+    }
+    command.run(values);
+}
+
+}  // namespace
+
+std::span<const ScenarioCommand> scenario_commands() { return commands; }
+
+bool run_scenario_line(std::string_view line, bool is_first) {
+    std::string_view rest = trimmed(line);
+    if (rest.empty() || rest.front() == ';') return false;
+    no_command_before = is_first;
+    if (rest.find('\0') != std::string_view::npos) {
+        report_fault(wrong_line, "there is a NUL byte in the line");
+        return true;
+    }
+    const std::string_view name = take_word(rest);
+    const auto* command = std::find_if(std::begin(commands), std::end(commands),
+                                       [name](const ScenarioCommand& c) { return c.name == name; });
+    if (command == std::end(commands))
+        report_unknown(name);
+    else
+        run_command(*command, rest);
+    return true;
+}
+
+}  // namespace orvanel

@@ -1,0 +1,61 @@
+// commands.h: the commands of the scenario language: one table, one function each.
+
+#pragma once
+
+#include "host/scenario/picture.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvanel {
+
+/// What one argument of a command is.
+enum class Take : std::uint8_t {
+    none,
+    bytes,    // HEX and TEXT pieces
+    path,     // from the folder of the scenario
+    picture,  // a path that ends in .png or .pbm
+    shown,    // `main`, `flash` or nothing
+    number,   // least..most; `otherwise` if it is left out, where that isn't below 0
+    within,   // `within MS` or nothing, then `otherwise`
+};
+
+struct Argument {
+    Take take;
+    std::int64_t least, most;
+    std::int64_t otherwise;
+};
+
+constexpr std::size_t max_arguments = 3;
+
+/// The arguments of the running command.
+struct Arguments {
+    std::vector<std::uint8_t> bytes;
+    std::string path;  // resolved against the folder of the scenario
+    Shown shown;
+    std::int64_t number;
+    std::int64_t within_ms;
+};
+
+struct ScenarioCommand {
+    std::string_view name;
+    std::string_view usage;  // the arguments as messages show them
+    std::array<Argument, max_arguments> arguments;
+    void (*run)(const Arguments&);  // nullptr: known, but not available yet
+};
+
+/// All commands, in the order of docs/scenarios.md.
+std::span<const ScenarioCommand> scenario_commands();
+
+/// The folder that the paths of the scenario start from.
+extern std::string scenario_folder;
+
+/// Runs one line of a scenario, which may begin a wait. `is_first` says that no command came before
+/// it. Blank lines and comments are none; the result is false for them.
+bool run_scenario_line(std::string_view line, bool is_first);
+
+}  // namespace orvanel

@@ -1,0 +1,98 @@
+#include "host/scenario/expectations.h"
+
+#include "host/scenario/answers.h"
+#include "host/scenario/comparison.h"
+#include "host/scenario/report.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace orvanel {
+
+constinit PictureOptions picture_options{};
+
+namespace {
+
+/// Where a picture about the expected one goes: `golden/a.pbm` gives `golden/a.KIND.png`, or the
+/// same name in the folder of the command line.
+std::string path_beside(const std::string& path, const std::string& kind) {
+    std::filesystem::path beside(path);
+    beside.replace_extension(kind + ".png");
+    if (picture_options.folder.empty()) return beside.string();
+    std::error_code ignored;  // what is wrong with the folder shows when the picture is written
+    std::filesystem::create_directories(picture_options.folder, ignored);
+    return (std::filesystem::path(picture_options.folder) / beside.filename()).string();
+}
+
+/// A line for the report: the picture's path, or why it isn't there. The comparison has failed
+/// already; a picture that can't be written makes it no worse.
+std::string written_line(const std::string& path, const std::string& fault) {
+    return "\n    " + path + (fault.empty() ? "" : " can't be written: " + fault);
+}
+
+std::string write_actual(const std::string& path, const BitPlane& actual) {
+    const std::string beside = path_beside(path, ".actual");
+    return written_line(beside, write_picture(beside, actual));
+}
+
+}  // namespace
+
+void report_answers(std::span<const std::uint8_t> expected, std::span<const std::uint8_t> actual,
+                    const std::string& occasion) {
+    report_fault(expectation_failed, occasion + explain_bytes(expected, actual));
+}
+
+void expect_answers(std::span<const std::uint8_t> expected) {
+    const std::vector<std::uint8_t> actual = take_answers();
+    if (!std::equal(expected.begin(), expected.end(), actual.begin(), actual.end()))
+        report_answers(expected, actual, "other answers: ");
+}
+
+void save_screen(const std::string& path, Shown shown) {
+    const std::string fault = write_picture(path, take_glass(shown));
+    if (!fault.empty()) report_fault(wrong_line, "can't write " + path + ": " + fault);
+}
+
+bool load_expectation(ScreenExpectation& expectation) {
+    const std::string fault = read_picture(expectation.path, expectation.dots);
+    if (fault.empty()) return true;
+    std::error_code ignored;
+    const bool missing = !std::filesystem::exists(expectation.path, ignored);
+    report_fault(
+        expectation_failed,
+        "nothing to compare with: " + expectation.path + ": " + fault +
+            (missing ? " (--update-missing writes it); the glass shows" : "; the glass shows") +
+            write_actual(expectation.path, take_glass(expectation.shown)));
+    return false;
+}
+
+bool glass_shows(const ScreenExpectation& expectation) {
+    return glass_is(expectation.dots, expectation.shown);
+}
+
+void report_screen(const ScreenExpectation& expectation, const std::string& occasion) {
+    const BitPlane actual = take_glass(expectation.shown);
+    const Difference difference = compare_pictures(expectation.dots, actual);
+    const std::string beside = path_beside(expectation.path, ".diff");
+    report_fault(expectation_failed,
+                 occasion + expectation.path + ": " +
+                     explain_difference(difference, expectation.dots, actual) +
+                     write_actual(expectation.path, actual) +
+                     written_line(beside, write_difference(beside, expectation.dots, actual)));
+}
+
+void expect_screen(const std::string& path, Shown shown) {
+    std::error_code ignored;
+    if (picture_options.update ||
+        (picture_options.update_missing && !std::filesystem::exists(path, ignored))) {
+        save_screen(path, shown);
+        return;
+    }
+    ScreenExpectation expectation{path, shown, {}};
+    if (load_expectation(expectation) && !glass_shows(expectation))
+        report_screen(expectation, "another screen than ");
+}
+
+}  // namespace orvanel

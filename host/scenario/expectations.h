@@ -1,0 +1,53 @@
+// expectations.h: what a scenario expects of the module, and the reports where it is disappointed.
+// A disappointment is a fault of status 1 and doesn't end the run.
+
+#pragma once
+
+#include "firmware/raster/planes.h"
+#include "host/scenario/picture.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace orvanel {
+
+/// What the command line says about pictures.
+struct PictureOptions {
+    bool update;          // expect-screen writes its picture instead of comparing
+    bool update_missing;  // the same where the file is missing
+    std::string folder;   // for the pictures of failed comparisons; empty: beside the file
+};
+extern PictureOptions picture_options;
+
+/// A picture that the glass is to show.
+struct ScreenExpectation {
+    std::string path;  // of the file that holds it
+    Shown shown;
+    BitPlane dots;
+};
+
+/// Takes all answers and compares.
+void expect_answers(std::span<const std::uint8_t> expected);
+
+/// Writes what the glass shows to the file.
+void save_screen(const std::string& path, Shown shown);
+
+/// Compares with the file, or writes it, as picture_options say.
+void expect_screen(const std::string& path, Shown shown);
+
+/// Reads the picture. False, and reported, if there is none to compare with.
+bool load_expectation(ScreenExpectation& expectation);
+
+/// Whether the glass shows it now.
+bool glass_shows(const ScreenExpectation& expectation);
+
+/// Reports that the glass shows something else: in words, in characters and as pictures.
+/// `occasion` begins the report.
+void report_screen(const ScreenExpectation& expectation, const std::string& occasion);
+
+/// Reports answers that aren't the expected ones.
+void report_answers(std::span<const std::uint8_t> expected, std::span<const std::uint8_t> actual,
+                    const std::string& occasion);
+
+}  // namespace orvanel

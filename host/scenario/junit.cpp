@@ -1,0 +1,120 @@
+#include "host/scenario/junit.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string_view>
+
+namespace orvanel {
+
+namespace {
+
+/// Bytes of the UTF-8 character at the start of `text` that XML may hold; 0 if there is none.
+std::size_t character_length(std::string_view text) {
+    const auto at = [text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
+    const std::uint8_t first = at(0);
+    if (first < 0x80) return first >= 0x20 || first == '\n' || first == '\t' ? 1 : 0;
+    const std::size_t n = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    if (first < 0xC2 || first > 0xF4 || text.size() < n) return 0;
+    std::uint32_t code = first & (0xFFU >> (n + 1));
+    for (std::size_t i = 1; i < n; ++i) {
+        if ((at(i) & 0xC0) != 0x80) return 0;
+        code = code << 6 | (at(i) & 0x3FU);
+    }
+    constexpr std::array<std::uint32_t, 5> least_of_length{0, 0, 0x80, 0x800, 0x10000};
+    const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
+    const bool none = code == 0xFFFE || code == 0xFFFF || code > 0x10FFFF;
+    return code < least_of_length[n] || surrogate || none ? 0 : n;
+}
+
+std::string escaped(std::string_view text) {
+    std::string xml;
+    while (!text.empty()) {
+        const std::size_t n = character_length(text);
+        switch (text.front()) {
+        case '&':
+            xml += "&amp;";
+            break;
+        case '<':
+            xml += "&lt;";
+            break;
+        case '>':
+            xml += "&gt;";
+            break;
+        case '"':
+            xml += "&quot;";
+            break;
+        default:
+            if (n > 0) {
+                xml += text.substr(0, n);
+                break;
+            }
+            std::array<char, 5> escape{};
+            std::snprintf(escape.data(), escape.size(), "\\x%02X",
+                          static_cast<std::uint8_t>(text.front()));
+            xml += escape.data();
+        }
+        text.remove_prefix(std::max<std::size_t>(n, 1));
+    }
+    return xml;
+}
+
+std::string seconds_text(double seconds) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.3f", seconds);
+    return text.data();
+}
+
+bool is_failure(const Fault& fault) { return fault.status == expectation_failed; }
+bool is_error(const Fault& fault) { return !is_failure(fault); }
+
+std::string fault_xml(const std::string& name, const Fault& fault) {
+    const std::string element = is_failure(fault) ? "failure" : "error";
+    const std::string first_line = fault.text.substr(0, fault.text.find('\n'));
+    return "      <" + element + " message=\"" + escaped(first_line) + "\" type=\"" +
+           (fault.status == gave_up ? "settle"
+            : is_failure(fault)     ? "expectation"
+                                    : "scenario") +
+           "\">" + escaped(fault_message(name, fault)) + "</" + element + ">\n";
+}
+
+std::string case_xml(const CaseResult& result) {
+    std::string xml = "    <testcase classname=\"scenario\" name=\"" + escaped(result.name) +
+                      "\" time=\"" + seconds_text(result.seconds) + "\"";
+    if (result.faults.empty()) return xml + "/>\n";
+    xml += ">\n";
+    for (const Fault& fault : result.faults)
+        xml += fault_xml(result.name, fault);
+    return xml + "    </testcase>\n";
+}
+
+std::string counts(std::span<const CaseResult> results) {
+    double seconds = 0;
+    int failures = 0;  // cases; one with a failure and an error counts as an error
+    int errors = 0;
+    for (const CaseResult& result : results) {
+        seconds += result.seconds;
+        if (std::any_of(result.faults.begin(), result.faults.end(), is_error))
+            ++errors;
+        else if (!result.faults.empty())
+            ++failures;
+    }
+    return " tests=\"" + std::to_string(results.size()) + "\" failures=\"" +
+           std::to_string(failures) + "\" errors=\"" + std::to_string(errors) + "\" time=\"" +
+           seconds_text(seconds) + "\"";
+}
+
+}  // namespace
+
+std::string junit_xml(std::span<const CaseResult> results) {
+    const std::string totals = counts(results);
+    std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + totals +
+                      ">\n  <testsuite name=\"orvanel42-headless\"" + totals + ">\n";
+    for (const CaseResult& result : results)
+        xml += case_xml(result);
+    return xml + "  </testsuite>\n</testsuites>\n";
+}
+
+}  // namespace orvanel

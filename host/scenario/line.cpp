@@ -1,0 +1,193 @@
+#include "host/scenario/line.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::string_view blanks = " \t";
+constexpr std::size_t longest_quotation = 60;  // characters of the user's text in a message
+
+/// The value of a hexadecimal digit, -1 for any other character.
+constexpr int hex_digit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    return -1;
+}
+
+void skip_blanks(std::string_view& rest) {
+    rest.remove_prefix(std::min(rest.find_first_not_of(blanks), rest.size()));
+}
+
+std::string_view take_until(std::string_view& rest, std::string_view ends) {
+    const std::string_view word = rest.substr(0, rest.find_first_of(ends));
+    rest.remove_prefix(word.size());
+    return word;
+}
+
+/// The byte of two hexadecimal digits at the start of `text`, -1 if they aren't there.
+int hex_pair(std::string_view text) {
+    if (text.size() < 2) return -1;
+    const int high = hex_digit(text[0]);
+    const int low = hex_digit(text[1]);
+    return high < 0 || low < 0 ? -1 : high << 4 | low;
+}
+
+std::string take_hex(std::string_view& rest, std::vector<std::uint8_t>& bytes) {
+    const std::string_view digits = take_until(rest, " \t\"");
+    for (const char c : digits)
+        if (hex_digit(c) < 0)
+            return in_quotes(digits) + " is neither hexadecimal nor text in double quotes";
+    if (digits.size() % 2 != 0)
+        return in_quotes(digits) + " has an odd number of hexadecimal digits";
+    for (std::size_t i = 0; i < digits.size(); i += 2)
+        bytes.push_back(static_cast<std::uint8_t>(hex_pair(digits.substr(i))));
+    return {};
+}
+
+/// `rest` stands behind a backslash.
+std::string take_escape(std::string_view& rest, std::vector<std::uint8_t>& bytes) {
+    if (rest.empty()) return "the text lacks its closing quote";
+    const char letter = rest.front();
+    rest.remove_prefix(1);
+    switch (letter) {
+    case '\\':
+    case '"':
+        bytes.push_back(static_cast<std::uint8_t>(letter));
+        return {};
+    case 'n':
+        bytes.push_back('\n');
+        return {};
+    case 'r':
+        bytes.push_back('\r');
+        return {};
+    case 't':
+        bytes.push_back('\t');
+        return {};
+    case 'e':
+        bytes.push_back(0x1B);
+        return {};
+    case 'x': {
+        const int byte = hex_pair(rest);
+        if (byte < 0) return "\\x takes two hexadecimal digits";
+        bytes.push_back(static_cast<std::uint8_t>(byte));
+        rest.remove_prefix(2);
+        return {};
+    }
+    default:
+        return printable({&letter, 1}) + " is no escape behind \\";
+    }
+}
+
+/// `rest` stands behind the opening quote.
+std::string take_text(std::string_view& rest, std::vector<std::uint8_t>& bytes) {
+    while (!rest.empty()) {
+        const char c = rest.front();
+        rest.remove_prefix(1);
+        if (c == '"') return {};
+        if (c != '\\') {
+            bytes.push_back(static_cast<std::uint8_t>(c));
+            continue;
+        }
+        std::string fault = take_escape(rest, bytes);
+        if (!fault.empty()) return fault;
+    }
+    return "the text lacks its closing quote";
+}
+
+}  // namespace
+
+std::string_view trimmed(std::string_view text) {
+    skip_blanks(text);
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+std::string_view take_word(std::string_view& rest) {
+    skip_blanks(rest);
+    return take_until(rest, blanks);
+}
+
+std::string take_bytes(std::string_view& rest, std::vector<std::uint8_t>& bytes) {
+    for (;;) {
+        std::string_view ahead = rest;
+        if (const std::string_view word = take_word(ahead); word.empty() || word == "within")
+            return {};
+        skip_blanks(rest);
+        std::string fault;
+        if (rest.front() == '"') {
+            rest.remove_prefix(1);
+            fault = take_text(rest, bytes);
+        } else {
+            fault = take_hex(rest, bytes);
+        }
+        if (!fault.empty()) return fault;
+    }
+}
+
+std::string take_path(std::string_view& rest, std::string& path) {
+    skip_blanks(rest);
+    if (rest.empty()) return "a path is missing";
+    if (rest.front() != '"') {
+        path = take_word(rest);
+        return {};
+    }
+    rest.remove_prefix(1);
+    const std::size_t end = rest.find('"');
+    if (end == std::string_view::npos) return "the path lacks its closing quote";
+    path = rest.substr(0, end);
+    rest.remove_prefix(end + 1);
+    return path.empty() ? "the path is empty" : "";
+}
+
+std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t most,
+                        std::int64_t& value) {
+    const std::string_view word = take_word(rest);
+    const std::string range = std::to_string(least) + " to " + std::to_string(most);
+    if (word.empty()) return "a number is missing, " + range;
+    const bool digits = word.find_first_not_of("0123456789") == std::string_view::npos;
+    if (!digits) return in_quotes(word) + " is no number, " + range;
+    const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (fault != std::errc{} || value < least || value > most)
+        return printable(word) + " is outside " + range;
+    return {};
+}
+
+std::string hex_of(std::span<const std::uint8_t> bytes) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text;
+    text.reserve(bytes.size() * 3);
+    for (const std::uint8_t byte : bytes) {
+        text += ' ';
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    for (const char c : text.substr(0, longest_quotation)) {
+        if (c >= ' ' && c <= '~') {
+            shown += c;
+            continue;
+        }
+        std::array<char, 5> escape{};
+        std::snprintf(escape.data(), escape.size(), "\\x%02X", static_cast<unsigned char>(c));
+        shown += escape.data();
+    }
+    if (text.size() > longest_quotation) shown += "...";
+    return shown;
+}
+
+std::string in_quotes(std::string_view text) {
+    std::string shown = "'";
+    shown += printable(text);
+    return shown += '\'';
+}
+
+}  // namespace orvanel

@@ -1,0 +1,39 @@
+// line.h: taking one line of a scenario apart: words, bytes, paths and numbers. Each take_ function
+// shortens `rest` by what it took; where one can fail its result is empty on success, else what is
+// wrong, for the user's eyes.
+
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvanel {
+
+/// Without the blanks (space, tab) around it.
+std::string_view trimmed(std::string_view text);
+
+/// Up to the next blank; empty at the end of the line.
+std::string_view take_word(std::string_view& rest);
+
+/// HEX and TEXT pieces up to the end of the line or the word `within`. Appends to `bytes`.
+std::string take_bytes(std::string_view& rest, std::vector<std::uint8_t>& bytes);
+
+/// A word, or anything between double quotes, in which a backslash is a backslash.
+std::string take_path(std::string_view& rest, std::string& path);
+
+/// A decimal number of least..most.
+std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t most,
+                        std::int64_t& value);
+
+/// Each byte as ` HH`.
+std::string hex_of(std::span<const std::uint8_t> bytes);
+
+/// The text as it may stand in a message: cut to a readable length, and what isn't printable
+/// ASCII as \xHH. `in_quotes` puts it in single quotes.
+std::string printable(std::string_view text);
+std::string in_quotes(std::string_view text);
+
+}  // namespace orvanel

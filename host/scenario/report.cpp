@@ -1,0 +1,91 @@
+#include "host/scenario/report.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <system_error>
+
+namespace orvanel {
+
+constinit std::string scenario_name{};
+constinit int scenario_line = 0;
+constinit int fault_record_fd = -1;
+
+namespace {
+
+constexpr std::string_view end_record = "end\n";
+constexpr std::array<int, 4> by_weight{all_well, expectation_failed, gave_up, wrong_line};
+
+constinit int status_so_far = all_well;
+constinit bool output_failed = false;
+
+auto weight_of(int status) { return std::find(by_weight.begin(), by_weight.end(), status); }
+
+void write_record(std::string_view record) {
+    while (fault_record_fd >= 0 && !record.empty()) {
+        const ssize_t n = write(fault_record_fd, record.data(), record.size());
+        if (n < 0 && errno != EINTR) return;  // the reader is gone; there is nobody to tell
+        if (n > 0) record.remove_prefix(static_cast<std::size_t>(n));
+    }
+}
+
+/// Takes a number and the one character behind it.
+bool take_field(std::string_view& rest, char behind, std::size_t& value) {
+    const auto [end, fault] = std::from_chars(rest.data(), rest.data() + rest.size(), value);
+    const auto n = static_cast<std::size_t>(end - rest.data());
+    if (fault != std::errc{} || n >= rest.size() || rest[n] != behind) return false;
+    rest.remove_prefix(n + 1);
+    return true;
+}
+
+}  // namespace
+
+void print_line(std::string_view line) {
+    const bool written = std::fwrite(line.data(), 1, line.size(), stdout) == line.size() &&
+                         std::fputc('\n', stdout) != EOF && std::fflush(stdout) == 0;
+    if (written || output_failed) return;
+    output_failed = true;
+    report_fault(wrong_line,
+                 "can't write to standard output: " + std::generic_category().message(errno));
+}
+
+void report_fault(int status, std::string_view text) {
+    status_so_far = worse_status(status_so_far, status);
+    const Fault fault{status, scenario_line, std::string(text)};
+    std::fprintf(stderr, "%s\n", fault_message(scenario_name, fault).c_str());
+    write_record(std::to_string(status) + " " + std::to_string(fault.line) + " " +
+                 std::to_string(text.size()) + "\n" + fault.text);
+}
+
+int fault_status() { return status_so_far; }
+
+int worse_status(int a, int b) { return weight_of(a) < weight_of(b) ? b : a; }
+
+std::string fault_message(std::string_view name, const Fault& fault) {
+    std::string message(name);
+    if (fault.line > 0) message.append(":").append(std::to_string(fault.line));
+    return message.append(": error: ").append(fault.text);
+}
+
+void write_end_record() { write_record(end_record); }
+
+std::vector<Fault> parse_fault_records(std::string_view records, bool& complete) {
+    std::vector<Fault> faults;
+    std::size_t status = 0;
+    std::size_t line = 0;
+    std::size_t size = 0;
+    while (take_field(records, ' ', status) && take_field(records, ' ', line) &&
+           take_field(records, '\n', size)) {
+        faults.push_back({static_cast<int>(status), static_cast<int>(line),
+                          std::string(records.substr(0, size))});
+        records.remove_prefix(std::min(size, records.size()));
+    }
+    complete = records == end_record;
+    return faults;
+}
+
+}  // namespace orvanel

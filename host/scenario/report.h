@@ -1,0 +1,53 @@
+// report.h: what a scenario says: the lines it prints, and its faults, which make the exit status.
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvanel {
+
+// Exit statuses. Of several faults the first in the order wrong_line, gave_up, expectation_failed
+// gives the status.
+constexpr int all_well = 0;
+constexpr int expectation_failed = 1;
+constexpr int wrong_line = 2;  // or a wrong command line
+constexpr int gave_up = 3;     // settle
+
+struct Fault {
+    int status;  // one of the above, not all_well
+    int line;    // of the scenario, from 1; 0 for the scenario as a whole
+    std::string text;
+};
+
+/// The scenario's file as the user named it, and the line that runs.
+extern std::string scenario_name;
+extern int scenario_line;
+
+/// Where the faults go besides standard error, as records for parse_fault_records; -1 for nowhere.
+extern int fault_record_fd;
+
+/// Puts one line on standard output at once. A line that can't be written is a fault.
+void print_line(std::string_view line);
+
+/// Tells a fault of the running line, or of the whole scenario while scenario_line is 0, on
+/// standard error.
+void report_fault(int status, std::string_view text);
+
+/// The status that the faults so far make.
+int fault_status();
+
+/// The one that counts more.
+int worse_status(int a, int b);
+
+/// `FILE:LINE: error: text`, without the line if that is 0.
+std::string fault_message(std::string_view name, const Fault& fault);
+
+/// Ends the records: a scenario that doesn't come this far has died.
+void write_end_record();
+
+/// Reads records back. `complete` tells whether the end record was there.
+std::vector<Fault> parse_fault_records(std::string_view records, bool& complete);
+
+}  // namespace orvanel

@@ -1,0 +1,151 @@
+#include "host/scenario/runner.h"
+
+#include "firmware/core/requests.h"
+#include "host/scenario/commands.h"
+#include "host/scenario/report.h"
+#include "host/scenario/waits.h"
+#include "host/scenario/world.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::size_t longest_line = std::size_t{1} << 20;  // bytes
+constexpr const char* standard_input = "-";
+
+constinit int input_fd = -1;
+constinit bool input_ended = false;  // nothing more comes from input_fd
+constinit std::string input{};       // read but not yet run
+constinit std::size_t searched = 0;  // of it, known to hold no end of line
+
+constinit bool first_move_made = false;
+constinit bool command_seen = false;
+constinit bool wants_input = false;
+constinit bool ended = false;
+
+void end_scenario() {
+    ended = true;
+    shutdown_requested.store(true);
+}
+
+/// Cuts the next line off `input`, with its end. False if it isn't all there yet.
+bool take_line(std::string& line) {
+    const std::size_t end = input.find('\n', searched);
+    searched = input.size();
+    if (end == std::string::npos && !(input_ended && !input.empty())) return false;
+    line = input.substr(0, end);
+    input.erase(0, end == std::string::npos ? end : end + 1);
+    searched = 0;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    ++scenario_line;
+    return true;
+}
+
+/// One read, which waits if nothing is there.
+void read_input() {
+    std::array<char, 65536> part{};
+    const ssize_t n = read(input_fd, part.data(), part.size());
+    if (n > 0) {
+        input.append(part.data(), static_cast<std::size_t>(n));
+    } else if (n == 0) {
+        input_ended = true;
+    } else if (errno != EINTR && errno != EAGAIN) {
+        report_fault(wrong_line, "can't read on: " + std::generic_category().message(errno));
+        end_scenario();
+    }
+}
+
+void run_line(const std::string& line) {
+    if (run_scenario_line(line, !command_seen)) command_seen = true;
+    if (fault_status() == wrong_line) end_scenario();
+}
+
+/// Runs commands one after the other until one waits, the input has no more for now, or the end.
+void run_commands() {
+    std::string line;
+    wants_input = false;
+    while (!ended && !waiting()) {
+        if (take_line(line)) {
+            run_line(line);
+        } else if (input_ended) {
+            end_scenario();
+        } else if (input.size() > longest_line) {
+            ++scenario_line;
+            report_fault(wrong_line,
+                         "the line is longer than " + std::to_string(longest_line) + " bytes");
+            end_scenario();
+        } else if (wait_for_scenario_input(input_fd)) {
+            read_input();
+        } else {
+            wants_input = !ended;
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+std::string open_scenario(const std::string& name) {
+    scenario_name = name;
+    scenario_line = 0;
+    scenario_folder = std::filesystem::path(name).parent_path().string();
+    if (name == standard_input) {
+        input_fd = STDIN_FILENO;
+        return {};
+    }
+    input_fd = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    return input_fd < 0 ? std::generic_category().message(errno) : "";
+}
+
+void close_scenario() {
+    if (input_fd > STDIN_FILENO) close(input_fd);
+    input_fd = -1;
+}
+
+bool scenario_ended() { return ended; }
+
+void scenario_move_ended() {
+    if (!first_move_made) {
+        first_move_made = true;
+        run_commands();
+    }
+    // What runs behind a wait may begin another one, which then is tested in the same place.
+    while (!ended && waiting_for_event()) {
+        test_wait();
+        if (waiting()) return;
+        run_commands();
+    }
+}
+
+std::int64_t scenario_due_us() { return wait_end_us(); }
+
+void scenario_due() {
+    end_wait();
+    run_commands();
+}
+
+bool scenario_wants_input() { return wants_input; }
+
+int scenario_input_fd() { return input_fd; }
+
+void scenario_input_ready() {
+    read_input();
+    run_commands();
+}
+
+void stop_scenario() {
+    if (ended) return;
+    if (scenario_name != standard_input)
+        report_fault(expectation_failed, "the scenario was stopped before its end");
+    end_scenario();
+}
+
+}  // namespace orvanel

@@ -1,0 +1,133 @@
+#include "host/scenario/waits.h"
+
+#include "host/scenario/answers.h"
+#include "host/scenario/report.h"
+#include "host/scenario/world.h"
+#include "link/feeds.h"
+#include "link/pipes.h"
+
+#include <string>
+#include <utility>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::int64_t us_per_ms = 1000;
+constexpr std::int64_t quiet_us = 20 * us_per_ms;
+
+enum class Wait : std::uint8_t { none, time, quiet, answers, screen };
+
+constinit Wait wait = Wait::none;
+constinit std::int64_t wait_ms = 0;
+constinit std::int64_t end_us = never;
+
+// Quiet: the bytes delivered when last looked, and since when it is.
+constinit std::uint64_t delivered_seen = 0;
+constinit std::int64_t quiet_since_us = 0;
+
+constinit std::vector<std::uint8_t> expected_answers{};
+constinit ScreenExpectation expected_screen{};
+
+void begin(Wait kind, std::int64_t ms) {
+    wait = kind;
+    wait_ms = ms;
+    end_us = clock_us() + ms * us_per_ms;
+}
+
+void stop_waiting() {
+    wait = Wait::none;
+    end_us = never;
+}
+
+bool is_quiet() {
+    if (const std::uint64_t delivered = bytes_delivered(); delivered != delivered_seen) {
+        delivered_seen = delivered;
+        quiet_since_us = clock_us();
+    }
+    return clock_us() - quiet_since_us >= quiet_us && rx_count() == 0 && feed_left() == 0;
+}
+
+std::string within() { return "within " + std::to_string(wait_ms) + " ms"; }
+
+void report_unquiet() {
+    const std::int64_t quiet_ms = (clock_us() - quiet_since_us) / us_per_ms;
+    report_fault(gave_up, "the module was not quiet " + within() + ": no byte was delivered for " +
+                              std::to_string(quiet_ms) + " ms, " + std::to_string(rx_count()) +
+                              " wait in rx_pipe, " + std::to_string(feed_left()) + " in the feed");
+}
+
+void test_answers() {
+    const Match match = match_answers(expected_answers);
+    if (match == Match::not_yet) return;
+    stop_waiting();
+    if (match == Match::impossible)
+        report_answers(expected_answers, waiting_answers(), "other answers: ");
+}
+
+}  // namespace
+
+void wait_for_time(std::int64_t ms) {
+    if (ms > 0) begin(Wait::time, ms);
+}
+
+void wait_for_quiet(std::int64_t ms) {
+    begin(Wait::quiet, ms);
+    delivered_seen = bytes_delivered();
+    quiet_since_us = clock_us();
+}
+
+void wait_for_answers(std::vector<std::uint8_t> expected, std::int64_t ms) {
+    expected_answers = std::move(expected);
+    begin(Wait::answers, ms);
+}
+
+void wait_for_screen(ScreenExpectation expectation, std::int64_t ms) {
+    expected_screen = std::move(expectation);
+    begin(Wait::screen, ms);
+}
+
+bool waiting() { return wait != Wait::none; }
+
+bool waiting_for_event() { return wait != Wait::none && wait != Wait::time; }
+
+std::int64_t wait_end_us() { return end_us; }
+
+void test_wait() {
+    switch (wait) {
+    case Wait::none:
+    case Wait::time:
+        return;
+    case Wait::quiet:
+        if (is_quiet()) stop_waiting();
+        return;
+    case Wait::answers:
+        test_answers();
+        return;
+    case Wait::screen:
+        if (glass_shows(expected_screen)) stop_waiting();
+        return;
+    }
+}
+
+void end_wait() {
+    test_wait();
+    const Wait disappointed = wait;
+    stop_waiting();
+    switch (disappointed) {
+    case Wait::none:
+    case Wait::time:
+        return;
+    case Wait::quiet:
+        report_unquiet();
+        return;
+    case Wait::answers:
+        report_answers(expected_answers, waiting_answers(), "not all answers " + within() + ": ");
+        return;
+    case Wait::screen:
+        report_screen(expected_screen, within() + " never ");
+        return;
+    }
+}
+
+}  // namespace orvanel

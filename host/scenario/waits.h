@@ -1,0 +1,37 @@
+// waits.h: the one wait that a scenario can be in, and what ends it. Times are those of clock_us.
+
+#pragma once
+
+#include "host/scenario/expectations.h"
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace orvanel {
+
+constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
+
+/// Begin to wait: for the time to pass, for the module to be quiet, for answers, for a picture.
+/// `ms` is how long, or how long at most. Waiting for 0 ms is no wait.
+void wait_for_time(std::int64_t ms);
+void wait_for_quiet(std::int64_t ms);
+void wait_for_answers(std::vector<std::uint8_t> expected, std::int64_t ms);
+void wait_for_screen(ScreenExpectation expectation, std::int64_t ms);
+
+bool waiting();
+
+/// True while something else than time can end the wait.
+bool waiting_for_event();
+
+/// The time at which the wait ends in any case, `never` without a wait.
+std::int64_t wait_end_us();
+
+/// Ends the wait if what it waits for has come, or can't come any more. For the end of each move of
+/// the clock.
+void test_wait();
+
+/// The time wait_end_us has come: tests a last time, then gives up with a report.
+void end_wait();
+
+}  // namespace orvanel

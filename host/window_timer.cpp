@@ -1,0 +1,17 @@
+#include "host/window_timer.h"
+
+#include "firmware/store/macro.h"
+#include "firmware/store/timers.h"
+#include "link/feeds.h"
+
+namespace orvanel {
+
+void window_timer() {
+    if (feed_left() > 0) {
+        auto_macro_mode.store(0);
+        drain_feed();
+    }
+    firmware_tick();
+}
+
+}  // namespace orvanel

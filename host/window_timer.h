@@ -1,0 +1,11 @@
+// window_timer.h: what the host's main thread does every 100 ms.
+
+#pragma once
+
+namespace orvanel {
+
+/// Drains the feed, which keeps the automatic macro stopped while it lasts, then ticks the
+/// firmware.
+void window_timer();
+
+}  // namespace orvanel

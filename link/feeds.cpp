@@ -1,0 +1,100 @@
+#include "link/feeds.h"
+
+#include "link/pipes.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+namespace orvanel {
+
+namespace {
+
+constinit std::int64_t left = 0;
+constinit std::FILE* feed_file = nullptr;
+constinit std::span<const std::uint8_t> feed_memory{};
+constinit std::array<std::uint8_t, feed_chunk> staging{};
+
+/// A path from a command line or a companion arrives quoted: one quote off each end.
+std::string unquoted(std::string_view path) {
+    const auto is_quote = [](char c) { return c == '"' || c == '\''; };
+    if (path.empty() || !is_quote(path.front())) return std::string(path);
+    path.remove_prefix(1);
+    if (!path.empty() && is_quote(path.back())) path.remove_suffix(1);
+    return std::string(path);
+}
+
+/// Directories, devices and pipes have no length to deliver, and opening a pipe could wait for
+/// ever.
+bool is_plain_file(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(path, ignored);
+}
+
+/// The length of an open file, rewound to its start; 0 if it can't be told.
+std::int64_t length_of(std::FILE* file) {
+    if (std::fseek(file, 0, SEEK_END) != 0) return 0;
+    const long length = std::ftell(file);
+    std::rewind(file);
+    return std::max(length, 0L);
+}
+
+/// Moves up to `n` bytes of the file. A file that has shrunk meanwhile ends its feed.
+void drain_file(std::size_t n) {
+    const std::size_t got = std::fread(staging.data(), 1, n, feed_file);
+    rx_pipe_put_block(std::span(staging).first(got));
+    left = got < n ? 0 : left - static_cast<std::int64_t>(n);
+}
+
+void drain_memory(std::size_t n) {
+    rx_pipe_put_block(feed_memory.first(n));
+    feed_memory = feed_memory.subspan(n);
+    left -= static_cast<std::int64_t>(n);
+}
+
+}  // namespace
+
+std::int64_t feed_left() { return left; }
+
+void start_feed_memory(std::span<const std::uint8_t> data) {
+    stop_feed();
+    feed_memory = data;
+    left = static_cast<std::int64_t>(data.size());
+}
+
+void start_feed_file(std::string_view path) {
+    stop_feed();
+    const std::string name = unquoted(path);
+    if (!is_plain_file(name)) return;
+    feed_file = std::fopen(name.c_str(), "rb");
+    if (feed_file == nullptr) return;
+    std::setvbuf(feed_file, nullptr, _IONBF, 0);  // `staging` is the buffer
+    left = length_of(feed_file);
+    if (left == 0) stop_feed();
+}
+
+void open_feed(std::string_view path) {
+    if (is_plain_file(unquoted(path))) start_feed_file(path);
+}
+
+void drain_feed() {
+    while (left > 0 && rx_count() <= high_mark) {
+        const auto n = static_cast<std::size_t>(std::min<std::int64_t>(left, feed_chunk));
+        if (feed_file != nullptr)
+            drain_file(n);
+        else
+            drain_memory(n);
+    }
+    if (left == 0) stop_feed();
+}
+
+void stop_feed() {
+    if (feed_file != nullptr) std::fclose(feed_file);
+    feed_file = nullptr;
+    feed_memory = {};
+    left = 0;
+}
+
+}  // namespace orvanel

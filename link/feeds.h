@@ -1,0 +1,35 @@
+// feeds.h: a file or a block of memory on its way into rx_pipe, one at a time. All of it belongs
+// to the host's main thread.
+
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace orvanel {
+
+constexpr int feed_chunk = 4000;  // bytes that a feed moves at once
+
+/// Bytes that the feed still has to deliver, 0 for no feed.
+std::int64_t feed_left();
+
+/// Arms a feed that borrows its memory: it stays valid until feed_left is 0 or another feed is
+/// armed.
+void start_feed_memory(std::span<const std::uint8_t> data);
+
+/// Arms a feed of a regular file, whose path may stand in quotes. A file that can't be opened ends
+/// the running feed all the same, and nothing is told.
+void start_feed_file(std::string_view path);
+
+/// Opens a file for the module: its bytes run through rx_pipe as if a peer had sent them. Nothing
+/// happens if it can't be read.
+void open_feed(std::string_view path);
+
+/// Moves feed bytes into rx_pipe, chunk by chunk, until the pipe holds more than the high mark.
+void drain_feed();
+
+/// Closes a file feed that is running.
+void stop_feed();
+
+}  // namespace orvanel

@@ -1,0 +1,89 @@
+#include "link/pipes.h"
+
+#include "host/platform/platform.h"
+#include "link/port.h"
+
+#include <algorithm>
+
+namespace orvanel {
+
+constinit BytePipe rx_pipe{};
+constinit BytePipe tx_pipe{};
+
+namespace {
+
+int count_of(const BytePipe& pipe) {
+    // Tail first: head only grows, so the difference is never below 0.
+    const std::uint64_t tail = pipe.tail.load(std::memory_order_acquire);
+    const std::uint64_t head = pipe.head.load(std::memory_order_acquire);
+    return static_cast<int>(std::min<std::uint64_t>(head - tail, pipe_size));
+}
+
+void put_block(BytePipe& pipe, std::span<const std::uint8_t> data) {
+    while (pipe.turn.test_and_set(std::memory_order_acquire))
+        pipe.turn.wait(true);
+    const std::uint64_t head = pipe.head.load(std::memory_order_relaxed);
+    const auto room = static_cast<std::size_t>(pipe_size - count_of(pipe));
+    const std::size_t n = std::min(data.size(), room);
+    auto place = static_cast<std::size_t>(head % pipe_size);
+    for (const std::uint8_t byte : data.first(n)) {
+        pipe.buffer[place].store(byte, std::memory_order_relaxed);
+        if (++place == pipe_size) place = 0;
+    }
+    pipe.head.store(head + n, std::memory_order_release);
+    pipe.turn.clear(std::memory_order_release);
+    pipe.turn.notify_one();
+}
+
+int get(BytePipe& pipe) {
+    std::uint64_t tail = pipe.tail.load(std::memory_order_acquire);
+    for (;;) {
+        if (pipe.head.load(std::memory_order_acquire) == tail) return -1;
+        // A clearing may overtake us here; then the exchange fails, and the byte was not ours.
+        const std::uint8_t byte =
+            pipe.buffer[static_cast<std::size_t>(tail % pipe_size)].load(std::memory_order_relaxed);
+        if (pipe.tail.compare_exchange_weak(tail, tail + 1, std::memory_order_acq_rel)) return byte;
+    }
+}
+
+}  // namespace
+
+void power_on_pipes() {
+    clear_pipe(rx_pipe);
+    clear_pipe(tx_pipe);
+}
+
+int rx_count() { return count_of(rx_pipe); }
+
+int tx_count() { return count_of(tx_pipe); }
+
+void rx_pipe_put_block(std::span<const std::uint8_t> data) {
+    put_block(rx_pipe, data);
+    wake_firmware();
+}
+
+int rx_pipe_get() {
+    const int byte = get(rx_pipe);
+    if (byte >= 0 && rx_count() < low_mark) com_rts_on();
+    return byte;
+}
+
+void tx_pipe_put(std::uint8_t byte) { put_block(tx_pipe, {&byte, 1}); }
+
+void tx_pipe_put_block(std::span<const std::uint8_t> data) { put_block(tx_pipe, data); }
+
+void tx_pipe_put_text(std::string_view text) {
+    for (const char c : text)
+        tx_pipe_put(static_cast<std::uint8_t>(c));
+}
+
+int tx_pipe_get() { return get(tx_pipe); }
+
+void clear_pipe(BytePipe& pipe) {
+    std::uint64_t tail = pipe.tail.load(std::memory_order_acquire);
+    while (!pipe.tail.compare_exchange_weak(tail, pipe.head.load(std::memory_order_acquire),
+                                            std::memory_order_acq_rel)) {
+    }
+}
+
+}  // namespace orvanel

@@ -1,0 +1,73 @@
+// Real time under load: for 11 seconds the firmware draws without a pause while the main thread
+// feeds it, resets it, ticks and paints. Meant for the thread sanitizer, and fails unless enough of
+// each has happened.
+
+#include "firmware/core/requests.h"
+#include "firmware/store/eeprom.h"
+#include "host/painter.h"
+#include "host/platform/headless/real_session.h"
+#include "host/platform/headless/session.h"
+#include "host/scenario/answers.h"
+#include "link/feeds.h"
+#include "link/pipes.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace orvanel;
+
+constexpr std::int64_t duration_us = 11'000'000;
+constexpr std::int64_t between_resets_us = 30'000;
+constexpr std::uint32_t paints_wanted = 1000;
+constexpr int resets_wanted = 100;
+constexpr int ticks_wanted = 100;
+
+/// Lines, fills, flashing areas, text with scrolling, and questions.
+std::vector<std::uint8_t> drawing_stream() {
+    std::string stream = "#QZ1;";
+    for (int i = 0; i < 200; ++i) {
+        const std::string x = std::to_string(i);
+        stream += "#GD" + x + ",0,239," + x + ";#RI" + x + ",5,60,90;#QI0,0," + x + ",20;";
+        stream += "plain text " + x + "\r\n#SV#SI#DI";
+    }
+    return {stream.begin(), stream.end()};
+}
+
+}  // namespace
+
+int main() {
+    const std::vector<std::uint8_t> stream = drawing_stream();
+    real_time = true;
+    eeprom_reset_to(eeprom_small, {});
+    take_end_signals();
+    if (!open_real_session()) return 1;
+    int resets = 0;
+    std::int64_t next_reset_us = between_resets_us;
+    bool reset_asked = false;
+    while (real_clock_us() < duration_us) {
+        turn_real_session();
+        take_answers();
+        if (feed_left() == 0) start_feed_memory(stream);
+        if (rx_count() < high_mark / 2) rx_pipe_put_block(stream);
+        if (reset_asked && !restart_requested.load()) {
+            ++resets;
+            reset_asked = false;
+        }
+        if (!reset_asked && real_clock_us() >= next_reset_us) {
+            request_restart(static_cast<std::uint8_t>(resets % 4));
+            reset_asked = true;
+            next_reset_us = real_clock_us() + between_resets_us;
+        }
+    }
+    const std::uint32_t paints = paints_served();
+    close_real_session();
+    std::printf("%u paints, %d resets, %d ticks, %llu bytes\n", paints, resets, window_timers_run(),
+                static_cast<unsigned long long>(real_bytes_delivered()));
+    const bool enough =
+        paints >= paints_wanted && resets >= resets_wanted && window_timers_run() >= ticks_wanted;
+    return enough ? 0 : 1;
+}

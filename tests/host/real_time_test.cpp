@@ -1,0 +1,61 @@
+// The sleeps of the programs that run in real time, and what ends them early. The sleeps are so
+// long that a lost wake shows.
+
+#include "firmware/core/requests.h"
+#include "host/platform/shared/real_time.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+namespace orvanel {
+
+namespace {
+
+constexpr int long_ms = 20000;
+
+struct RealTime : testing::Test {
+    RealTime() { EXPECT_TRUE(open_real_time()); }
+    ~RealTime() override {
+        close_real_time();
+        shutdown_requested = false;
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{long_ms});
+    }
+    std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+};
+
+}  // namespace
+
+TEST_F(RealTime, a_wake_ends_the_running_sleep_or_the_next) {
+    real_wake_firmware();
+    real_wake_firmware();
+    real_sleep_until_input(long_ms);
+    for (int i = 0; i < 500; ++i) {
+        std::thread producer(real_wake_firmware);
+        real_sleep_until_input(long_ms);
+        producer.join();
+    }
+}
+
+TEST_F(RealTime, a_wake_ends_one_sleep_only) {
+    real_wake_firmware();
+    real_sleep_until_input(long_ms);
+    const auto before = std::chrono::steady_clock::now();
+    real_sleep_until_input(20);
+    real_wake_firmware();
+    real_sleep_ms(20);  // isn't one that input ends
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds{40});
+}
+
+TEST_F(RealTime, the_end_cuts_every_sleep_short) {
+    std::thread sleeper([] {
+        real_sleep_ms(long_ms);
+        real_sleep_ms(long_ms);
+    });
+    stop_module();
+    sleeper.join();
+    real_sleep_until_input(long_ms);
+}
+
+}  // namespace orvanel

@@ -1,0 +1,297 @@
+// Scenarios through the program itself: what it prints, when things happen in module time, how it
+// ends.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <signal.h>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+/// A fresh folder for each test, in which the program runs.
+class ScenarioProgram : public testing::Test {
+  protected:
+    std::filesystem::path folder =
+        std::filesystem::path(testing::TempDir()) / ("scenario" + std::to_string(getpid()));
+
+    void SetUp() override { std::filesystem::create_directories(folder); }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    void put(const std::string& name, const std::string& text) const {
+        std::ofstream(folder / name, std::ios::binary) << text;
+    }
+
+    std::string get(const std::string& name) const {
+        std::ostringstream text;
+        text << std::ifstream(folder / name, std::ios::binary).rdbuf();
+        return text.str();
+    }
+
+    /// Starts the program with standard streams from and to files of the folder.
+    pid_t start(std::vector<std::string> words) const {
+        const pid_t pid = fork();
+        if (pid != 0) return pid;
+        std::filesystem::current_path(folder);
+        if (std::freopen(std::filesystem::exists("in") ? "in" : "/dev/null", "r", stdin) ==
+                nullptr ||
+            std::freopen("out", "w", stdout) == nullptr ||
+            std::freopen("err", "w", stderr) == nullptr)
+            _exit(99);
+        std::vector<char*> arguments{const_cast<char*>(ORVANEL_PROGRAM)};
+        for (std::string& word : words)
+            arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        execv(ORVANEL_PROGRAM, arguments.data());
+        _exit(99);
+    }
+
+    static int status_of(pid_t pid) {
+        int ending = 0;
+        waitpid(pid, &ending, 0);
+        return WIFEXITED(ending) ? WEXITSTATUS(ending) : -WTERMSIG(ending);
+    }
+
+    int run(const std::vector<std::string>& words) const { return status_of(start(words)); }
+
+    /// Runs a scenario of one file and gives what it prints.
+    std::string printed(const std::string& scenario, int expected_status = 0) const {
+        put("a.scn", scenario);
+        EXPECT_EQ(run({"a.scn"}), expected_status) << get("err");
+        return get("out");
+    }
+};
+
+const std::string identify = "send 1B \"?\"\n";
+const std::string identity = " FF FF 48 F0 00 80 00 01 42\n";
+
+}  // namespace
+
+TEST_F(ScenarioProgram, begins_at_the_end_of_the_first_move) {
+    EXPECT_EQ(printed("scenario 1\n\n ; a comment\r\ntime\r\nwait 0\ntime\nwait 3\ntime"),
+              "time 5\ntime 5\ntime 8\n");
+}
+
+TEST_F(ScenarioProgram, a_byte_costs_ten_microseconds) {
+    // Quiet from 5 ms + 10 us a byte on; the idle moves of 5 ms count from there.
+    const auto settled = [this](int bytes) {
+        return printed("send \"" + std::string(static_cast<std::size_t>(bytes), 'x') +
+                       "\"\nsettle\ntime");
+    };
+    EXPECT_EQ(settled(99), "time 25\n");
+    EXPECT_EQ(settled(100), "time 26\n");
+}
+
+TEST_F(ScenarioProgram, the_window_timer_goes_before_the_scenario) {
+    put("feed", "xyz");
+    printed("feed feed\nwait 94\nsettle 0", 3);
+    EXPECT_NE(get("err").find("0 wait in rx_pipe, 3 in the feed"), std::string::npos) << get("err");
+    printed("feed feed\nwait 95\nsettle 0", 3);
+    EXPECT_NE(get("err").find("3 wait in rx_pipe, 0 in the feed"), std::string::npos) << get("err");
+    // At 100 ms the bytes come and the tick, so the next read sleeps 5 ms before it takes them.
+    EXPECT_EQ(printed("feed feed\nsettle\ntime"), "time 125\n");
+}
+
+TEST_F(ScenarioProgram, settle_looks_a_last_time_at_its_end) {
+    EXPECT_EQ(printed("settle 20\ntime"), "time 25\n");
+    EXPECT_EQ(printed("send 78\nsettle 20\ntime", 3), "time 25\n");
+    EXPECT_EQ(get("err"), "a.scn:2: error: the module was not quiet within 20 ms: no byte was "
+                          "delivered for 19 ms, 0 wait in rx_pipe, 0 in the feed\n");
+    // 300 ms of ESC X are quiet, but not while a byte waits behind them.
+    EXPECT_EQ(printed("send 1B \"X\" 03\nwait 1\nsettle 100\ntime"), "time 105\n");
+    EXPECT_EQ(printed("send 1B \"X\" 03 \"x\"\nsettle\ntime"), "time 325\n");
+}
+
+TEST_F(ScenarioProgram, an_await_takes_what_it_matched_and_fails_at_once) {
+    EXPECT_EQ(printed(identify + "await-answers FF FF\ntime\nanswers\nanswers"),
+              "time 5\nanswers" + identity.substr(6) + "answers\n");
+    EXPECT_EQ(printed(identify + "await-answers FF 00\ntime\nanswers", 1),
+              "time 5\nanswers" + identity);
+    EXPECT_EQ(printed("await-answers FF within 40\ntime\nawait-answers\n" + identify +
+                          "await-answers FF within 0",
+                      1),
+              "time 45\n");
+    EXPECT_EQ(printed("wait 2\n" + identify + "await-answers FF FF within 3\ntime", 1),
+              "time 10\n");
+}
+
+TEST_F(ScenarioProgram, an_await_begun_within_a_move_is_tested_at_its_end) {
+    EXPECT_EQ(printed(identify + "wait 2\nawait-answers FF\ntime"), "time 10\n");
+    EXPECT_EQ(printed("screen a.pbm\nsend 1B \"DS\"\nawait-screen a.pbm\ntime\nawait-screen "
+                      "a.pbm within 10\ntime",
+                      1),
+              "time 5\ntime 15\n");
+}
+
+TEST_F(ScenarioProgram, a_reset_drops_answers_and_input) {
+    EXPECT_EQ(printed(identify + "wait 1\nreset 3\nsend \"#DS\"\nsettle\nanswers\nscreen a.pbm"),
+              "answers\n");
+    EXPECT_EQ(get("a.pbm").substr(11), std::string(3840, '\0'));
+}
+
+TEST_F(ScenarioProgram, the_first_kind_of_fault_gives_the_status) {
+    printed("expect-answers FF\nsettle 0\nexpect-answers FF\ntime", 3);
+    EXPECT_EQ(get("out"), "time 5\n");
+    printed("settle 0\nexpect-answers FF\ntime 1\ntime", 2);
+    EXPECT_EQ(get("out"), "");
+    printed("expect-answers \"\"", 0);
+}
+
+TEST_F(ScenarioProgram, a_wrong_line_ends_the_run_and_says_why) {
+    struct Case {
+        std::string line, fault;
+    };
+    for (const auto& [line, fault] :
+         {Case{"sned 00", "unknown command 'sned'; is it 'send'?"},
+          Case{"\x01\xFF", "unknown command '\\x01\\xFF'"},
+          Case{"wait", "a number is missing, 0 to 1000000000; the form is: wait MS"},
+          Case{"reset 4", "4 is outside 0 to 3; the form is: reset [KIND]"},
+          Case{"answers now", "'now' is too much; the form is: answers"},
+          Case{"screen a.gif", "'a.gif' ends neither in .png nor in .pbm; the form is: screen FILE "
+                               "[main or flash]"},
+          Case{"screen no/a.png", "can't write no/a.png: No such file or directory"},
+          Case{"feed nothing", "nothing: no such file"}, Case{"feed .", ". is no plain file"},
+          Case{"touch 1 2", "'touch' is not available in this version"},
+          Case{"scenario 2", "version 2 of the scenario language is unknown; this is version 1"},
+          Case{"wait 0\nscenario 1", "'scenario' is only for the first line"},
+          Case{std::string("send \"a\0\"", 9), "there is a NUL byte in the line"},
+          Case{"send \"" + std::string(80001, 'x') + "\"",
+               "80001 bytes don't fit, rx_pipe has room for 80000; 'settle' first, or 'feed' a "
+               "file"},
+          Case{std::string(1 << 21, 'x'), "the line is longer than 1048576 bytes"}}) {
+        printed(line + "\ntime\n", 2);
+        const int number = line.find('\n') == std::string::npos ? 1 : 2;
+        EXPECT_EQ(get("err"), "a.scn:" + std::to_string(number) + ": error: " + fault + "\n");
+        EXPECT_EQ(get("out"), "");
+    }
+}
+
+TEST_F(ScenarioProgram, a_wrong_command_line_gives_2) {
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"--mem", "48"},
+                                                  {"--image", "missing"},
+                                                  {"--image", "."},
+                                                  {"--jobs", "0"},
+                                                  {"--dir", "."},
+                                                  {"--strict"},
+                                                  {"--nonsense"},
+                                                  {"missing.scn"},
+                                                  {"."},
+                                                  {"-", "-"}}) {
+        EXPECT_EQ(run(words), 2) << words.front();
+        EXPECT_NE(get("err"), "") << words.front();
+        EXPECT_EQ(get("out"), "") << words.front();
+    }
+    EXPECT_EQ(run({"--version"}), 0);
+    EXPECT_EQ(run({"--commands"}), 0);
+    EXPECT_NE(get("out").find("ESC G D"), std::string::npos);
+}
+
+TEST_F(ScenarioProgram, a_screen_is_compared_and_updated) {
+    put("a.scn", "expect-screen \"my screen.png\"\n");
+    EXPECT_EQ(run({"a.scn"}), 1);
+    EXPECT_NE(get("err").find("--update-missing"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::exists(folder / "my screen.actual.png"));
+    EXPECT_EQ(run({"--update-missing", "a.scn"}), 0);
+    EXPECT_EQ(run({"a.scn"}), 0);
+
+    put("a.scn", "send 1B \"DI\"\nsettle\nexpect-screen \"my screen.png\"\n");
+    EXPECT_EQ(run({"--update-missing", "--out", "failed/here", "a.scn"}), 1);
+    EXPECT_TRUE(std::filesystem::exists(folder / "failed/here/my screen.diff.png"));
+    EXPECT_EQ(run({"--update", "a.scn"}), 0);
+    EXPECT_EQ(run({"a.scn"}), 0);
+    EXPECT_FALSE(std::filesystem::exists(folder / "my screen.diff.png"));
+}
+
+TEST_F(ScenarioProgram, several_scenarios_speak_in_the_order_of_the_command_line) {
+    put("long.scn", "wait 3000000\ntime");
+    put("short.scn", "time\nexpect-answers 00");
+    EXPECT_EQ(run({"--jobs", "3", "long.scn", "short.scn", "missing.scn"}), 2);
+    EXPECT_EQ(get("out"), "time 3000005\ntime 5\n");
+    EXPECT_EQ(get("err"), "short.scn:2: error: other answers: 1 byte expected, 0 there, different "
+                          "from byte 1 on\n    expected 00\n    actual   (no byte)\nmissing.scn: "
+                          "error: can't be opened: No such file or directory\n");
+}
+
+TEST_F(ScenarioProgram, a_process_that_dies_is_a_failed_case) {
+    put("long.scn", "time\nwait 1000000000");
+    put("short.scn", "time");
+    const pid_t program = start({"--junit", "results.xml", "long.scn", "short.scn"});
+    const std::string children =
+        "/proc/" + std::to_string(program) + "/task/" + std::to_string(program) + "/children";
+    int child = 0;
+    for (int i = 0; i < 500 && !(std::ifstream(children) >> child); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds{10});
+    ASSERT_GT(child, 0);
+    kill(child, SIGKILL);
+    EXPECT_EQ(status_of(program), 1);
+    EXPECT_NE(get("out").find("time 5\n"), std::string::npos);
+    EXPECT_NE(get("results.xml").find("tests=\"2\" failures=\"1\" errors=\"0\""),
+              std::string::npos);
+    EXPECT_NE(get("results.xml").find("died of a signal"), std::string::npos);
+}
+
+TEST_F(ScenarioProgram, another_program_drives_it_through_two_pipes) {
+    for (const char* mode : {"--jobs=1", "--realtime"}) {
+        std::array<int, 2> to{};
+        std::array<int, 2> from{};
+        ASSERT_EQ(pipe(to.data()) + pipe(from.data()), 0);
+        const pid_t pid = fork();
+        if (pid == 0) {
+            dup2(to[0], STDIN_FILENO);
+            dup2(from[1], STDOUT_FILENO);
+            for (const int fd : {to[0], to[1], from[0], from[1]})
+                close(fd);
+            execl(ORVANEL_PROGRAM, ORVANEL_PROGRAM, mode, nullptr);
+            _exit(99);
+        }
+        close(to[0]);
+        close(from[1]);
+        for (int i = 0; i < 3; ++i) {
+            const std::string half = identify + "await-answers FF";
+            ASSERT_EQ(write(to[1], half.data(), half.size()), std::ssize(half));
+            ASSERT_EQ(write(to[1], "\nanswers\n", 9), 9);
+            std::array<char, 100> line{};
+            ASSERT_EQ(read(from[0], line.data(), line.size()), 32) << mode;
+            EXPECT_EQ(line.data(), "answers" + identity.substr(3));
+        }
+        close(to[1]);
+        EXPECT_EQ(status_of(pid), 0);
+        close(from[0]);
+    }
+}
+
+TEST_F(ScenarioProgram, a_signal_ends_it_in_order) {
+    put("long.scn", "wait 1000000000");
+    for (const char* mode : {"--jobs=1", "--realtime"}) {
+        put("long.scn", "time\nwait 1000000000");
+        const pid_t pid = start({mode, "long.scn"});
+        while (get("out").empty())
+            std::this_thread::sleep_for(std::chrono::milliseconds{10});
+        kill(pid, SIGTERM);
+        EXPECT_EQ(status_of(pid), 1);
+        EXPECT_EQ(get("err"), "long.scn:2: error: the scenario was stopped before its end\n");
+        std::filesystem::remove(folder / "out");
+    }
+}
+
+TEST_F(ScenarioProgram, real_time_speaks_the_same_language) {
+    put("feed", "#GR0,0,239,127;");
+    put("a.scn",
+        "feed feed\nwait 120\nsettle\nscreen a.png\nreset\nsettle\nsend \"#GR0,0,239,127;\"\n"
+        "await-screen a.png\nexpect-answers \"\"\nsettle 10\n");
+    EXPECT_EQ(run({"--realtime", "a.scn"}), 3);
+    EXPECT_NE(get("err").find("a.scn:10: error: the module was not quiet"), std::string::npos);
+}
+
+}  // namespace orvanel

@@ -1,0 +1,221 @@
+// The window program as it runs, but for its main, under Qt's offscreen platform.
+
+#include "firmware/core/requests.h"
+#include "firmware/store/eeprom.h"
+#include "host/host_calls.h"
+#include "host/painter.h"
+#include "host/platform/desktop/window.h"
+#include "host/window_timer.h"
+#include "link/feeds.h"
+#include "link/pipes.h"
+
+#include <QApplication>
+#include <QImage>
+#include <QPixmap>
+#include <QTimer>
+#include <QWidget>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+using namespace std::string_literals;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+// The most that an end may take. It takes about a millisecond; a hang takes for ever.
+constexpr milliseconds generous{5000};
+
+// From corner to corner.
+const std::string line_across = "\x1bGD\x00\x00\xEF\x7F"s;
+
+class Window : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "orvanel42";
+        static char* argv[] = {name, nullptr};
+        application = new QApplication(argc, argv);
+    }
+    static void TearDownTestSuite() { delete application; }
+
+    void SetUp() override {
+        shutdown_requested = false;  // of the run before
+        view_zoom = 2;
+        eeprom_reset_to(eeprom_small, {});
+    }
+
+    static QApplication* application;
+};
+
+QApplication* Window::application = nullptr;
+
+/// Opens the window with a feed of these bytes.
+void open_with(const std::string& bytes) {
+    const std::string path = testing::TempDir() + "window_test_feed";
+    std::ofstream(path, std::ios::binary) << bytes;
+    ASSERT_TRUE(open_window(path));
+    std::filesystem::remove(path);
+}
+
+QWidget* the_window() { return QApplication::topLevelWidgets().first(); }
+
+/// Runs the event loop until `ready`, for `generous` at most. True if it became ready.
+bool run_until(const std::function<bool()>& ready) {
+    const auto end = steady_clock::now() + generous;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, [&] {
+        if (ready() || steady_clock::now() > end) QCoreApplication::exit();
+    });
+    look.start(5);
+    QCoreApplication::exec();
+    return ready();
+}
+
+void run_for(milliseconds duration) {
+    QTimer::singleShot(duration, [] { QCoreApplication::exit(); });
+    QCoreApplication::exec();
+}
+
+/// The armed feed has gone through the pipe to its last byte.
+bool all_read() { return feed_left() == 0 && rx_count() == 0; }
+
+/// Normal macro 0 is `body`.
+std::vector<std::uint8_t> image_with_macro(std::string_view body) {
+    std::vector<std::uint8_t> image(eeprom_small, 0xFF);
+    const auto put = [&image](std::size_t at, std::string_view bytes) {
+        std::copy(bytes.begin(), bytes.end(), image.begin() + static_cast<std::ptrdiff_t>(at));
+    };
+    put(0x0230, {"\x30\x0E", 2});
+    image[0x0232] = static_cast<std::uint8_t>(body.size());
+    image[0x0233] = 0;
+    put(0x0E30, body);
+    return image;
+}
+
+}  // namespace
+
+TEST_F(Window, shows_what_the_feed_draws) {
+    open_with(line_across);
+    ASSERT_TRUE(run_until(all_read));
+    run_for(milliseconds{50});
+    const QImage picture = the_window()->grab().toImage();
+    close_window();
+    ASSERT_EQ(picture.size(), QSize(480, 256));
+    // The line's last dot is two by two pixels; its first is under the terminal's cursor.
+    for (const QPoint dark : {QPoint(478, 254), QPoint(479, 255)})
+        EXPECT_EQ(picture.pixelColor(dark), QColor(Qt::black)) << dark.x();
+    for (const QPoint light : {QPoint(479, 0), QPoint(0, 255), QPoint(479, 253)})
+        EXPECT_EQ(picture.pixelColor(light), QColor(Qt::white)) << light.x();
+}
+
+TEST_F(Window, a_hidden_window_does_not_hold_up_the_firmware) {
+    std::string lines;
+    for (int i = 0; i < 200; ++i)
+        lines += line_across;
+    const std::uint32_t before = paints_served();
+    open_with(lines);
+    the_window()->hide();
+    EXPECT_TRUE(run_until([before] { return all_read() && paints_served() - before >= 200; }));
+    close_window();
+}
+
+TEST_F(Window, closing_it_ends_the_event_loop) {
+    open_with("");
+    QTimer::singleShot(milliseconds{50}, the_window(), &QWidget::close);
+    EXPECT_EQ(QCoreApplication::exec(), 0);
+    close_window();
+}
+
+TEST_F(Window, ends_at_once_in_every_kind_of_wait) {
+    std::string endless_stream;
+    while (endless_stream.size() < 1'000'000)
+        endless_stream += line_across + "#DI";
+    std::uint32_t paints_before = 0;
+    const auto settled = [] { return all_read(); };
+    const auto drawing_on = [&] { return all_read() && paints_served() - paints_before > 100; };
+    const auto streaming = [] { return feed_left() > 0 && rx_count() > 0; };
+    struct Case {
+        const char* wait;
+        std::string sent;
+        std::string macro;
+        std::function<bool()> reached;
+    };
+    const Case cases[]{
+        {"empty read", "", "", settled},
+        {"string", "\x1bZL\x0A\x0Ano end"s, "", settled},
+        {"number", "#GD1", "", settled},
+        {"paint", endless_stream, "", streaming},
+        {"tail-calling macro", "\x1bMN\x00"s, "\x1bMN\x00"s, settled},
+        {"tail-calling macro that draws", "\x1bMN\x00"s, "#DI\x1bMN\x00"s, drawing_on},
+    };
+    for (const auto& [wait, sent, macro, reached] : cases) {
+        SCOPED_TRACE(wait);
+        SetUp();
+        paints_before = paints_served();
+        if (!macro.empty()) eeprom_reset_to(eeprom_small, image_with_macro(macro));
+        open_with(sent);
+        EXPECT_TRUE(run_until(reached));
+        run_for(milliseconds{30});
+        const auto begin = steady_clock::now();
+        close_window();
+        EXPECT_LT(steady_clock::now() - begin, generous);
+        EXPECT_EQ(feed_left(), 0);
+    }
+}
+
+// Everything that crosses threads at once, for as long as a race needs to show.
+TEST_F(Window, feeds_resets_ticks_and_paints_at_once) {
+    std::string stream;
+    for (int i = 0; i < 400; ++i)
+        stream +=
+            line_across + "\x1bZL\x0A\x0Asome text\x00\x1bQI\x00\x00\x30\x30#DI#QZ1 some more\n"s;
+    const std::vector<std::uint8_t> bytes(stream.begin(), stream.end());
+    const std::uint32_t paints_before = paints_served();
+    int resets = -1, ticks = 0, main_paints = 0;
+    open_with("");
+
+    const auto every = [](int ms, auto action) {
+        auto* timer = new QTimer(the_window());
+        QObject::connect(timer, &QTimer::timeout, the_window(), action);
+        timer->start(ms);
+    };
+    every(10, [&] {
+        if (feed_left() == 0) start_feed_memory(bytes);
+        window_timer();
+        ++ticks;
+    });
+    every(20, [&] {
+        if (restart_requested) return;  // the last one isn't done yet
+        ++resets;
+        request_restart(static_cast<std::uint8_t>(resets & 3));
+    });
+    every(1, [&] {
+        repaint_display(main_paints % 240, 0, 239, main_paints % 128);
+        ++main_paints;
+    });
+    run_for(milliseconds{11000});
+    close_window();
+
+    const std::uint32_t paints = paints_served() - paints_before;
+    std::printf("%u paints, %d resets, %d ticks, %d paints by the main thread\n", paints, resets,
+                ticks, main_paints);
+    EXPECT_GE(paints, 1000u);
+    EXPECT_GE(resets, 100);
+    EXPECT_GE(ticks, 100);
+    EXPECT_GE(main_paints, 100);
+}
+
+}  // namespace orvanel

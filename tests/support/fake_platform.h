@@ -1,0 +1,36 @@
+// fake_platform.h: the platform and the host calls as the tests see them: nothing sleeps or paints,
+// everything is counted.
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+struct PaintedRect {
+    int x1, y1, x2, y2;
+    friend bool operator==(const PaintedRect&, const PaintedRect&) = default;
+};
+
+struct FakePlatform {
+    long slept_ms;       // by sleep_ms and sleep_until_input
+    long bytes_spent;    // calls of spend_byte_time
+    bool record_paints;  // keep each rectangle in `painted`
+    long paints;         // calls of repaint_display
+    std::vector<PaintedRect> painted;
+    long colour_changes;
+    long beeps;
+    long port_shows;
+    bool fade_running;
+    std::vector<std::string> messages;
+    std::function<void()> on_sleep;  // runs in each sleep: where a test lets the world move
+};
+
+extern FakePlatform fake_platform;
+
+/// Forgets all counts and hooks.
+void fresh_platform();
+
+}  // namespace orvanel

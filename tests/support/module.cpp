@@ -1,0 +1,42 @@
+#include "tests/support/module.h"
+
+#include "firmware/core/loop.h"
+#include "firmware/core/requests.h"
+#include "firmware/raster/screen_store.h"
+#include "firmware/store/eeprom.h"
+#include "firmware/text/font.h"
+#include "firmware/text/terminal.h"
+#include "link/pipes.h"
+#include "tests/support/fake_platform.h"
+
+#include <algorithm>
+
+namespace orvanel {
+
+void fresh_module() {
+    fresh_platform();
+    reset_kind = 0;
+    tick_enabled = false;
+    tick_yield_pending = false;
+    terminal = {};
+    string_font = touch_font = menu_font = terminal_font = {};
+    std::ranges::fill(store_slots, ScreenStore{});
+    eeprom_reset_to(eeprom_small, {});
+}
+
+void run_stream(std::span<const std::uint8_t> stream) {
+    shutdown_requested = false;
+    fake_platform.on_sleep = [&stream] {
+        constexpr std::size_t most_at_once = low_mark;
+        if (rx_count() > 0) return;
+        if (stream.empty()) shutdown_requested = true;
+        const auto next = stream.first(std::min(stream.size(), most_at_once));
+        rx_pipe_put_block(next);
+        stream = stream.subspan(next.size());
+    };
+    run_firmware();
+    fake_platform.on_sleep = nullptr;
+    shutdown_requested = false;
+}
+
+}  // namespace orvanel
