@@ -1,12 +1,30 @@
 #include "host/host_calls.h"
 
+#include "firmware/core/draw_area.h"
+#include "host/platform/platform.h"
+
 namespace orvanel {
 
-void colours_changed() {}
-void start_fade_timer() {}
-void stop_fade_timer() {}
-void show_message(std::string_view, std::string_view) {}
-void beep() {}
+namespace {
+
+constinit bool fade_timer_runs = false;  // main thread
+
+}  // namespace
+
+void colours_changed() { repaint_display(0, 0, last_x, last_y); }
+
+void start_fade_timer() {
+    if (fade_timer_runs) return;
+    fade_timer_runs = true;
+    set_fade_timer(true);
+}
+
+void stop_fade_timer() {
+    fade_timer_runs = false;
+    set_fade_timer(false);
+}
+
+// The ports are looked at where they are asked for; there is no panel that would show them.
 void show_ports() {}
 
 }  // namespace orvanel

@@ -15,8 +15,8 @@ extern int view_zoom;
 /// before firmware_thread starts.
 void open_painter();
 
-/// Paints what firmware_thread has asked for, if it has. Called by the platform on the main thread
-/// after each wake_main.
+/// Paints what firmware_thread has asked for, if it has. Called by
+/// serve_main_requests on the main thread.
 void serve_repaint();
 
 /// Says that nothing will be painted any more: whoever waits goes on, and nobody waits ever after.

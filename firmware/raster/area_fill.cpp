@@ -39,12 +39,18 @@ std::uint64_t pattern_dots(const Pattern& pattern, int y) {
     return pattern[static_cast<std::size_t>(y & 7)] * 0x0101010101010101u;
 }
 
+/// After how many rows the pattern repeats: each row of a plain one is the next one's equal.
+int period_of(const Pattern& pattern) {
+    return load_dots(pattern.data()) == pattern_dots(pattern, 0) ? 1 : 8;
+}
+
 void fill_window(const Window& window, int y1, int y2, const LinkRule& rule,
                  const Pattern& pattern) {
     std::uint8_t* column = work_plane + window.byte;
-    for (int first = y1; first <= std::min(y1 + 7, y2); ++first) {
+    const int period = period_of(pattern);
+    for (int first = y1; first <= std::min(y1 + period - 1, y2); ++first) {
         const Change change = change_of(rule, pattern_dots(pattern, first), window.mask);
-        for (int y = first; y <= y2; y += 8) {
+        for (int y = first; y <= y2; y += period) {
             std::uint8_t* at = column + y * plane_stride;
             if (both_planes) change_bytes(flash_plane_of(at), change);
             change_bytes(at, change);
@@ -58,7 +64,7 @@ int fill_blocks(int y1, int y2, const LinkRule& rule, const Pattern& pattern) {
     std::array<std::uint8_t, block_bytes> keep;
     std::array<std::uint8_t, block_bytes> flip;
     for (int i = 0; i < 8; ++i) {
-        const Change change = change_of(rule, pattern_dots(pattern, y1 + i), yes);
+        const Change change = change_of(rule, pattern_dots(pattern, y1 + i), all_dots);
         std::memset(&keep[static_cast<std::size_t>(i * plane_stride)],
                     static_cast<int>(change.keep & 0xFF), plane_stride);
         std::memset(&flip[static_cast<std::size_t>(i * plane_stride)],
@@ -87,11 +93,8 @@ void fill_area(std::uint8_t mode, std::uint8_t pattern) {
     const Pattern& rows = pattern_table[pattern & 15];
     int y1 = area.y1;
     if (area.x1 == 0 && area.x2 == last_x) y1 = fill_blocks(y1, area.y2, rule, rows);
-    for (int x = area.x1; x <= area.x2;) {
-        const Window window = first_window(x, area.x2);
-        fill_window(window, y1, area.y2, rule, rows);
-        x = end_of(window);
-    }
+    for_windows(area.x1, area.x2,
+                [&](const Window& window) { fill_window(window, y1, area.y2, rule, rows); });
 }
 
 void draw_box(std::uint8_t pattern) {

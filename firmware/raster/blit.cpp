@@ -4,9 +4,9 @@
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/rows.h"
+#include "firmware/raster/transpose.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace orvanel {
 
@@ -58,19 +58,18 @@ void set_blit_area(int w, int h) {
 
 namespace {
 
-// The longest row of the display, and room behind it to load 64 dots from any of its bytes.
-using RowBuffer = std::array<std::uint8_t, plane_stride + 9>;
+// As many rows as the display has, and room for the four bytes that a stretched byte may take at
+// the end of the last one.
+constinit std::array<std::uint8_t, plane_bytes + 4> stretched_rows{};
 
-constinit RowBuffer row_buffer{};
-
-/// The 8 dots of a byte, each `zoom` (2..4) times, as 8 * zoom bits.
+/// The 8 dots of a byte, each `zoom` (2..4) times, from bit 31 on.
 constexpr std::uint32_t stretched(std::uint32_t byte, int zoom) {
     std::uint32_t dots = 0;
     for (int i = 0; i < 8 * zoom; ++i)
-        dots = dots << 1 | (byte >> (7 - i / zoom) & 1);
+        dots |= (byte >> (7 - i / zoom) & 1) << (31 - i);
     return dots;
 }
-static_assert(stretched(0b10010001, 2) == 0b11'00'00'11'00'00'00'11);
+static_assert(stretched(0b10010001, 2) == 0b11'00'00'11'00'00'00'11u << 16);
 
 constexpr auto stretch_table = [] {
     std::array<std::array<std::uint32_t, 256>, 3> table{};
@@ -80,25 +79,63 @@ constexpr auto stretch_table = [] {
     return table;
 }();
 
-/// Puts the first `width` dots of the packed row at `row`, each `zoom` times, into row_buffer.
-void stretch_row(std::span<const std::uint8_t> bytes, std::size_t row, int zoom, int width) {
-    row_buffer = {};
-    const std::span<const std::uint8_t> dots = bytes.subspan(std::min(row, bytes.size()));
+/// Puts the first `width` dots of a packed row, each `zoom` times, at `to`, and up to three bytes
+/// behind them.
+void stretch_row(std::span<const std::uint8_t> row, int zoom, int width, std::uint8_t* to) {
     if (zoom > 4) {
         for (int i = 0; i < width; ++i) {
             const std::size_t at = plane_index(i / zoom, 0);
-            if (at < dots.size() && (dots[at] & dot_mask(i / zoom)) != 0)
-                row_buffer[plane_index(i, 0)] |= dot_mask(i);
+            plane_put(to, i, 0, at < row.size() && (row[at] & dot_mask(i / zoom)) != 0);
         }
         return;
     }
     const auto& table = stretch_table[static_cast<std::size_t>(zoom - 2)];
-    std::uint8_t* to = row_buffer.data();
-    int left = stride_of(width);
-    for (std::size_t i = 0; left > 0 && i < dots.size(); ++i, left -= zoom) {
-        const std::uint32_t bits = table[dots[i]];
-        for (int shift = 8 * (zoom - 1); shift >= 0; shift -= 8)
-            *to++ = static_cast<std::uint8_t>(bits >> shift);
+    std::size_t at = 0;
+    for (int left = stride_of(width); left > 0; left -= zoom, to += zoom, ++at) {
+        const std::uint32_t dots = at < row.size() ? table[row[at]] : 0;
+        for (int i = 0; i < 4; ++i)
+            to[i] = static_cast<std::uint8_t>(dots >> (24 - 8 * i));
+    }
+}
+
+/// Packed rows as they go to the planes, stretched in x already.
+struct Source {
+    std::span<const std::uint8_t> bytes;
+    std::size_t stride;
+};
+
+/// The same for rows that repeat each dot blit_zoom_x times, of which `width` x `height` dots show.
+Source stretch_rows(Source rows, int width, int height) {
+    const auto stride = static_cast<std::size_t>(stride_of(width));
+    std::size_t from = 0;
+    std::uint8_t* to = stretched_rows.data();
+    for (int y = 0; y < height; y += std::max<int>(blit_zoom_y, 1)) {
+        stretch_row(rows.bytes.subspan(std::min(from, rows.bytes.size())), blit_zoom_x, width, to);
+        from += rows.stride;
+        to += stride;
+    }
+    return {stretched_rows, stride};
+}
+
+/// Draws what one window shows of the rows from draw_area.y1 to above `bottom`.
+void blit_window(const Window& window, Source source, int bottom) {
+    const LinkRule& rule = link_rules[blit_link & 7];
+    const LinkRule& flash_rule = link_rules[blit_flash_link & 7];
+    const bool flash = both_planes && blit_flash_link != link_none;
+    const int column = 8 * window.byte - draw_area.x1;
+    const int zoom_y = std::max<int>(blit_zoom_y, 1);
+
+    std::size_t row = 0;
+    for (int y = draw_area.y1; y < bottom; row += source.stride) {
+        const std::uint64_t dots = dots_at(source.bytes, row, column);
+        const Change change = change_of(rule, dots, window.mask);
+        const Change flash_change = change_of(flash_rule, dots, window.mask);
+        const int next_y = std::min(y + zoom_y, bottom);
+        for (; y < next_y; ++y) {
+            std::uint8_t* at = work_plane + plane_index(8 * window.byte, y);
+            if (flash) change_bytes(flash_plane_of(at), flash_change);
+            change_bytes(at, change);
+        }
     }
 }
 
@@ -111,64 +148,47 @@ constexpr std::uint8_t reversed(std::uint8_t byte) {
 }
 static_assert(reversed(0b11100010) == 0b01000111);
 
-/// Transposes 8 rows of 8 dots, the upper left dot in bit 63: each pass swaps two corners of ever
-/// larger squares.
-constexpr std::uint64_t transposed(std::uint64_t tile) {
-    const auto swap_corners = [&tile](int distance, std::uint64_t corners) {
-        const std::uint64_t differing = (tile ^ tile >> distance) & corners;
-        tile ^= differing ^ differing << distance;
-    };
-    swap_corners(7, 0x00AA00AA00AA00AA);
-    swap_corners(14, 0x0000CCCC0000CCCC);
-    swap_corners(28, 0x00000000F0F0F0F0);
-    return tile;
-}
-static_assert(transposed(0xFF00000000000000) == 0x8080808080808080);
-
-/// A packed picture, read within its bounds.
-struct Packed {
-    std::span<const std::uint8_t> bytes;
-    int width, height;
-};
-
-std::uint8_t byte_of(const Packed& picture, int row, int column) {
-    if (row < 0 || row >= picture.height) return 0;
-    const auto at = static_cast<std::size_t>(row * stride_of(picture.width) + column);
-    return at < picture.bytes.size() ? picture.bytes[at] : std::uint8_t{0};
-}
-
 /// Turns the columns of a picture into rows of staging_buffer. With `clockwise` the leftmost
 /// column, read upward, is the first row; else the rightmost, read downward.
-void stage_columns(const Packed& picture, bool clockwise) {
-    const int rows = std::min(picture.width, screen_height);
-    const int stride = stride_of(picture.height);
-    for (int column = 0; column < stride_of(picture.width); ++column) {
-        for (int group = 0; group < stride; ++group) {
-            std::uint64_t tile = 0;
-            for (int i = 8 * group; i < 8 * group + 8; ++i)
-                tile = tile << 8 | byte_of(picture, clockwise ? picture.height - 1 - i : i, column);
-            tile = transposed(tile);
-            for (int i = 8 * column; i < 8 * column + 8; ++i, tile <<= 8) {
-                const int row = clockwise ? i : picture.width - 1 - i;
-                if (row >= 0 && row < rows)
-                    staging_buffer[static_cast<std::size_t>(row * stride + group)] =
-                        static_cast<std::uint8_t>(tile >> 56);
+void stage_columns(std::span<const std::uint8_t> rows, int width, int height, bool clockwise) {
+    const int staged_rows = std::min(width, screen_height);
+    const int staged_stride = stride_of(height);
+    for (int group = 0; group < staged_stride; ++group) {
+        for (int left = 0; left < width; left += 64) {
+            std::array<std::uint64_t, 8> dots{};
+            for (int i = 0; i < 8; ++i) {
+                const int row = clockwise ? height - 1 - 8 * group - i : 8 * group + i;
+                if (row >= 0 && row < height)
+                    dots[static_cast<std::size_t>(i)] = load_dots_at(
+                        rows, static_cast<std::size_t>(row * stride_of(width) + left / 8));
+            }
+            transpose_eight<1>(dots.data());
+            for (int i = 0; i < std::min(width - left, 64); ++i) {
+                const int row = clockwise ? left + i : width - 1 - left - i;
+                if (row >= staged_rows) continue;
+                staging_buffer[static_cast<std::size_t>(row * staged_stride + group)] =
+                    low8(static_cast<std::int64_t>(dots[static_cast<std::size_t>(i % 8)] >>
+                                                   (56 - i / 8 * 8)));
             }
         }
     }
 }
 
 /// Puts the rows upside down and each of them back to front.
-void stage_upside_down(const Packed& picture) {
-    const int stride = stride_of(picture.width);
-    const int padding = 8 * stride - picture.width;
-    std::size_t at = 0;
-    for (int row = picture.height - 1; row >= 0; --row) {
+void stage_upside_down(std::span<const std::uint8_t> rows, int width, int height) {
+    const int stride = stride_of(width);
+    const int padding = 8 * stride - width;
+    const auto byte_at = [rows](int i) {
+        const auto at = static_cast<std::size_t>(i);
+        return at < rows.size() ? int{rows[at]} : 0;
+    };
+    std::size_t to = 0;
+    for (int row = height - 1; row >= 0; --row) {
         for (int column = stride - 1; column >= 0; --column) {
-            const int right = byte_of(picture, row, column);
-            const int left = column > 0 ? byte_of(picture, row, column - 1) : 0;
-            // The 8 dots that end `padding` dots left of this byte's end.
-            staging_buffer[at++] = reversed(low8((left << 8 | right) >> padding));
+            const int right = byte_at(row * stride + column);
+            const int left = column > 0 ? byte_at(row * stride + column - 1) : 0;
+            // The eight dots that end where the padding would begin, were it behind each byte.
+            staging_buffer[to++] = reversed(low8((left << 8 | right) >> padding));
         }
     }
 }
@@ -190,42 +210,32 @@ void blit(std::span<const std::uint8_t> rows) {
     const int width = std::min(blit_width, screen_width - x1);
     if (x1 < 0 || width <= 0) return;
 
-    const bool flash = both_planes && blit_flash_link != link_none;
-    const LinkRule& rule = link_rules[blit_link & 7];
-    const LinkRule& flash_rule = link_rules[blit_flash_link & 7];
-    const Windows windows = windows_of(x1, x1 + width - 1);
-    const int zoom_x = std::max<int>(blit_zoom_x, 1);
-    const int zoom_y = std::max<int>(blit_zoom_y, 1);
-
-    std::size_t row = 0;
-    for (int y = draw_area.y1; y < bottom; y += zoom_y) {
-        if (zoom_x > 1) stretch_row(rows, row, zoom_x, width);
-        const int next_y = std::min(y + zoom_y, bottom);
-        for (const Window& window : windows) {
-            const int column = 8 * window.byte - x1;
-            const std::uint64_t picture =
-                zoom_x > 1 ? dots_at(row_buffer, 0, column) : dots_at(rows, row, column);
-            const Change change = change_of(rule, picture, window.mask);
-            const Change flash_change = change_of(flash_rule, picture, window.mask);
-            for (int line = y; line < next_y; ++line) {
-                std::uint8_t* at = work_plane + line * plane_stride + window.byte;
-                if (flash) change_bytes(flash_plane_of(at), flash_change);
-                change_bytes(at, change);
-            }
-        }
-        row += static_cast<std::size_t>(stride_of(picture_width));
-    }
+    Source source{rows, static_cast<std::size_t>(stride_of(picture_width))};
+    if (blit_zoom_x > 1) source = stretch_rows(source, width, bottom - draw_area.y1);
+    for_windows(x1, x1 + width - 1,
+                [&](const Window& window) { blit_window(window, source, bottom); });
 }
 
 void stage_picture(std::span<const std::uint8_t> rows, std::uint8_t rotation) {
-    const Packed picture{rows, picture_width, picture_height};
-    if ((rotation & 3) == 0) std::copy(rows.begin(), rows.end(), staging_buffer.begin());
-    if ((rotation & 3) == 2) stage_upside_down(picture);
-    if ((rotation & 1) == 0) return;
-
-    stage_columns(picture, (rotation & 3) == 3);
-    picture_width = picture.height;
-    picture_height = low8(std::min(picture.width, screen_height));
+    const int width = picture_width;
+    const int height = picture_height;
+    rows = rows.first(std::min(rows.size(), staging_buffer.size()));
+    switch (rotation & 3) {
+    case 0:
+        std::copy(rows.begin(), rows.end(), staging_buffer.begin());
+        return;
+    case 1:
+        stage_columns(rows, width, height, false);
+        break;
+    case 2:
+        stage_upside_down(rows, width, height);
+        return;
+    case 3:
+        stage_columns(rows, width, height, true);
+        break;
+    }
+    picture_width = height;
+    picture_height = low8(std::min(width, screen_height));
 }
 
 void pack_area(std::span<std::uint8_t> target) {
@@ -239,7 +249,7 @@ void pack_area(std::span<std::uint8_t> target) {
     for (int y = area.y1; y <= area.y2; ++y) {
         for (int x = area.x1; x <= area.x2; x += 64) {
             const int dots = std::min(area.x2 - x + 1, 64);
-            const std::uint64_t mask = yes << (64 - dots);
+            const std::uint64_t mask = all_dots << (64 - dots);
             store_dots_at(target, dots_at(plane, plane_index(0, y), x) & mask);
             target =
                 target.subspan(std::min(static_cast<std::size_t>(stride_of(dots)), target.size()));

@@ -18,13 +18,14 @@ void fill_display(std::uint8_t mode, std::uint8_t pattern) {
 
 /// The flash plane of draw_area := the dots of work_plane, those of `turned` the other way round.
 void copy_to_flash_plane(std::uint64_t turned) {
-    for (const Window& window : windows_of(draw_area.x1, draw_area.x2)) {
-        for (int y = draw_area.y1; y <= draw_area.y2; ++y) {
-            std::uint8_t* at = work_plane + y * plane_stride + window.byte;
+    const DrawArea area = on_glass(draw_area);
+    for_windows(area.x1, area.x2, [&](const Window& window) {
+        for (int y = area.y1; y <= area.y2; ++y) {
+            std::uint8_t* at = work_plane + plane_index(8 * window.byte, y);
             change_bytes(flash_plane_of(at),
                          change_of(link_rules[link_replace], load_dots(at) ^ turned, window.mask));
         }
-    }
+    });
     refresh_area();
 }
 
@@ -55,8 +56,8 @@ void show_planes() {
     refresh_all();
 }
 
-void flash_inverted() { copy_to_flash_plane(yes); }
-void flash_same() { copy_to_flash_plane(no); }
+void flash_inverted() { copy_to_flash_plane(all_dots); }
+void flash_same() { copy_to_flash_plane(no_dots); }
 
 void flash_pattern() {
     std::uint8_t* plane = work_plane;

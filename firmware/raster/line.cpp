@@ -68,10 +68,10 @@ void draw_vertical() {
     fill_box(x, y);
 }
 
-/// The extent of a sloped line across its run, where `low` and `high` are its end points there.
-Span extent(int low, int high, int size, int limit) {
-    if (size <= 1) return {low, high};
-    return {pen_span(low, size, limit).low, pen_span(high, size, limit).high};
+/// The extent of a sloped line across its run, from that of its dots.
+Span extent(Span dots, int size, int limit) {
+    if (size <= 1) return dots;
+    return {pen_span(dots.low, size, limit).low, pen_span(dots.high, size, limit).high};
 }
 
 /// A sloped line, from left to right. dx and dy count dots, they are not differences.
@@ -81,106 +81,91 @@ struct Slope {
     int step;  // of y, 1 or -1
 };
 
-/// One dot for each x.
-template <typename Dot> void walk_flat(const Slope& line, Dot dot) {
-    int e = line.dx;
-    int y = line.y1;
-    for (int x = line.x1; x <= line.x2; ++x) {
-        dot(x, y);
-        e -= line.dy;
-        if (e > 0) continue;
-        e += line.dx;
-        y += line.step;
+/// Calls run(length) for each run of dots that share their place across the line, `shorter` times;
+/// the lengths add up to `longer`.
+template <typename Run> void for_runs(int longer, int shorter, Run run) {
+    // Each dot takes `shorter` from e, and a run ends with the dot at which e runs out. That is
+    // after this many dots or one more.
+    const int dots = longer / shorter;
+    int e = longer;
+    for (int i = 0; i < shorter; ++i) {
+        const int length = dots + (e > dots * shorter ? 1 : 0);
+        run(length);
+        e += longer - length * shorter;
     }
 }
 
-/// One dot for each y.
-template <typename Dot> void walk_steep(const Slope& line, Dot dot) {
-    int e = line.dy;
-    int x = line.x1;
-    for (int y = line.y1;; y += line.step) {
-        dot(x, y);
-        if (y == line.y2) return;
-        e -= line.dx;
-        if (e > 0) continue;
-        e += line.dy;
-        x += 1;
-    }
+/// What the pen does to a word that it covers.
+Change pen_change() {
+    const bool draws = pen_link >= link_set && pen_link <= link_replace_inverse;
+    return change_of(link_rules[draws ? pen_link : 0], all_dots, all_dots);
 }
 
-/// The dots x1..x2 of a row, on both planes.
-void change_span(int x1, int x2, int y, const LinkRule& rule) {
-    while (x1 <= x2) {
-        const Window window = first_window(x1, x2);
-        const Change change = change_of(rule, window.mask, window.mask);
-        std::uint8_t* at = work_plane + plane_index(8 * window.byte, y);
-        change_bytes(flash_plane_of(at), change);
-        change_bytes(at, change);
-        x1 = end_of(window);
-    }
-}
-
-/// Draws with a pen of one dot, run by run: the dots that share a y are a span of words.
-void draw_thin_flat(const Slope& line) {
-    const LinkRule& rule = link_rules[pen_link];
-    const int shorter = line.dx / line.dy;
-    int e = line.dx;
+/// One dot for each x with a pen one dot high: each run is a row of dots.
+void draw_flat_dots(const Slope& line) {
+    const Change pen = pen_change();
     int x = line.x1;
     int y = line.y1;
-    for (int i = 0; i < line.dy; ++i) {
-        // A run ends with the dot at which e runs out, so it has one of two lengths.
-        const int length = shorter + (e > shorter * line.dy ? 1 : 0);
-        change_span(x, x + length - 1, y, rule);
-        e += line.dx - length * line.dy;
+    for_runs(line.dx, line.dy, [&](int length) {
+        for_windows(x, x + length - 1, [&](const Window& window) {
+            const std::uint64_t dots = in_memory_order(window.mask);
+            const Change change{pen.keep | ~dots, pen.flip & dots};
+            std::uint8_t* at = work_plane + plane_index(8 * window.byte, y);
+            change_bytes(flash_plane_of(at), change);
+            change_bytes(at, change);
+        });
         x += length;
         y += line.step;
-    }
-}
-
-/// The same for a line of one dot in each y.
-void draw_thin_steep(const Slope& line) {
-    const LinkRule& rule = link_rules[pen_link];
-    const auto drop = static_cast<std::uint8_t>(rule.drop_picture | rule.drop_box);
-    const auto flip = static_cast<std::uint8_t>(rule.flip_picture ^ rule.flip_box);
-    std::uint8_t* plane = work_plane;
-    walk_steep(line, [=](int x, int y) {
-        const std::uint8_t keep_mask = ~(dot_mask(x) & drop) & 0xFF;
-        const std::uint8_t flip_mask = dot_mask(x) & flip;
-        std::uint8_t* at = plane + plane_index(x, y);
-        std::uint8_t* flash = flash_plane_of(at);
-        *flash = static_cast<std::uint8_t>((*flash & keep_mask) ^ flip_mask);
-        *at = static_cast<std::uint8_t>((*at & keep_mask) ^ flip_mask);
     });
 }
 
-/// Draws with a pen of one dot, which needs no box around each dot.
-void draw_thin(const Slope& line) {
-    both_planes = true;
-    draw_area = area_of({line.x2, line.x2}, {line.y2, line.y2});
-    if (pen_link < link_set || pen_link > link_replace_inverse) return;
-    if (line.dy < line.dx)
-        draw_thin_flat(line);
-    else
-        draw_thin_steep(line);
+/// One dot for each y with a pen one dot wide: its short runs are cheaper dot by dot, without a
+/// branch to guess.
+void draw_steep_dots(const Slope& line) {
+    const Change pen = pen_change();
+    std::uint8_t* plane = work_plane;
+    int e = line.dy;
+    int x = line.x1;
+    int y = line.y1;
+    for (int i = 0; i < line.dy; ++i) {
+        const auto keep = static_cast<std::uint8_t>(pen.keep | ~std::uint64_t{dot_mask(x)});
+        const auto flip = static_cast<std::uint8_t>(pen.flip & dot_mask(x));
+        std::uint8_t* at = plane + plane_index(x, y);
+        std::uint8_t* flash = flash_plane_of(at);
+        *at = static_cast<std::uint8_t>((*at & keep) ^ flip);
+        *flash = static_cast<std::uint8_t>((*flash & keep) ^ flip);
+        y += line.step;
+        e -= line.dx;
+        const int passed = e <= 0 ? 1 : 0;
+        e += passed * line.dy;
+        x += passed;
+    }
 }
 
+// With a larger pen each run is one box: the boxes of its dots lie side by side, none on another,
+// so in every link mode the result is the same.
+
+/// One dot for each x, drawn with the pen's height alone.
 void draw_flat(const Slope& line) {
-    const Span y =
-        extent(std::min(line.y1, line.y2), std::max(line.y1, line.y2), pen_height, last_y);
-    dirty_area = area_of({line.x1, line.x2}, y);
-    if (pen_height == 1) return draw_thin(line);
-    const std::uint8_t width = std::exchange(pen_width, std::uint8_t{1});
-    walk_flat(line, draw_point);
-    pen_width = width;
+    int x = line.x1;
+    int y = line.y1;
+    for_runs(line.dx, line.dy, [&](int length) {
+        fill_box({x, x + length - 1}, pen_span(y, pen_height, last_y));
+        x += length;
+        y += line.step;
+    });
 }
 
+/// One dot for each y, drawn with the pen's width alone.
 void draw_steep(const Slope& line) {
-    const Span y{std::min(line.y1, line.y2), std::max(line.y1, line.y2)};
-    dirty_area = area_of(extent(line.x1, line.x2, pen_width, last_x), y);
-    if (pen_width == 1) return draw_thin(line);
-    const std::uint8_t height = std::exchange(pen_height, std::uint8_t{1});
-    walk_steep(line, draw_point);
-    pen_height = height;
+    int x = line.x1;
+    int y = line.y1;
+    for_runs(line.dy, line.dx, [&](int length) {
+        const int end = y + line.step * (length - 1);
+        fill_box(pen_span(x, pen_width, last_x), {std::min(y, end), std::max(y, end)});
+        x += 1;
+        y = end + line.step;
+    });
 }
 
 }  // namespace
@@ -202,10 +187,18 @@ void draw_line() {
     line.dx = line.x2 - line.x1 + 1;
     line.dy = std::abs(line.y2 - line.y1) + 1;
     line.step = line.y1 < line.y2 ? 1 : -1;
-    if (line.dy < line.dx)
-        draw_flat(line);
-    else
-        draw_steep(line);
+    both_planes = true;
+    const Span x{line.x1, line.x2};
+    const Span y{std::min(line.y1, line.y2), std::max(line.y1, line.y2)};
+    if (line.dy < line.dx) {
+        dirty_area = area_of(x, extent(y, pen_height, last_y));
+        pen_height == 1 ? draw_flat_dots(line) : draw_flat(line);
+        draw_area = area_of({line.x2, line.x2}, pen_span(line.y2, pen_height, last_y));
+    } else {
+        dirty_area = area_of(extent(x, pen_width, last_x), y);
+        pen_width == 1 ? draw_steep_dots(line) : draw_steep(line);
+        draw_area = area_of(pen_span(line.x2, pen_width, last_x), {line.y2, line.y2});
+    }
 }
 
 void draw_rect() {

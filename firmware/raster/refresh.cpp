@@ -2,6 +2,7 @@
 
 #include "firmware/raster/rows.h"
 #include "firmware/raster/screen_store.h"
+#include "firmware/raster/transpose.h"
 #include "host/host_calls.h"
 
 namespace orvanel {
@@ -39,8 +40,7 @@ namespace {
 
 // A refresh works on blocks of at most 64 rows, as wide as a word of the upright images. The two
 // phases of a block are composed once; their words go to the upright images as they are, and
-// transposed to the rotated ones. Rows stand bottom-up, as in the images: row top + i is word 63 -
-// i.
+// transposed to the rotated ones. The rows stand bottom-up, as in the images: word 63 is row `top`.
 constexpr int block_rows = 64;
 using Dots = std::array<std::uint64_t, block_rows>;
 
@@ -95,42 +95,6 @@ void show_upright(const Block& block) {
     }
 }
 
-/// In a square of 2 * distance dots, the upper right and the lower left quarter change places.
-template <int distance> void swap_quarters(std::uint64_t& upper, std::uint64_t& lower) {
-    constexpr std::uint64_t right = yes / ((std::uint64_t{1} << distance) + 1);
-    const std::uint64_t differing = (upper ^ lower >> distance) & right;
-    upper ^= differing;
-    lower ^= differing << distance;
-}
-
-/// Three steps of a transposition on the eight words that lie `distance` apart from `first` on: it
-/// transposes 8 x 8 squares, each of distance x distance dots.
-template <int distance> void transpose_eight(std::uint64_t* first) {
-    std::uint64_t a = first[0], b = first[distance], c = first[2 * distance],
-                  d = first[3 * distance], e = first[4 * distance], f = first[5 * distance],
-                  g = first[6 * distance], h = first[7 * distance];
-    swap_quarters<4 * distance>(a, e);
-    swap_quarters<4 * distance>(b, f);
-    swap_quarters<4 * distance>(c, g);
-    swap_quarters<4 * distance>(d, h);
-    swap_quarters<2 * distance>(a, c);
-    swap_quarters<2 * distance>(b, d);
-    swap_quarters<2 * distance>(e, g);
-    swap_quarters<2 * distance>(f, h);
-    swap_quarters<distance>(a, b);
-    swap_quarters<distance>(c, d);
-    swap_quarters<distance>(e, f);
-    swap_quarters<distance>(g, h);
-    first[0] = a;
-    first[distance] = b;
-    first[2 * distance] = c;
-    first[3 * distance] = d;
-    first[4 * distance] = e;
-    first[5 * distance] = f;
-    first[6 * distance] = g;
-    first[7 * distance] = h;
-}
-
 /// Transposes all 64 rows.
 void transpose(Dots& dots) {
     for (std::size_t i = 0; i < 8; ++i)
@@ -141,7 +105,7 @@ void transpose(Dots& dots) {
 
 /// Transposes the block, which is of no use after that, and shows its columns.
 void show_rotated(Block& block) {
-    const std::uint64_t rows = yes >> (64 - block.rows);
+    const std::uint64_t rows = all_dots >> (64 - block.rows);
     const int shift = block.top % 64;
     // The rows from 64 on are in word 0, and those that reach there from above wrap into it.
     const std::size_t word = block.top < 64 ? 1 : 0;

@@ -15,9 +15,8 @@
 
 namespace orvanel {
 
-/// 64 dots alike, or one answer for all of them.
-constexpr std::uint64_t yes = ~std::uint64_t{0};
-constexpr std::uint64_t no = 0;
+constexpr std::uint64_t all_dots = ~std::uint64_t{0};
+constexpr std::uint64_t no_dots = 0;
 
 /// A word as its bytes lie in memory, from one with the leftmost dot in bit 63, and back.
 inline std::uint64_t in_memory_order(std::uint64_t dots) {
@@ -62,7 +61,7 @@ inline std::uint64_t dots_at(std::span<const std::uint8_t> bytes, std::size_t ro
 
 /// The dots from column `first` to `last` of a word, of which only 0..63 lie in it.
 constexpr std::uint64_t dots_between(int first, int last) {
-    return yes >> std::max(first, 0) & yes << (63 - std::min(last, 63));
+    return all_dots >> std::max(first, 0) & all_dots << (63 - std::min(last, 63));
 }
 
 /// Up to 64 dots of a plane row: those of `mask` in the 8 bytes from `byte` on.
@@ -71,38 +70,14 @@ struct Window {
     std::uint64_t mask;
 };
 
-/// The first window of the dots x1..x2 of a row (0..239, ordered).
-constexpr Window first_window(int x1, int x2) {
-    const int byte = std::min(x1 >> 3, plane_stride - 8);
-    return {byte, dots_between(x1 - 8 * byte, x2 - 8 * byte)};
-}
-
-/// The first dot behind a window, where the next one goes on.
-constexpr int end_of(const Window& window) { return 8 * window.byte + 64; }
-
-constexpr int max_windows = (plane_stride + 7) / 8;
-
-struct Windows {
-    std::array<Window, max_windows> list;
-    int count;
-
-    constexpr const Window* begin() const { return list.data(); }
-    constexpr const Window* end() const { return list.data() + count; }
-};
-
-/// All windows of the dots x1..x2 of a row, from left to right.
-constexpr Windows windows_of(int x1, int x2) {
-    Windows windows{};
+/// Calls work(window) for each window of the dots x1..x2 of a row (0..239), from left to right.
+template <typename Work> void for_windows(int x1, int x2, Work work) {
     while (x1 <= x2) {
-        const Window window = first_window(x1, x2);
-        windows.list[static_cast<std::size_t>(windows.count++)] = window;
-        x1 = end_of(window);
+        const int byte = std::min(x1 >> 3, plane_stride - 8);
+        work(Window{byte, dots_between(x1 - 8 * byte, x2 - 8 * byte)});
+        x1 = 8 * byte + 64;
     }
-    return windows;
 }
-static_assert(windows_of(0, last_x).count == max_windows);
-static_assert(windows_of(1, last_x).list[3].byte == 22 &&
-              windows_of(1, last_x).list[3].mask == 0xFFFFFFFFFFFF);
 
 /// What happens to up to 64 dots: those outside `keep` go, then those of `flip` turn.
 struct Change {
@@ -118,23 +93,25 @@ inline void change_bytes(std::uint8_t* at, const Change& change) {
     std::memcpy(at, &bytes, sizeof bytes);
 }
 
-/// A link mode in words, all bits alike: which dots go, and which turn after that, because the
-/// picture has them or because they lie in the box.
+/// A link mode in words, each all_dots or no_dots: which dots go, and which turn after that,
+/// because the picture has them or because they lie in its box.
 struct LinkRule {
     std::uint64_t drop_picture, drop_box, flip_picture, flip_box;
 };
 
 /// Modes 0 to 7, as area_fill.h and blit.h name them.
+// clang-format off
 constexpr std::array<LinkRule, 8> link_rules{{
-    {no, no, no, no},     // none
-    {yes, no, yes, no},   // set
-    {yes, no, no, no},    // clear
-    {no, no, yes, no},    // invert
-    {no, yes, yes, no},   // replace
-    {no, yes, yes, yes},  // replace inverse
-    {no, yes, no, no},    // all clear
-    {no, yes, no, yes},   // all set
+    {no_dots,  no_dots,  no_dots,  no_dots},   // none
+    {all_dots, no_dots,  all_dots, no_dots},   // set
+    {all_dots, no_dots,  no_dots,  no_dots},   // clear
+    {no_dots,  no_dots,  all_dots, no_dots},   // invert
+    {no_dots,  all_dots, all_dots, no_dots},   // replace
+    {no_dots,  all_dots, all_dots, all_dots},  // replace inverse
+    {no_dots,  all_dots, no_dots,  no_dots},   // all clear
+    {no_dots,  all_dots, no_dots,  all_dots},  // all set
 }};
+// clang-format on
 
 /// The change, in memory order, that `picture` makes in the box of dots `box`.
 inline Change change_of(const LinkRule& rule, std::uint64_t picture, std::uint64_t box) {

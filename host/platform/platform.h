@@ -4,6 +4,8 @@
 
 #pragma once
 
+#include <string_view>
+
 namespace orvanel {
 
 /// A rectangle of window pixels; right and bottom are exclusive.
@@ -30,10 +32,22 @@ void spend_byte_time();
 /// True on the host's main thread, where painting happens; always true in module time.
 bool on_main_thread();
 
-/// Has the main thread call serve_repaint (host/painter.h) soon. Called from any thread.
+/// Has the main thread call serve_main_requests (host/main_requests.h) soon. Called from any
+/// thread.
 void wake_main();
 
 /// Paints this part of the window before it returns. Main thread only.
 void paint_window(PixelRect rect);
+
+/// From now on the main thread runs backlight_fade_step (firmware/core/backlight.h) every 20 ms,
+/// for the first time in 20 ms; or no more. Main thread only.
+void set_fade_timer(bool runs);
+
+/// Opens a message box and returns at once. message_closed (host/main_requests.h) is called when
+/// the user has closed it, which may be before this returns. Main thread only.
+void open_message_box(std::string_view caption, std::string_view text);
+
+/// The system's simple beep. Main thread only.
+void sound_beep();
 
 }  // namespace orvanel

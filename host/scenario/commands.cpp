@@ -20,11 +20,10 @@
 
 namespace orvanel {
 
-constinit std::string scenario_folder{};
-
 namespace {
 
 constexpr std::int64_t language_version = 1;
+constexpr std::int64_t most_version = 1000;
 constexpr std::int64_t longest_wait_ms = 1'000'000'000;
 constexpr std::int64_t settle_ms = 60'000;
 constexpr std::int64_t await_ms = 5000;
@@ -32,7 +31,7 @@ constexpr std::int64_t required = -1;
 
 constinit bool no_command_before = false;
 
-// ---- the functions of the table ----
+// What the commands do, in the order of the table.
 
 void check_version(const Arguments& a) {
     if (!no_command_before) {
@@ -60,15 +59,19 @@ void send(const Arguments& a) {
 
 void print_answers(const Arguments& /*a*/) { print_line("answers" + hex_of(take_answers())); }
 
-void feed(const Arguments& a) {
+/// Why the file can't be fed, empty if it can. start_feed_file is silent about it, but here silence
+/// helps nobody.
+std::string unreadable(const std::string& path) {
     std::error_code ignored;
-    const bool plain = std::filesystem::is_regular_file(a.path, ignored);
-    if (!plain || !std::ifstream(a.path)) {
-        // start_feed_file is silent about it, but here silence helps nobody.
-        report_fault(wrong_line,
-                     a.path + (plain                                      ? " can't be read"
-                               : std::filesystem::exists(a.path, ignored) ? " is no plain file"
-                                                                          : ": no such file"));
+    if (!std::filesystem::exists(path, ignored)) return "no such file";
+    if (!std::filesystem::is_regular_file(path, ignored)) return "not a plain file";
+    return std::ifstream(path) ? "" : "can't be read";
+}
+
+void feed(const Arguments& a) {
+    const std::string fault = unreadable(a.path);
+    if (!fault.empty()) {
+        report_fault(wrong_line, a.path + ": " + fault);
         return;
     }
     // In quotes, which the feed takes off: the name may begin with one of its own.
@@ -85,9 +88,9 @@ void print_time(const Arguments& /*a*/) { print_line("time " + std::to_string(cl
 
 void screen(const Arguments& a) { save_screen(a.path, a.shown); }
 
-void expect_answers_command(const Arguments& a) { expect_answers(a.bytes); }
+void expect_answers_now(const Arguments& a) { expect_answers(a.bytes); }
 
-void expect_screen_command(const Arguments& a) { expect_screen(a.path, a.shown); }
+void expect_screen_now(const Arguments& a) { expect_screen(a.path, a.shown); }
 
 void await_answers(const Arguments& a) { wait_for_answers(a.bytes, a.within_ms); }
 
@@ -96,12 +99,14 @@ void await_screen(const Arguments& a) {
     if (load_expectation(expectation)) wait_for_screen(expectation, a.within_ms);
 }
 
-// ---- the words of the table ----
+// The arguments, as the table names them.
 
 constexpr Argument bytes{Take::bytes, 0, 0, required};
 constexpr Argument path{Take::path, 0, 0, required};
 constexpr Argument picture{Take::picture, 0, 0, required};
 constexpr Argument shown{Take::shown, 0, 0, required};
+constexpr Argument ms{Take::number, 0, longest_wait_ms, required};
+constexpr Argument ms_or_60000{Take::number, 0, longest_wait_ms, settle_ms};
 constexpr Argument within{Take::within, 0, longest_wait_ms, await_ms};
 
 constexpr Argument number(std::int64_t most) { return {Take::number, 0, most, required}; }
@@ -112,61 +117,60 @@ constexpr Argument number_or(std::int64_t otherwise, std::int64_t most) {
 
 // clang-format off
 constexpr ScenarioCommand commands[]{
-    {"scenario",       "1",                                 {number(longest_wait_ms)},               check_version},
-    {"send",           "BYTES",                             {bytes},                                 send},
-    {"answers",        "",                                  {},                                      print_answers},
-    {"port",           "N",                                 {},                                      nullptr},
-    {"protocol",       "0 or 1",                            {},                                      nullptr},
-    {"line",           "BYTES",                             {},                                      nullptr},
-    {"line-answers",   "",                                  {},                                      nullptr},
-    {"cts",            "0 or 1",                            {},                                      nullptr},
-    {"rts",            "",                                  {},                                      nullptr},
-    {"touch",          "X Y",                               {},                                      nullptr},
-    {"lift",           "",                                  {},                                      nullptr},
-    {"mouse-down",     "PX PY",                             {},                                      nullptr},
-    {"mouse-move",     "PX PY",                             {},                                      nullptr},
-    {"mouse-up",       "PX PY",                             {},                                      nullptr},
-    {"key",            "TEXT",                              {},                                      nullptr},
-    {"menu",           "ID",                                {},                                      nullptr},
-    {"drop",           "PATH PX PY",                        {},                                      nullptr},
-    {"open",           "PATH [X Y]",                        {},                                      nullptr},
-    {"feed",           "PATH",                              {path},                                  feed},
-    {"demo",           "",                                  {},                                      nullptr},
-    {"reset",          "[KIND]",                            {number_or(0, 3)},                       reset},
-    {"wait",           "MS",                                {number(longest_wait_ms)},               wait_ms},
-    {"settle",         "[MS]",                              {number_or(settle_ms, longest_wait_ms)}, settle},
-    {"time",           "",                                  {},                                      print_time},
-    {"screen",         "FILE [main or flash]",              {picture, shown},                        screen},
-    {"window",         "FILE.png",                          {},                                      nullptr},
-    {"expect-answers", "BYTES",                             {bytes},                                 expect_answers_command},
-    {"expect-line",    "BYTES",                             {},                                      nullptr},
-    {"expect-screen",  "FILE [main or flash]",              {picture, shown},                        expect_screen_command},
-    {"await-answers",  "BYTES [within MS]",                 {bytes, within},                         await_answers},
-    {"await-line",     "BYTES [within MS]",                 {},                                      nullptr},
-    {"await-screen",   "FILE [main or flash] [within MS]",  {picture, shown, within},                await_screen},
-    {"ports",          "",                                  {},                                      nullptr},
-    {"backlight",      "",                                  {},                                      nullptr},
-    {"title",          "",                                  {},                                      nullptr},
-    {"area-at",        "X Y",                               {},                                      nullptr},
-    {"link",           "",                                  {},                                      nullptr},
-    {"baud",           "",                                  {},                                      nullptr},
-    {"line-absent",    "0 or 1",                            {},                                      nullptr},
-    {"panel",          "",                                  {},                                      nullptr},
-    {"cursor",         "",                                  {},                                      nullptr},
-    {"dialog",         "CONTROL [VALUE] or close",          {},                                      nullptr},
-    {"clipboard",      "FILE.bmp",                          {},                                      nullptr},
-    {"outline",        "FILE.pbm",                          {},                                      nullptr},
-    {"geometry",       "",                                  {},                                      nullptr},
-    {"setting",        "KEY",                               {},                                      nullptr},
-    {"mark",           "ID",                                {},                                      nullptr},
-    {"bridge",         "NUMBER FIRST SECOND",               {},                                      nullptr},
+    {"scenario",       "1",                                {number(most_version)},   check_version},
+    {"send",           "BYTES",                            {bytes},                  send},
+    {"answers",        "",                                 {},                       print_answers},
+    {"port",           "N"},
+    {"protocol",       "0 or 1"},
+    {"line",           "BYTES"},
+    {"line-answers",   ""},
+    {"cts",            "0 or 1"},
+    {"rts",            ""},
+    {"touch",          "X Y"},
+    {"lift",           ""},
+    {"mouse-down",     "PX PY"},
+    {"mouse-move",     "PX PY"},
+    {"mouse-up",       "PX PY"},
+    {"key",            "TEXT"},
+    {"menu",           "ID"},
+    {"drop",           "PATH PX PY"},
+    {"open",           "PATH [X Y]"},
+    {"feed",           "PATH",                             {path},                   feed},
+    {"demo",           ""},
+    {"reset",          "[KIND]",                           {number_or(0, 3)},        reset},
+    {"wait",           "MS",                               {ms},                     wait_ms},
+    {"settle",         "[MS]",                             {ms_or_60000},            settle},
+    {"time",           "",                                 {},                       print_time},
+    {"screen",         "FILE [main or flash]",             {picture, shown},         screen},
+    {"window",         "FILE.png"},
+    {"expect-answers", "BYTES",                            {bytes},                  expect_answers_now},
+    {"expect-line",    "BYTES"},
+    {"expect-screen",  "FILE [main or flash]",             {picture, shown},         expect_screen_now},
+    {"await-answers",  "BYTES [within MS]",                {bytes, within},          await_answers},
+    {"await-line",     "BYTES [within MS]"},
+    {"await-screen",   "FILE [main or flash] [within MS]", {picture, shown, within}, await_screen},
+    {"ports",          ""},
+    {"backlight",      ""},
+    {"title",          ""},
+    {"area-at",        "X Y"},
+    {"link",           ""},
+    {"baud",           ""},
+    {"line-absent",    "0 or 1"},
+    {"panel",          ""},
+    {"cursor",         ""},
+    {"dialog",         "CONTROL [VALUE] or close"},
+    {"clipboard",      "FILE.bmp"},
+    {"outline",        "FILE.pbm"},
+    {"geometry",       ""},
+    {"setting",        "KEY"},
+    {"mark",           "ID"},
+    {"bridge",         "NUMBER FIRST SECOND"},
 };
 // clang-format on
 
-// ---- reading and running a line ----
-
+/// Paths start from the folder of the scenario, or the present one for standard input.
 std::string resolved(const std::string& name) {
-    return (std::filesystem::path(scenario_folder) / name).string();
+    return (std::filesystem::path(scenario_name).parent_path() / name).string();
 }
 
 std::string take_picture_path(std::string_view& rest, Arguments& into) {

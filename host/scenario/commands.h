@@ -44,15 +44,12 @@ struct Arguments {
 struct ScenarioCommand {
     std::string_view name;
     std::string_view usage;  // the arguments as messages show them
-    std::array<Argument, max_arguments> arguments;
-    void (*run)(const Arguments&);  // nullptr: known, but not available yet
+    std::array<Argument, max_arguments> arguments{};
+    void (*run)(const Arguments&) = nullptr;  // nullptr: known, but not available yet
 };
 
 /// All commands, in the order of docs/scenarios.md.
 std::span<const ScenarioCommand> scenario_commands();
-
-/// The folder that the paths of the scenario start from.
-extern std::string scenario_folder;
 
 /// Runs one line of a scenario, which may begin a wait. `is_first` says that no command came before
 /// it. Blank lines and comments are none; the result is false for them.

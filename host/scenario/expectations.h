@@ -9,14 +9,15 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace orvanel {
 
-/// What the command line says about pictures.
+/// What the command line says about pictures. Whoever sets it keeps the text alive.
 struct PictureOptions {
-    bool update;          // expect-screen writes its picture instead of comparing
-    bool update_missing;  // the same where the file is missing
-    std::string folder;   // for the pictures of failed comparisons; empty: beside the file
+    bool update;              // expect-screen writes its picture instead of comparing
+    bool update_missing;      // the same where the file is missing
+    std::string_view folder;  // for the pictures of failed comparisons; empty: beside the file
 };
 extern PictureOptions picture_options;
 

@@ -54,15 +54,18 @@ std::string write_file(const std::string& path, std::span<const std::uint8_t> co
     if (kind != std::filesystem::file_type::regular &&
         kind != std::filesystem::file_type::not_found)
         return write_all(path, content) ? "" : system_message();
+    // Through a link its target is replaced, and the link stays.
+    const std::filesystem::path target = std::filesystem::weakly_canonical(path, ignored);
+    const std::string name = target.empty() ? path : target.string();
     // Two processes may write the same picture at once; each has its own file to begin with.
-    const std::string beside = path + "." + std::to_string(getpid()) + ".part";
+    const std::string beside = name + "." + std::to_string(getpid()) + ".part";
     if (!write_all(beside, content)) {
         const std::string message = system_message();
         std::filesystem::remove(beside, ignored);
         return message;
     }
     std::error_code fault;
-    std::filesystem::rename(beside, path, fault);
+    std::filesystem::rename(beside, name, fault);
     if (!fault) return {};
     std::filesystem::remove(beside, ignored);
     return fault.message();

@@ -184,6 +184,27 @@ std::string printable(std::string_view text) {
     return shown;
 }
 
+std::string text_piece(std::string_view bytes) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    constexpr std::string_view escaped = "\\\"\n\r\t\x1B";
+    constexpr std::string_view letters = "\\\"nrte";
+    std::string piece = "\"";
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (const std::size_t i = escaped.find(c); i != std::string_view::npos) {
+            piece += '\\';
+            piece += letters[i];
+        } else if (byte < ' ' || byte > '~') {
+            piece += "\\x";
+            piece += digits[byte >> 4];
+            piece += digits[byte & 15];
+        } else {
+            piece += c;
+        }
+    }
+    return piece += '"';
+}
+
 std::string in_quotes(std::string_view text) {
     std::string shown = "'";
     shown += printable(text);

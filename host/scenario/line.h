@@ -31,6 +31,9 @@ std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t
 /// Each byte as ` HH`.
 std::string hex_of(std::span<const std::uint8_t> bytes);
 
+/// The bytes as a TEXT piece, which take_bytes gives back: in double quotes, with its escapes.
+std::string text_piece(std::string_view bytes);
+
 /// The text as it may stand in a message: cut to a readable length, and what isn't printable
 /// ASCII as \xHH. `in_quotes` puts it in single quotes.
 std::string printable(std::string_view text);

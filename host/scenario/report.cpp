@@ -11,7 +11,7 @@
 
 namespace orvanel {
 
-constinit std::string scenario_name{};
+constinit std::string_view scenario_name{};
 constinit int scenario_line = 0;
 constinit int fault_record_fd = -1;
 

@@ -21,8 +21,9 @@ struct Fault {
     std::string text;
 };
 
-/// The scenario's file as the user named it, and the line that runs.
-extern std::string scenario_name;
+/// The scenario's file as the user named it (whoever sets it keeps the text alive), and the line
+/// that runs.
+extern std::string_view scenario_name;
 extern int scenario_line;
 
 /// Where the faults go besides standard error, as records for parse_fault_records; -1 for nowhere.

@@ -9,22 +9,24 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <filesystem>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace orvanel {
 
 namespace {
 
 constexpr std::size_t longest_line = std::size_t{1} << 20;  // bytes
-constexpr const char* standard_input = "-";
+constexpr std::string_view standard_input = "-";
 
 constinit int input_fd = -1;
-constinit bool input_ended = false;  // nothing more comes from input_fd
-constinit std::string input{};       // read but not yet run
-constinit std::size_t searched = 0;  // of it, known to hold no end of line
+constinit bool input_ended = false;     // nothing more comes from input_fd
+constinit std::vector<char> input{};    // read but not yet run
+constinit std::ptrdiff_t searched = 0;  // of it, known to hold no end of line
 
 constinit bool first_move_made = false;
 constinit bool command_seen = false;
@@ -38,11 +40,12 @@ void end_scenario() {
 
 /// Cuts the next line off `input`, with its end. False if it isn't all there yet.
 bool take_line(std::string& line) {
-    const std::size_t end = input.find('\n', searched);
-    searched = input.size();
-    if (end == std::string::npos && !(input_ended && !input.empty())) return false;
-    line = input.substr(0, end);
-    input.erase(0, end == std::string::npos ? end : end + 1);
+    const auto end = std::find(input.begin() + searched, input.end(), '\n');
+    searched = std::ssize(input);
+    const bool found = end != input.end();
+    if (!found && (!input_ended || input.empty())) return false;
+    line.assign(input.begin(), end);
+    input.erase(input.begin(), found ? end + 1 : end);
     searched = 0;
     if (!line.empty() && line.back() == '\r') line.pop_back();
     ++scenario_line;
@@ -54,7 +57,7 @@ void read_input() {
     std::array<char, 65536> part{};
     const ssize_t n = read(input_fd, part.data(), part.size());
     if (n > 0) {
-        input.append(part.data(), static_cast<std::size_t>(n));
+        input.insert(input.end(), part.begin(), part.begin() + n);
     } else if (n == 0) {
         input_ended = true;
     } else if (errno != EINTR && errno != EAGAIN) {
@@ -96,7 +99,6 @@ void run_commands() {
 std::string open_scenario(const std::string& name) {
     scenario_name = name;
     scenario_line = 0;
-    scenario_folder = std::filesystem::path(name).parent_path().string();
     if (name == standard_input) {
         input_fd = STDIN_FILENO;
         return {};

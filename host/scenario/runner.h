@@ -8,8 +8,8 @@
 
 namespace orvanel {
 
-/// Opens a scenario file, `-` for standard input. The result is empty on success, else what went
-/// wrong.
+/// Opens a scenario file, `-` for standard input. The name stays valid until the scenario is
+/// closed. The result is empty on success, else what went wrong.
 std::string open_scenario(const std::string& name);
 
 void close_scenario();

@@ -6,6 +6,7 @@
 #include "link/feeds.h"
 #include "link/pipes.h"
 
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -27,7 +28,7 @@ constinit std::uint64_t delivered_seen = 0;
 constinit std::int64_t quiet_since_us = 0;
 
 constinit std::vector<std::uint8_t> expected_answers{};
-constinit ScreenExpectation expected_screen{};
+constinit std::optional<ScreenExpectation> expected_screen{};  // while wait is screen
 
 void begin(Wait kind, std::int64_t ms) {
     wait = kind;
@@ -105,7 +106,7 @@ void test_wait() {
         test_answers();
         return;
     case Wait::screen:
-        if (glass_shows(expected_screen)) stop_waiting();
+        if (glass_shows(*expected_screen)) stop_waiting();
         return;
     }
 }
@@ -125,7 +126,7 @@ void end_wait() {
         report_answers(expected_answers, waiting_answers(), "not all answers " + within() + ": ");
         return;
     case Wait::screen:
-        report_screen(expected_screen, within() + " never ");
+        report_screen(*expected_screen, within() + " never ");
         return;
     }
 }

@@ -1,6 +1,7 @@
 // What scenario lines are made of, and what is told when an expectation fails.
 
 #include "host/scenario/answers.h"
+#include "host/scenario/commands.h"
 #include "host/scenario/comparison.h"
 #include "host/scenario/files.h"
 #include "host/scenario/junit.h"
@@ -102,6 +103,19 @@ TEST(ScenarioWords, numbers_stay_in_their_range_and_paths_may_hold_blanks) {
     EXPECT_EQ(take_path(rest, path), "");
     EXPECT_EQ(path, R"(a b\c.png)");
     EXPECT_EQ(take_word(rest), "main");
+}
+
+TEST(ScenarioCommands, the_page_lists_those_of_this_version) {
+    std::vector<std::uint8_t> content;
+    ASSERT_EQ(read_file(ORVANEL_SOURCE_DIR "/docs/scenarios.md", 100'000, content), "");
+    const std::string page(content.begin(), content.end());
+    for (const ScenarioCommand& command : scenario_commands()) {
+        const std::string name = "| `" + std::string(command.name);
+        const bool listed = page.find(name + "`") != std::string::npos ||
+                            page.find(name + " ") != std::string::npos;
+        // `scenario` is no command to its user, but a mark at the top.
+        EXPECT_EQ(listed, command.run != nullptr && command.name != "scenario") << command.name;
+    }
 }
 
 TEST(Picture, comes_back_from_both_kinds_of_file) {

@@ -64,7 +64,9 @@ QApplication* Window::application = nullptr;
 
 /// Opens the window with a feed of these bytes.
 void open_with(const std::string& bytes) {
-    const std::string path = testing::TempDir() + "window_test_feed";
+    // A name of its own: tests run side by side.
+    const std::string path =
+        testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name();
     std::ofstream(path, std::ios::binary) << bytes;
     ASSERT_TRUE(open_window(path));
     std::filesystem::remove(path);

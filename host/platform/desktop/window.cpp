@@ -1,6 +1,7 @@
 #include "host/platform/desktop/window.h"
 
-#include "host/painter.h"
+#include "firmware/core/backlight.h"
+#include "host/main_requests.h"
 #include "host/painting.h"
 #include "host/platform/platform.h"
 #include "host/platform/shared/real_time.h"
@@ -8,11 +9,13 @@
 #include "host/window_timer.h"
 #include "link/feeds.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QImage>
+#include <QMessageBox>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QSocketNotifier>
+#include <QString>
 #include <QTimer>
 #include <QWidget>
 
@@ -25,6 +28,11 @@ namespace orvanel {
 namespace {
 
 constexpr int window_timer_ms = 100;
+constexpr int fade_step_ms = 20;
+
+QString to_qt(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
 
 class Glass final : public QWidget {
   protected:
@@ -33,6 +41,7 @@ class Glass final : public QWidget {
 
 constinit Glass* glass = nullptr;
 constinit std::vector<std::uint32_t> frame{};  // the client area, as compose_window leaves it
+constinit QTimer* fade_timer = nullptr;        // a child of the glass
 constinit int main_wake = -1;                  // set by firmware_thread when it wants a paint
 
 void Glass::paintEvent(QPaintEvent* event) {
@@ -70,6 +79,12 @@ void on_wake(int fd, void (*action)()) {
     });
 }
 
+void make_fade_timer() {
+    fade_timer = new QTimer(glass);
+    fade_timer->setTimerType(Qt::PreciseTimer);
+    QObject::connect(fade_timer, &QTimer::timeout, glass, backlight_fade_step);
+}
+
 void start_window_timer() {
     auto* timer = new QTimer(glass);
     timer->setTimerType(Qt::PreciseTimer);
@@ -85,8 +100,9 @@ bool open_window(const std::string& file) {
     if (!open_real_time() || main_wake < 0 || end_wake < 0) return false;
     make_glass();
     glass->show();
-    on_wake(main_wake, serve_repaint);
-    on_wake(end_wake, QCoreApplication::quit);
+    on_wake(main_wake, serve_main_requests);
+    on_wake(end_wake, QApplication::quit);
+    make_fade_timer();
     start_window_timer();
     start_module();
     if (!file.empty()) open_feed(file);
@@ -120,5 +136,23 @@ void paint_window(PixelRect rect) {
     // A hidden or minimised window paints nothing here, and all of it when it shows again.
     glass->repaint(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
 }
+
+void set_fade_timer(bool runs) {
+    if (runs)
+        fade_timer->start(fade_step_ms);
+    else
+        fade_timer->stop();
+}
+
+void open_message_box(std::string_view caption, std::string_view text) {
+    // Without a loop of its own: the event loop goes on, and so do ticks, feeds and paints.
+    auto* box =
+        new QMessageBox(QMessageBox::Critical, to_qt(caption), to_qt(text), QMessageBox::Ok, glass);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(box, &QMessageBox::finished, glass, [](int /*button*/) { message_closed(); });
+    box->open();
+}
+
+void sound_beep() { QApplication::beep(); }
 
 }  // namespace orvanel

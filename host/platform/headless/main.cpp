@@ -6,6 +6,7 @@
 #include "host/platform/headless/jobs.h"
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"
+#include "host/scenario/expectations.h"
 #include "host/scenario/report.h"
 
 #include <csignal>
@@ -43,7 +44,7 @@ int main(int argc, char** argv) {
         return fault_status();
     }
     if (!load_memory(options)) return wrong_line;
-    picture_options = options.pictures;
+    picture_options = {options.update, options.update_missing, options.out_folder};
     real_time = options.real_time;
     take_end_signals();
     // The results of a lone scenario have to outlive its crash; what it says goes out at once.

@@ -28,13 +28,15 @@ void serve_window_timer() {
 /// Serves what is due up to `until`, in the order of its time.
 void serve_due(std::int64_t until) {
     while (!shutdown_requested.load()) {
-        const std::int64_t due = std::min(next_window_timer_us, scenario_due_us());
+        const std::int64_t due = std::min({next_window_timer_us, next_fade_us, scenario_due_us()});
         if (due > until) return;
         now_us = std::max(now_us, due);
         // What falls due at the same time runs in this order: the window timer, the step of the
         // fade, the turn of the link, the scenario.
         if (due == next_window_timer_us)
             serve_window_timer();
+        else if (due == next_fade_us)
+            serve_fade_step();
         else
             scenario_due();
     }

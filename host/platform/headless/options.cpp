@@ -36,11 +36,11 @@ void add_options(CLI::App& app, Options& options) {
         ->option_text("32|64")
         ->check(CLI::IsMember({32, 64}));
     app.add_flag("--realtime", options.real_time, "Run on the real clock, not in module time");
-    app.add_flag("--update", options.pictures.update,
+    app.add_flag("--update", options.update,
                  "expect-screen writes its picture instead of comparing");
-    app.add_flag("--update-missing", options.pictures.update_missing,
+    app.add_flag("--update-missing", options.update_missing,
                  "expect-screen writes its picture where the file is missing");
-    app.add_option("--out", options.pictures.folder,
+    app.add_option("--out", options.out_folder,
                    "Pictures of failed comparisons go to DIR, not beside the expected ones")
         ->option_text("DIR");
     app.add_option("--junit", options.junit, "Write the results to FILE, for CI servers")

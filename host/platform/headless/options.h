@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include "host/scenario/expectations.h"
-
 #include <string>
 #include <vector>
 
@@ -12,7 +10,9 @@ namespace orvanel {
 struct Options {
     std::string image;  // file of the EEPROM image; empty: a blank one
     int mem_kib;        // 32 or 64
-    PictureOptions pictures;
+    bool update;        // as in PictureOptions
+    bool update_missing;
+    std::string out_folder;
     std::string junit;
     int jobs;
     bool real_time;

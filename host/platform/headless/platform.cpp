@@ -3,10 +3,15 @@
 
 #include "host/platform/platform.h"
 
+#include "host/main_requests.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/real_time.h"
+#include "host/scenario/line.h"
+#include "host/scenario/report.h"
+#include "host/scenario/waits.h"
+#include "host/scenario/world.h"
 
 namespace orvanel {
 
@@ -54,5 +59,14 @@ void wake_main() {
 void paint_window(PixelRect rect) {
     if (real_time) paint_frame(rect);
 }
+
+void set_fade_timer(bool runs) { next_fade_us = runs ? clock_us() + fade_step_us : never; }
+
+void open_message_box(std::string_view caption, std::string_view text) {
+    print_line("message " + text_piece(caption) + " " + text_piece(text));
+    message_closed();
+}
+
+void sound_beep() { print_line("beep"); }
 
 }  // namespace orvanel

@@ -1,6 +1,6 @@
 #include "host/platform/headless/real_session.h"
 
-#include "host/painter.h"
+#include "host/main_requests.h"
 #include "host/painting.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/real_time.h"
@@ -42,7 +42,7 @@ constinit std::atomic<std::uint64_t> delivered{0};  // written by firmware_threa
 /// How long the next poll may wait.
 int turn_ms() {
     const std::int64_t now = real_clock_us();
-    std::int64_t due = std::min(next_window_timer_us, scenario_due_us());
+    std::int64_t due = std::min({next_window_timer_us, next_fade_us, scenario_due_us()});
     if (!firmware_moves.load(std::memory_order_relaxed) || waiting_for_event())
         due = std::min(due, now + test_step_us);
     return static_cast<int>((std::max<std::int64_t>(due - now, 0) + us_per_ms - 1) / us_per_ms);
@@ -99,10 +99,11 @@ void turn_real_session() {
     if (poll(fds.data(), fds.size(), turn_ms()) < 0) return;
     if (fds[0].revents != 0) {
         take_wake(main_wake);
-        serve_repaint();
+        serve_main_requests();
     }
     if (fds[1].revents != 0) stop_scenario();
     serve_window_timer();
+    if (real_clock_us() >= next_fade_us) serve_fade_step();
     if (fds[2].revents != 0) scenario_input_ready();
     if (real_clock_us() >= scenario_due_us()) scenario_due();
     if (firmware_moves.load(std::memory_order_acquire)) scenario_move_ended();

@@ -1,10 +1,12 @@
 #include "host/platform/headless/session.h"
 
+#include "firmware/core/backlight.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/shared/wake.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
+#include "host/scenario/waits.h"
 #include "host/scenario/world.h"
 #include "link/feeds.h"
 
@@ -15,6 +17,7 @@
 namespace orvanel {
 
 constinit bool real_time = false;
+constinit std::int64_t next_fade_us = never;
 
 namespace {
 
@@ -25,6 +28,11 @@ constinit int end_fd = -1;
 void take_end_signals() {
     if (end_fd >= 0) close_end_signals();
     end_fd = open_end_signals();
+}
+
+void serve_fade_step() {
+    next_fade_us += fade_step_us;
+    backlight_fade_step();
 }
 
 bool told_to_end() {

@@ -2,12 +2,19 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace orvanel {
 
 /// Real time in place of module time. Set before run_session, then left alone.
 extern bool real_time;
+
+/// When the next step of the backlight's fade is due, in the time of clock_us; `never` (waits.h)
+/// while it doesn't run.
+constexpr std::int64_t fade_step_us = 20'000;
+extern std::int64_t next_fade_us;
+void serve_fade_step();
 
 /// Takes SIGINT and SIGTERM from now on; told_to_end says whether one has come, end_signals_fd is
 /// readable from then on. Again after a fork, so that parent and child have each their own.

@@ -2,6 +2,7 @@
 
 #include "firmware/core/loop.h"
 #include "firmware/core/requests.h"
+#include "host/main_requests.h"
 #include "host/painter.h"
 #include "host/platform/shared/wake.h"
 #include "link/feeds.h"
@@ -62,6 +63,7 @@ void start_module() {
 void stop_module() {
     shutdown_requested.store(true);
     seal_painter();
+    seal_messages();
     set_wake(stop_wake);
     real_wake_firmware();
     if (firmware_thread) firmware_thread->join();

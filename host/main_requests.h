@@ -1,0 +1,19 @@
+// main_requests.h: what the firmware asks of the main thread: paints (painter.h), a message box, a
+// beep. The main thread never waits for the firmware.
+
+#pragma once
+
+namespace orvanel {
+
+/// Serves what firmware_thread has asked for. Called by the platform on the main thread after each
+/// wake_main.
+void serve_main_requests();
+
+/// The user has closed the box of open_message_box; the firmware goes on. Main thread.
+void message_closed();
+
+/// Says, once, that no message will be shown any more: whoever waits for its closing goes on, and
+/// nobody waits ever after. Main thread.
+void seal_messages();
+
+}  // namespace orvanel
