@@ -71,8 +71,6 @@ void run(benchmark::State& state, const std::vector<Place>& list, Work work) {
     }
 }
 
-const std::vector<Place> whole = places(240, 128);
-
 std::vector<std::uint8_t> noise(std::size_t bytes) {
     std::mt19937 random{44};
     std::vector<std::uint8_t> list(bytes);
@@ -82,29 +80,24 @@ std::vector<std::uint8_t> noise(std::size_t bytes) {
 }
 
 /// One plane of a peer: rows of 32 bytes, one bit a dot.
-struct PeerPlane {
-    alignas(64) std::array<std::uint32_t, 8 * 128> bits;
-    pixman_image_t* image;
-};
+constexpr int peer_stride = 32;
+alignas(64) std::array<std::uint32_t, std::size_t{8} * 128> peer_plane{};
 
-PeerPlane& peer_plane() {
-    static PeerPlane plane{{}, nullptr};
-    if (plane.image == nullptr)
-        plane.image = pixman_image_create_bits(PIXMAN_a1, 240, 128, plane.bits.data(), 32);
-    return plane;
+pixman_image_t* peer_image() {
+    return pixman_image_create_bits(PIXMAN_a1, 240, 128, peer_plane.data(), peer_stride);
 }
 
-// Whole glass -----------------------------------------------------------------------------------
+// The whole glass.
 
 void fill_glass(benchmark::State& state, std::uint8_t mode, std::uint8_t pattern) {
-    run(state, whole, [=](const Place& place) {
+    run(state, places(240, 128), [=](const Place& place) {
         set_draw_area(place);
         fill_area(mode, pattern);
     });
 }
 
 void memset_planes(benchmark::State& state) {
-    run(state, whole, [](const Place&) {
+    run(state, places(240, 128), [](const Place&) {
         std::memset(main_plane(), 0xFF, plane_bytes);
         benchmark::ClobberMemory();
         std::memset(flash_plane_of(main_plane()), 0xFF, plane_bytes);
@@ -112,7 +105,7 @@ void memset_planes(benchmark::State& state) {
 }
 
 void write_rows(benchmark::State& state) {
-    run(state, whole, [](const Place&) {
+    run(state, places(240, 128), [](const Place&) {
         for (int plane = 0; plane < 2; ++plane)
             for (int y = 0; y < 128; ++y)
                 std::memset(main_plane() + plane * plane_bytes + y * plane_stride,
@@ -121,7 +114,7 @@ void write_rows(benchmark::State& state) {
 }
 
 void invert_words(benchmark::State& state) {
-    run(state, whole, [](const Place&) {
+    run(state, places(240, 128), [](const Place&) {
         for (std::size_t i = 0; i < graphics_planes.size(); i += 8) {
             std::uint64_t word;
             std::memcpy(&word, &graphics_planes[i], 8);
@@ -139,7 +132,7 @@ BENCHMARK(write_rows)->Name("glass/pattern/peer");
 BENCHMARK_CAPTURE(fill_glass, invert, link_invert, pattern_solid)->Name("glass/invert");
 BENCHMARK(invert_words)->Name("glass/invert/peer");
 
-// Areas -----------------------------------------------------------------------------------------
+// Areas at random places.
 
 void fill_box(benchmark::State& state, int w, int h, std::uint8_t mode, std::uint8_t pattern) {
     run(state, places(w, h), [=](const Place& place) {
@@ -150,7 +143,7 @@ void fill_box(benchmark::State& state, int w, int h, std::uint8_t mode, std::uin
 
 void fill_box_peer(benchmark::State& state, int w, int h) {
     run(state, places(w, h), [=](const Place& place) {
-        pixman_fill(peer_plane().bits.data(), 8, 1, place.x1, place.y1, w, h, 1);
+        pixman_fill(peer_plane.data(), peer_stride / 4, 1, place.x1, place.y1, w, h, 1);
     });
 }
 
@@ -161,7 +154,7 @@ BENCHMARK_CAPTURE(fill_box, pattern_100, 100, 60, link_replace, 4)->Name("box100
 BENCHMARK_CAPTURE(fill_box, solid_100, 100, 60, link_replace, 1)->Name("box100x60/solid");
 BENCHMARK_CAPTURE(fill_box_peer, fill_100, 100, 60)->Name("box100x60/peer");
 
-// Lines -----------------------------------------------------------------------------------------
+// Lines with a pen of one dot.
 
 void lines(benchmark::State& state) {
     run(state, random_lines(), [](const Place& place) {
@@ -187,7 +180,7 @@ void lines_peer(benchmark::State& state) {
 BENCHMARK(lines)->Name("line/random");
 BENCHMARK(lines_peer)->Name("line/random/peer");
 
-// Pictures --------------------------------------------------------------------------------------
+// Glyphs and pictures.
 
 void picture(benchmark::State& state, int w, int h, int zoom, int step, std::uint8_t link) {
     const std::vector<std::uint8_t> rows = noise(static_cast<std::size_t>(stride_of(w) * h));
@@ -215,10 +208,12 @@ void picture_peer(benchmark::State& state, int w, int h, int zoom, int step, pix
         pixman_image_set_transform(source, &scale);
         pixman_image_set_filter(source, PIXMAN_FILTER_NEAREST, nullptr, 0);
     }
+    pixman_image_t* plane = peer_image();
     run(state, places(w * zoom, h * zoom, step), [=](const Place& place) {
-        pixman_image_composite32(op, source, nullptr, peer_plane().image, 0, 0, 0, 0, place.x1,
-                                 place.y1, w * zoom, h * zoom);
+        pixman_image_composite32(op, source, nullptr, plane, 0, 0, 0, 0, place.x1, place.y1,
+                                 w * zoom, h * zoom);
     });
+    pixman_image_unref(plane);
     pixman_image_unref(source);
 }
 
@@ -237,10 +232,10 @@ BENCHMARK_CAPTURE(picture, zoomed, 60, 40, 2, 1, link_set)->Name("picture60x40/z
 BENCHMARK_CAPTURE(picture_peer, zoomed, 60, 40, 2, 1, PIXMAN_OP_OVER)
     ->Name("picture60x40/zoom2/set/peer");
 
-// Moving and storing ----------------------------------------------------------------------------
+// Moving and storing.
 
 void scroll(benchmark::State& state) {
-    run(state, whole, [](const Place&) {
+    run(state, places(240, 128), [](const Place&) {
         select_terminal_plane();
         draw_area = {0, 8, last_x, last_y};
         move_area(0, 0);
@@ -248,7 +243,7 @@ void scroll(benchmark::State& state) {
 }
 
 void scroll_peer(benchmark::State& state) {
-    run(state, whole, [](const Place&) {
+    run(state, places(240, 128), [](const Place&) {
         std::memmove(terminal_plane.data(), terminal_plane.data() + 8 * plane_stride,
                      120 * plane_stride);
     });
@@ -266,12 +261,14 @@ void store_and_restore(benchmark::State& state) {
 void store_and_restore_peer(benchmark::State& state) {
     std::array<std::uint32_t, 4 * 60> bits{};
     pixman_image_t* stored = pixman_image_create_bits(PIXMAN_a1, 100, 60, bits.data(), 16);
+    pixman_image_t* plane = peer_image();
     run(state, places(100, 60), [=](const Place& place) {
-        pixman_image_composite32(PIXMAN_OP_SRC, peer_plane().image, nullptr, stored, place.x1,
-                                 place.y1, 0, 0, 0, 0, 100, 60);
-        pixman_image_composite32(PIXMAN_OP_SRC, stored, nullptr, peer_plane().image, 0, 0, 0, 0,
-                                 place.x1, place.y1, 100, 60);
+        pixman_image_composite32(PIXMAN_OP_SRC, plane, nullptr, stored, place.x1, place.y1, 0, 0, 0,
+                                 0, 100, 60);
+        pixman_image_composite32(PIXMAN_OP_SRC, stored, nullptr, plane, 0, 0, 0, 0, place.x1,
+                                 place.y1, 100, 60);
     });
+    pixman_image_unref(plane);
     pixman_image_unref(stored);
 }
 
@@ -280,7 +277,7 @@ BENCHMARK(scroll_peer)->Name("scroll/8rows/peer");
 BENCHMARK(store_and_restore)->Name("store_and_restore100x60");
 BENCHMARK(store_and_restore_peer)->Name("store_and_restore100x60/peer");
 
-// Refresh ---------------------------------------------------------------------------------------
+// Composition into the display images; nobody paints.
 
 void refresh(benchmark::State& state, int w, int h) {
     const std::vector<std::uint8_t> bytes = noise(graphics_planes.size());

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <span>
 #include <system_error>
 #include <vector>
 
@@ -19,6 +20,12 @@ std::string load_image(const std::string& path, int size) {
     const std::vector<std::uint8_t> bytes(content.begin(), content.begin() + file.gcount());
     eeprom_reset_to(size, bytes);
     return {};
+}
+
+std::string save_image(const std::string& path, Backup backup) {
+    const auto image = std::span(eeprom_image).first(static_cast<std::size_t>(eeprom_size));
+    const std::string reason = replace_file(path, image, backup);
+    return reason.empty() ? "" : "cannot save " + path + ": " + reason;
 }
 
 }  // namespace orvanel

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "host/platform/shared/safe_file.h"
+
 #include <string>
 
 namespace orvanel {
@@ -10,5 +12,9 @@ namespace orvanel {
 /// 0xFF behind its end, a longer one is cut. The result is empty on success, else what went wrong,
 /// and the image is erased.
 std::string load_image(const std::string& path, int size);
+
+/// Writes the whole image, so that a kill at any moment leaves the old file or the new one. The
+/// result is empty on success, else "cannot save", the path and the reason, and the old file stays.
+std::string save_image(const std::string& path, Backup backup);
 
 }  // namespace orvanel

@@ -19,7 +19,7 @@
 
 namespace orvanel {
 
-constinit std::uint8_t output_port = 0;
+constinit std::atomic<std::uint8_t> output_port{0};
 constinit std::atomic<std::uint32_t> ports_shown{0};
 
 namespace {
@@ -42,7 +42,7 @@ static_assert(version_of("HD V1.8 Rev.B").number == 0x18 &&
 
 }  // namespace
 
-void power_on_device() { output_port = 0xFF; }
+void power_on_device() { output_port.store(0xFF); }
 
 void identify() {
     constexpr std::array<std::uint8_t, 9> answer{
@@ -117,14 +117,14 @@ void set_output_port(std::uint8_t p, std::uint8_t v) {
     const int line = p & 0x0F;
     const auto bit = low8(1 << ((line - 1) & 7));
     if (line == 0)
-        output_port = v;
+        output_port.store(v);
     else if ((v & 3) == 0)
-        output_port = low8(output_port & ~bit);
+        output_port.fetch_and(low8(~bit));
     else if ((v & 3) == 1)
-        output_port |= bit;
+        output_port.fetch_or(bit);
     else if ((v & 3) == 2)
-        output_port ^= bit;
-    ports_shown.store(~std::uint32_t{output_port});
+        output_port.fetch_xor(bit);
+    ports_shown.store(~std::uint32_t{output_port.load()});
     show_ports();
 }
 

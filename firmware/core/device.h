@@ -8,7 +8,7 @@
 namespace orvanel {
 
 /// The module's output lines, bit 0 = line 1.
-extern std::uint8_t output_port;
+extern std::atomic<std::uint8_t> output_port;
 
 /// What the ports panel shows: the inverse of output_port as of the last ESC Y W. A reset leaves
 /// it, and so the panel, as it was.

@@ -64,8 +64,9 @@ void blit(std::span<const std::uint8_t> rows);
 
 /// Puts a picture of picture_width x picture_height dots from packed `rows` into staging_buffer,
 /// turned by `rotation` (0..3, anticlockwise). picture_width and picture_height become the
-/// result's; the height of a result turned by 90 or 270 degrees is cut at 128 rows. `rows` holds
-/// picture_height * stride_of(picture_width) bytes, at most the size of staging_buffer.
+/// result's; the height of a result turned by 90 or 270 degrees is cut at 128 rows. `rows` lies
+/// elsewhere and holds picture_height * stride_of(picture_width) bytes, at most the size of
+/// staging_buffer.
 void stage_picture(std::span<const std::uint8_t> rows, std::uint8_t rotation);
 
 /// Writes the dots of draw_area of work_plane to `target` as packed rows aligned to the area's

@@ -1,5 +1,7 @@
 #include "host/scenario/commands.h"
 
+#include "firmware/core/backlight.h"
+#include "firmware/core/device.h"
 #include "firmware/core/requests.h"
 #include "firmware/store/macro.h"
 #include "host/scenario/answers.h"
@@ -86,6 +88,15 @@ void settle(const Arguments& a) { wait_for_quiet(a.number); }
 
 void print_time(const Arguments& /*a*/) { print_line("time " + std::to_string(clock_us() / 1000)); }
 
+void print_ports(const Arguments& /*a*/) {
+    const std::uint8_t lines = output_port.load();
+    print_line("ports" + hex_of({&lines, 1}));
+}
+
+void print_backlight(const Arguments& /*a*/) {
+    print_line("backlight " + std::to_string(backlight_level.load()));
+}
+
 void screen(const Arguments& a) { save_screen(a.path, a.shown); }
 
 void expect_answers_now(const Arguments& a) { expect_answers(a.bytes); }
@@ -149,8 +160,8 @@ constexpr ScenarioCommand commands[]{
     {"await-answers",  "BYTES [within MS]",                {bytes, within},          await_answers},
     {"await-line",     "BYTES [within MS]"},
     {"await-screen",   "FILE [main or flash] [within MS]", {picture, shown, within}, await_screen},
-    {"ports",          ""},
-    {"backlight",      ""},
+    {"ports",          "",                                {},                      print_ports},
+    {"backlight",      "",                                {},                      print_backlight},
     {"title",          ""},
     {"area-at",        "X Y"},
     {"link",           ""},

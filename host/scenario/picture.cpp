@@ -1,6 +1,7 @@
 #include "host/scenario/picture.h"
 
 #include "firmware/raster/refresh.h"
+#include "host/platform/shared/safe_file.h"
 #include "host/scenario/files.h"
 
 #include <png.h>
@@ -94,7 +95,7 @@ std::string decode_png(std::span<const std::uint8_t> file, BitPlane& dots) {
     if (png_image_begin_read_from_memory(&image, file.data(), file.size()) == 0)
         return std::string("is no readable PNG: ") + image.message;
     if (image.width != screen_width || image.height != screen_height) {
-        const std::string fault = size_fault(image.width, image.height);
+        std::string fault = size_fault(image.width, image.height);
         png_image_free(&image);
         return fault;
     }
@@ -215,7 +216,7 @@ std::string read_picture(const std::string& path, BitPlane& dots) {
 
 std::string write_picture(const std::string& path, const BitPlane& dots) {
     const Bytes file = ends_in(path, ".pbm") ? encode_pbm(dots) : encode_png(dots);
-    return file.empty() ? "no memory left" : write_file(path, file);
+    return file.empty() ? "no memory left" : replace_file(path, file, Backup::none);
 }
 
 std::string write_difference(const std::string& path, const BitPlane& expected,
@@ -241,7 +242,7 @@ std::string write_difference(const std::string& path, const BitPlane& expected,
                                   palette.data()) == 0)
         return image.message;
     file.resize(size);
-    return write_file(path, file);
+    return replace_file(path, file, Backup::none);
 }
 
 }  // namespace orvanel

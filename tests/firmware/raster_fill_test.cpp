@@ -60,7 +60,7 @@ TEST(FillArea, pattern_is_anchored_to_the_display) {
 TEST(DrawBox, has_no_inside_at_the_upper_edge) {
     fresh_raster();
     draw_area = {2, 0, 9, 0};
-    draw_box(pattern_clear);
+    draw_box(pattern_solid);
     EXPECT_EQ(dots(main_plane(), {0, 0, 11, 1}), R"(
 ..########..
 ............

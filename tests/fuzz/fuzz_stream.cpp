@@ -52,7 +52,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const std::vector<std::uint8_t> image = image_with_font();
     fresh_module();
     eeprom_reset_to(eeprom_small, image);
-    run_stream({data, size});
+    run_stream({data, size}, 5000);
     firmware_tick();
     check_tables();
     return 0;

@@ -1,5 +1,6 @@
 // What scenario lines are made of, and what is told when an expectation fails.
 
+#include "host/platform/shared/safe_file.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/comparison.h"
@@ -152,7 +153,7 @@ TEST(Picture, a_damaged_or_foreign_file_is_refused_with_its_reason) {
           Case{".png", "P4\n240 128\n" + rows, "is no readable PNG"},
           Case{".png", half, "is damaged"}, Case{".png", "", "is no readable PNG"}}) {
         const TemporaryFile file(ending);
-        ASSERT_EQ(write_file(file.path, bytes_of(content)), "");
+        ASSERT_EQ(replace_file(file.path, bytes_of(content), Backup::none), "");
         BitPlane read{};
         const std::string said = read_picture(file.path, read);
         EXPECT_EQ(said.substr(0, fault.size()), fault);

@@ -182,8 +182,8 @@ TEST_F(Window, ends_at_once_in_every_kind_of_wait) {
 TEST_F(Window, feeds_resets_ticks_and_paints_at_once) {
     std::string stream;
     for (int i = 0; i < 400; ++i)
-        stream +=
-            line_across + "\x1bZL\x0A\x0Asome text\x00\x1bQI\x00\x00\x30\x30#DI#QZ1 some more\n"s;
+        stream += line_across +
+                  "#ZF0,\x1bZL\x0A\x0Asome text\x00\x1bQI\x00\x00\x30\x30#DI#QZ1 some more\n"s;
     const std::vector<std::uint8_t> bytes(stream.begin(), stream.end());
     const std::uint32_t paints_before = paints_served();
     int resets = -1, ticks = 0, main_paints = 0;

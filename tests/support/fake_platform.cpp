@@ -18,7 +18,10 @@ void sleep_until_input(int ms) { sleep_ms(ms); }
 
 void wake_firmware() {}
 
-void spend_byte_time() { ++fake_platform.bytes_spent; }
+void spend_byte_time() {
+    if (++fake_platform.bytes_spent == fake_platform.byte_alarm && fake_platform.on_byte_alarm)
+        fake_platform.on_byte_alarm();
+}
 
 void repaint_display(int x1, int y1, int x2, int y2) {
     ++fake_platform.paints;

@@ -25,6 +25,8 @@ struct FakePlatform {
     long port_shows;
     bool fade_running;
     std::vector<std::string> messages;
+    long byte_alarm;  // the count of bytes_spent at which on_byte_alarm runs
+    std::function<void()> on_byte_alarm;
     std::function<void()> on_sleep;  // runs in each sleep: where a test lets the world move
 };
 

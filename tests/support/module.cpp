@@ -24,7 +24,7 @@ void fresh_module() {
     eeprom_reset_to(eeprom_small, {});
 }
 
-void run_stream(std::span<const std::uint8_t> stream) {
+void run_stream(std::span<const std::uint8_t> stream, long most_bytes) {
     shutdown_requested = false;
     fake_platform.on_sleep = [&stream] {
         constexpr std::size_t most_at_once = low_mark;
@@ -34,8 +34,10 @@ void run_stream(std::span<const std::uint8_t> stream) {
         rx_pipe_put_block(next);
         stream = stream.subspan(next.size());
     };
+    fake_platform.byte_alarm = fake_platform.bytes_spent + most_bytes;
+    fake_platform.on_byte_alarm = [] { shutdown_requested = true; };
     run_firmware();
-    fake_platform.on_sleep = nullptr;
+    fake_platform.on_sleep = fake_platform.on_byte_alarm = nullptr;
     shutdown_requested = false;
 }
 

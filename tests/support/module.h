@@ -10,8 +10,8 @@ namespace orvanel {
 /// As at program start: blank image, and nothing left of what outlives a reset.
 void fresh_module();
 
-/// Resets the module, feeds it the whole stream and lets it run until it is idle, then ends it.
-/// What outlives a reset stays from the run before.
-void run_stream(std::span<const std::uint8_t> stream);
+/// Resets the module, feeds it the whole stream and lets it run until it is idle, or has taken
+/// `most_bytes` in an endless macro; then ends it. What outlives a reset stays from the run before.
+void run_stream(std::span<const std::uint8_t> stream, long most_bytes = 10'000'000);
 
 }  // namespace orvanel

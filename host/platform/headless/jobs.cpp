@@ -1,6 +1,7 @@
 #include "host/platform/headless/jobs.h"
 
 #include "host/platform/headless/session.h"
+#include "host/platform/shared/safe_file.h"
 #include "host/scenario/files.h"
 #include "host/scenario/junit.h"
 #include "host/scenario/report.h"
@@ -184,7 +185,7 @@ int write_results(std::span<const Job> jobs, const std::string& path) {
         results.push_back({job.name, job.seconds, job.faults});
     const std::string xml = junit_xml(results);
     const std::vector<std::uint8_t> bytes(xml.begin(), xml.end());
-    const std::string fault = write_file(path, bytes);
+    const std::string fault = replace_file(path, bytes, Backup::none);
     if (fault.empty()) return all_well;
     std::fprintf(stderr, "orvanel42-headless: error: can't write %s: %s\n", path.c_str(),
                  fault.c_str());

@@ -45,6 +45,7 @@ int main(int argc, char** argv) {
     }
     if (!load_memory(options)) return wrong_line;
     picture_options = {options.update, options.update_missing, options.out_folder};
+    image_save_path = options.save_image;
     real_time = options.real_time;
     take_end_signals();
     // The results of a lone scenario have to outlive its crash; what it says goes out at once.

@@ -15,7 +15,7 @@ constexpr int most_jobs = 256;
 
 /// Options that belong to this program and are known, but not available yet.
 constexpr const char* later_group = "Not available in this version";
-constexpr std::array later_options{"--save-image", "--dir", "--serial", "--trace"};
+constexpr std::array later_options{"--dir", "--serial", "--trace"};
 constexpr std::array later_flags{"--strict"};
 
 [[noreturn]] void refuse(const char* name) {
@@ -35,6 +35,9 @@ void add_options(CLI::App& app, Options& options) {
     app.add_option("--mem", options.mem_kib, "EEPROM size in KiB, 32 if not given")
         ->option_text("32|64")
         ->check(CLI::IsMember({32, 64}));
+    app.add_option("--save-image", options.save_image,
+                   "At the end write the EEPROM image to FILE, if it was programmed")
+        ->option_text("FILE");
     app.add_flag("--realtime", options.real_time, "Run on the real clock, not in module time");
     app.add_flag("--update", options.update,
                  "expect-screen writes its picture instead of comparing");
@@ -70,6 +73,8 @@ int parse_options(int argc, char** argv, Options& options) {
         if (options.scenarios.empty()) options.scenarios = {"-"};
         if (std::count(options.scenarios.begin(), options.scenarios.end(), "-") > 1)
             throw CLI::ValidationError("SCENARIO", "standard input can be read only once");
+        if (!options.save_image.empty() && options.scenarios.size() > 1)
+            throw CLI::ValidationError("--save-image", "takes the image of one scenario");
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? all_well : wrong_line;
     }

@@ -8,9 +8,10 @@
 namespace orvanel {
 
 struct Options {
-    std::string image;  // file of the EEPROM image; empty: a blank one
-    int mem_kib;        // 32 or 64
-    bool update;        // as in PictureOptions
+    std::string image;       // file of the EEPROM image; empty: a blank one
+    int mem_kib;             // 32 or 64
+    std::string save_image;  // the file it goes to at the end, if it was programmed
+    bool update;             // as in PictureOptions
     bool update_missing;
     std::string out_folder;
     std::string junit;

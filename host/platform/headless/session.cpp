@@ -1,8 +1,11 @@
 #include "host/platform/headless/session.h"
 
 #include "firmware/core/backlight.h"
+#include "firmware/store/eeprom.h"
+#include "host/image_file.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
+#include "host/platform/platform.h"
 #include "host/platform/shared/wake.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
@@ -17,11 +20,21 @@
 namespace orvanel {
 
 constinit bool real_time = false;
+constinit std::string_view image_save_path{};
 constinit std::int64_t next_fade_us = never;
 
 namespace {
 
 constinit int end_fd = -1;
+
+/// The image as it stood when the firmware was told to end.
+void save_programmed_image() {
+    if (image_save_path.empty() || eeprom_state != EepromState::programmed) return;
+    const std::string fault = save_image(std::string(image_save_path), Backup::none);
+    if (fault.empty()) return;
+    open_message_box("Error: HD Orvanel42 simulator", fault);
+    report_fault(wrong_line, fault);
+}
 
 }  // namespace
 
@@ -69,6 +82,7 @@ int run_session(const std::string& name) {
         run_in_module_time();
     close_scenario();
     stop_feed();
+    save_programmed_image();
     write_end_record();
     return fault_status();
 }

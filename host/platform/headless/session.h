@@ -4,11 +4,16 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace orvanel {
 
 /// Real time in place of module time. Set before run_session, then left alone.
 extern bool real_time;
+
+/// The file that the EEPROM image goes to at the end, if it was programmed; empty for none. Set
+/// before run_session, by whoever keeps the text alive.
+extern std::string_view image_save_path;
 
 /// When the next step of the backlight's fade is due, in the time of clock_us; `never` (waits.h)
 /// while it doesn't run.
