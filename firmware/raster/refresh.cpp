@@ -5,6 +5,8 @@
 #include "firmware/raster/transpose.h"
 #include "host/host_calls.h"
 
+#include <cstddef>
+
 namespace orvanel {
 
 constinit UprightImage lcd_image{};
@@ -117,35 +119,43 @@ void show_rotated(Block& block) {
         if (wrapped != 0) merge(row[0], dots, wrapped);
     };
 
+    const auto unused = static_cast<std::size_t>(block_rows - block.rows);
+    const auto used = [unused](Dots& dots) { return std::span(dots).subspan(unused); };
+    // What doesn't flash is turned once for both phases.
+    const bool flashes = !std::ranges::equal(used(block.main), used(block.flash));
+    const Dots& flash = flashes ? block.flash : block.main;
+    const auto turn_phases = [&](auto turn) {
+        turn(block.main);
+        if (flashes) turn(block.flash);
+    };
+
     const int first = std::countl_zero(block.mask);
     const int last = 63 - std::countr_zero(block.mask);
     const int left = 64 * block.word;
-    const auto unused = static_cast<std::size_t>(block_rows - block.rows);
     if (block.rows <= 8) {
         // Eight rows need half of the steps, which leave each column in a byte of its own.
-        for (Dots* dots : {&block.main, &block.flash}) {
-            std::fill(dots->begin() + 56, dots->begin() + unused, 0);
-            transpose_eight<1>(&(*dots)[56]);
-        }
+        turn_phases([unused](Dots& dots) {
+            std::fill(dots.begin() + 56, dots.begin() + static_cast<std::ptrdiff_t>(unused), 0);
+            transpose_eight<1>(&dots[56]);
+        });
         for (int column = first; column <= last; column += 8) {
             const int turn = column + 8 + shift;
             for (int i = 0; i < 8; ++i) {
                 const auto row = static_cast<std::size_t>(56 + i);
                 show_column(lcd_image_rot, left + column + i, std::rotl(block.main[row], turn));
-                show_column(lcd_image_rot_flash, left + column + i,
-                            std::rotl(block.flash[row], turn));
+                show_column(lcd_image_rot_flash, left + column + i, std::rotl(flash[row], turn));
             }
         }
         return;
     }
-    for (Dots* dots : {&block.main, &block.flash}) {
-        std::fill(dots->begin(), dots->begin() + unused, 0);
-        transpose(*dots);
-    }
+    turn_phases([unused](Dots& dots) {
+        std::fill(dots.begin(), dots.begin() + static_cast<std::ptrdiff_t>(unused), 0);
+        transpose(dots);
+    });
     for (int x = first; x <= last; ++x) {
         const auto i = static_cast<std::size_t>(x);
         show_column(lcd_image_rot, left + x, std::rotl(block.main[i], shift));
-        show_column(lcd_image_rot_flash, left + x, std::rotl(block.flash[i], shift));
+        show_column(lcd_image_rot_flash, left + x, std::rotl(flash[i], shift));
     }
 }
 
