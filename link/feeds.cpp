@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <string>
 #include <system_error>
 
 namespace orvanel {

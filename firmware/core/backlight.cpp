@@ -1,81 +1,90 @@
 #include "firmware/core/backlight.h"
 
+#include "firmware/core/bytes.h"
 #include "firmware/core/read.h"
-#include "firmware/core/tick_counter.h"
 #include "host/host_calls.h"
 
 #include <algorithm>
 
 namespace orvanel {
 
-constinit std::atomic<std::int32_t> backlight_brightness{0};
-constinit std::atomic<std::int32_t> backlight_target{0};
-constinit std::atomic<std::int32_t> backlight_current{0};
-constinit std::atomic<std::uint8_t> backlight_level{1};
-constinit std::atomic<std::uint8_t> backlight_off_timer{0};
+constinit std::atomic<std::uint8_t> backlight_brightness{0};
+constinit std::atomic<BacklightGoal> backlight_goal{};
+constinit std::atomic<BacklightLight> backlight_light{{0, 1}};
+static_assert(std::atomic<BacklightGoal>::is_always_lock_free);
 
 namespace {
 
-constexpr int full = 100;
+constexpr std::uint8_t full = 100;
 constexpr int fade_step = 2;            // percent each 20 ms
-constexpr std::uint8_t level_full = 1;  // how backlight_level says full
+constexpr std::uint8_t level_full = 1;  // how a level says full
 
-/// backlight_level for a fade that has come to `current`, going up or down.
-std::uint8_t level_of(int current, bool up) {
-    if (up) return current == full ? level_full : static_cast<std::uint8_t>(current);
-    return current < 3 ? 0 : static_cast<std::uint8_t>(current);
+/// The step from `current` towards `target`, and the level that it shows.
+BacklightLight step_towards(std::uint8_t target, std::uint8_t current) {
+    if (current < target) {
+        const std::uint8_t next = low8(std::min<int>(current + fade_step, target));
+        return {next, next == full ? level_full : next};
+    }
+    const std::uint8_t next = low8(std::max<int>(current - fade_step, target));
+    return {next, next < 3 ? std::uint8_t{0} : next};
+}
+
+/// Changes where the fade stands, and not what shows.
+void put_current(std::uint8_t current) {
+    BacklightLight seen = backlight_light.load();
+    while (!backlight_light.compare_exchange_weak(seen, {current, seen.level})) {
+    }
 }
 
 }  // namespace
 
 void power_on_backlight() {
-    backlight_level.store(level_full);
-    backlight_off_timer.store(0);
+    backlight_light.store({full, level_full});
+    backlight_goal.store({full, 0});
     backlight_brightness.store(full);
-    backlight_target.store(full);
-    backlight_current.store(full);
 }
 
 void tick_fade() {
-    if (backlight_current.load() != backlight_target.load()) start_fade_timer();
+    if (backlight_light.load().current != backlight_goal.load().target) start_fade_timer();
 }
 
 void tick_backlight_limit() {
-    if (count_down(backlight_off_timer)) backlight_target.store(0);
+    BacklightGoal seen = backlight_goal.load();
+    while (seen.off_timer != 0) {
+        const std::uint8_t left = low8(seen.off_timer - 1);
+        const std::uint8_t target = left == 0 ? std::uint8_t{0} : seen.target;
+        if (backlight_goal.compare_exchange_weak(seen, {target, left})) return;
+    }
 }
 
 void backlight_fade_step() {
-    std::int32_t current = backlight_current.load();
-    const std::int32_t target = backlight_target.load();
-    if (current == target) {
+    BacklightLight seen = backlight_light.load();
+    const std::uint8_t target = backlight_goal.load().target;
+    if (seen.current == target) {
         stop_fade_timer();
         return;
     }
-    const bool up = current < target;
-    const std::int32_t next =
-        up ? std::min(current + fade_step, target) : std::max(current - fade_step, target);
     // A command or a reset may have moved it meanwhile: then this step is theirs.
-    if (backlight_current.compare_exchange_strong(current, next))
-        backlight_level.store(level_of(next, up));
+    backlight_light.compare_exchange_strong(seen, step_towards(target, seen.current));
     colours_changed();
 }
 
 void set_brightness() {
     // One step from the end, so that off and full come without a visible fade.
-    constexpr int dark_at_once = 254, full_at_once = 255;
-    const int p = params[0];
-    if (p == dark_at_once) backlight_current.store(1);
-    if (p == full_at_once) backlight_current.store(full - 1);
-    backlight_brightness.store(p == dark_at_once ? 0 : std::min(p, full));
-    backlight_off_timer.store(0);
-    backlight_target.store(backlight_brightness.load());
+    constexpr std::uint8_t dark_at_once = 254, full_at_once = 255;
+    const std::uint8_t p = params[0];
+    if (p == dark_at_once) put_current(1);
+    if (p == full_at_once) put_current(full - 1);
+    const std::uint8_t brightness = p == dark_at_once ? std::uint8_t{0} : std::min(p, full);
+    backlight_brightness.store(brightness);
+    backlight_goal.store({brightness, 0});
 }
 
 void switch_backlight() {
-    constexpr std::uint8_t on = 1;
+    constexpr std::uint8_t off = 0, on = 1;
     const std::uint8_t b = read_byte();  // raw under both lead-ins
-    backlight_off_timer.store(b > on ? b : 0);
-    backlight_target.store(b == 0 ? 0 : backlight_brightness.load());
+    const std::uint8_t target = b == off ? std::uint8_t{0} : backlight_brightness.load();
+    backlight_goal.store({target, b == on ? std::uint8_t{0} : b});
 }
 
 }  // namespace orvanel

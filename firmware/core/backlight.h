@@ -8,15 +8,23 @@
 
 namespace orvanel {
 
-extern std::atomic<std::int32_t> backlight_brightness;  // percent that ESC Y H chose, 0..100
-extern std::atomic<std::int32_t> backlight_target;      // where the fade runs to; 0 while off
-extern std::atomic<std::int32_t> backlight_current;     // where it has come
+/// Percent that ESC Y H chose, 0..100.
+extern std::atomic<std::uint8_t> backlight_brightness;
 
-/// What the colour model shows: 0 dark, 1 full, else percent. A fade up to 1 percent shows as full.
-extern std::atomic<std::uint8_t> backlight_level;
+/// Where the fade runs to: `target` in percent, 0 while the light is off, and `off_timer`, the
+/// ticks until it goes off, 0 for no limit. The commands set them, the tick ends them: one word.
+struct BacklightGoal {
+    std::uint8_t target, off_timer;
+};
+extern std::atomic<BacklightGoal> backlight_goal;
 
-/// Ticks until the backlight goes off, 0 for no limit.
-extern std::atomic<std::uint8_t> backlight_off_timer;
+/// Where the fade has come: `current` in percent, and `level`, what the colour model shows: 0 dark,
+/// 1 full, else percent. A fade up to 1 percent shows as full. Commands, reset and fade set them:
+/// one word.
+struct BacklightLight {
+    std::uint8_t current, level;
+};
+extern std::atomic<BacklightLight> backlight_light;
 
 /// The tick's two shares: starts the fade timer if there is a way to go and it doesn't run; counts
 /// down the time limit.

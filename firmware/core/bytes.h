@@ -2,9 +2,7 @@
 
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace orvanel {
 
@@ -17,10 +15,5 @@ constexpr std::uint16_t le16(std::uint8_t low, std::uint8_t high) {
     return static_cast<std::uint16_t>(low | high << 8);
 }
 static_assert(le16(0x0D, 0x78) == 0x780D);
-
-/// The 16-bit value at `at`, low byte first; at + 1 lies in `bytes`.
-constexpr std::uint16_t le16(std::span<const std::uint8_t> bytes, std::size_t at) {
-    return le16(bytes[at], bytes[at + 1]);
-}
 
 }  // namespace orvanel

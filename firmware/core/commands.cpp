@@ -16,6 +16,7 @@
 #include "firmware/text/terminal.h"
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 
 namespace orvanel {
@@ -125,7 +126,7 @@ constexpr Command commands[]{
     {'Q', 'L', {rect},                flash_same,           "Flash plane from the main plane"},
     {'Q', 'M', {rect, p},             flash_pattern,        "Pattern into the flash plane"},
     {'Q', 'Z', {p},                   set_flash_period,     "Flash period"},
-    // group R, rectangle fills; the rectangle is read in front of the op letter's row
+    // group R, rectangle fills
     {'R', 'L', {rect},                clear_area_command,   "Clear"},
     {'R', 'S', {rect},                set_area_command,     "Set"},
     {'R', 'I', {rect},                invert_area_command,  "Invert"},
@@ -230,8 +231,7 @@ void run_terminal_command() {
     cursor_show();
 }
 
-/// Group R: the rectangle is read for every op letter, also for one that is no command, before the
-/// letter is looked at.
+/// Group R: an op letter that is no command reads a rectangle all the same.
 void run_rectangle_command() {
     const Command* command = find_command('R', read_letter());
     if (command == nullptr)
@@ -286,8 +286,6 @@ std::string parameters_of(const Command& command) {
 }
 
 }  // namespace
-
-std::span<const Command> command_table() { return commands; }
 
 void run_command() {
     const std::uint8_t group = read_letter();

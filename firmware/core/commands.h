@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
 #include <string>
 
 namespace orvanel {
@@ -19,9 +18,6 @@ struct Command {
     void (*run)();
     const char* role;
 };
-
-/// All commands, in the order of docs/commands.md.
-std::span<const Command> command_table();
 
 /// Runs the command behind a lead-in: reads its letters and parameters. A group that the table
 /// doesn't have goes to the terminal as a character; an undefined op swallows its two letters and

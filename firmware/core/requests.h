@@ -20,7 +20,8 @@ extern std::atomic<bool> restart_requested;
 /// outlive the program is changed any more. Never cleared once the program is told to end.
 extern std::atomic<bool> shutdown_requested;
 
-/// firmware_tick does nothing while this is false. Set at the end of each reset cycle.
+/// firmware_tick does nothing while this is false. Set at the end of each reset cycle, cleared by
+/// the restart that ESC & E asks for.
 extern std::atomic<bool> tick_enabled;
 
 /// Set by each tick; makes the next read sleep 5 ms, so that a full source doesn't starve the

@@ -39,7 +39,7 @@ std::uint64_t pattern_dots(const Pattern& pattern, int y) {
     return pattern[static_cast<std::size_t>(y & 7)] * 0x0101010101010101u;
 }
 
-/// After how many rows the pattern repeats: each row of a plain one is the next one's equal.
+/// After how many rows the pattern repeats: 1 if all of them are equal, else 8.
 int period_of(const Pattern& pattern) {
     return load_dots(pattern.data()) == pattern_dots(pattern, 0) ? 1 : 8;
 }

@@ -82,13 +82,6 @@ constexpr auto stretch_table = [] {
 /// Puts the first `width` dots of a packed row, each `zoom` times, at `to`, and up to three bytes
 /// behind them.
 void stretch_row(std::span<const std::uint8_t> row, int zoom, int width, std::uint8_t* to) {
-    if (zoom > 4) {
-        for (int i = 0; i < width; ++i) {
-            const std::size_t at = plane_index(i / zoom, 0);
-            plane_put(to, i, 0, at < row.size() && (row[at] & dot_mask(i / zoom)) != 0);
-        }
-        return;
-    }
     const auto& table = stretch_table[static_cast<std::size_t>(zoom - 2)];
     std::size_t at = 0;
     for (int left = stride_of(width); left > 0; left -= zoom, to += zoom, ++at) {
@@ -187,7 +180,7 @@ void stage_upside_down(std::span<const std::uint8_t> rows, int width, int height
         for (int column = stride - 1; column >= 0; --column) {
             const int right = byte_at(row * stride + column);
             const int left = column > 0 ? byte_at(row * stride + column - 1) : 0;
-            // The eight dots that end where the padding would begin, were it behind each byte.
+            // Eight dots, counted from the row's right end so that the padding drops out.
             staging_buffer[to++] = reversed(low8((left << 8 | right) >> padding));
         }
     }

@@ -34,7 +34,7 @@ struct TextStyle {
 /// The blit's operands, scratch: every user sets what it needs.
 extern std::int32_t picture_width;    // dots of a packed row
 extern std::uint8_t picture_height;   // rows
-extern std::uint8_t blit_zoom_x;      // 1 or more
+extern std::uint8_t blit_zoom_x;      // 1..4
 extern std::uint8_t blit_zoom_y;      // 1 or more
 extern std::uint8_t blit_link;        // for work_plane
 extern std::uint8_t blit_flash_link;  // for its flash plane

@@ -72,7 +72,7 @@ void set_flash_period() {
     const std::uint8_t period = params[0] & 15;
     flash_period.store(period);
     flash_timer.store(period);
-    // The tick may turn the phase at this moment; one exchange finds it whichever comes first.
+    // The tick may be turning the phase at this moment: it looks at the period again behind that.
     if (period == 0 && flash_phase.exchange(0) == 1) repaint_all();
 }
 

@@ -29,7 +29,8 @@ inline std::uint8_t* main_plane() { return graphics_planes.data(); }
 /// The flash plane of a plane that has one.
 constexpr std::uint8_t* flash_plane_of(std::uint8_t* plane) { return plane + plane_bytes; }
 
-/// The plane that all primitives read and write: main_plane() or terminal_plane.
+/// The plane that all primitives read and write: main_plane() or terminal_plane, and within a few
+/// operations the flash plane.
 extern std::uint8_t* work_plane;
 
 /// A primitive writes the flash plane of work_plane first and work_plane second; otherwise

@@ -76,6 +76,9 @@ void tick_flash() {
     std::uint8_t run_out = 0;
     flash_timer.compare_exchange_strong(run_out, period);
     flash_phase.fetch_xor(1);
+    // ESC Q Z writes the period before it looks at the phase: either it finds the new phase, or we
+    // find its period here.
+    if (flash_period.load() == 0) flash_phase.store(0);
     repaint_all();
 }
 

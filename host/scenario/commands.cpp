@@ -94,7 +94,7 @@ void print_ports(const Arguments& /*a*/) {
 }
 
 void print_backlight(const Arguments& /*a*/) {
-    print_line("backlight " + std::to_string(backlight_level.load()));
+    print_line("backlight " + std::to_string(backlight_light.load().level));
 }
 
 void screen(const Arguments& a) { save_screen(a.path, a.shown); }

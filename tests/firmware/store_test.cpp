@@ -199,22 +199,22 @@ TEST_F(Store, the_backlight_fades_in_steps_of_two_to_where_it_was_sent) {
     firmware_tick();
     while (fake_platform.fade_running) {
         backlight_fade_step();
-        levels.push_back(backlight_level);
+        levels.push_back(backlight_light.load().level);
     }
     EXPECT_EQ(levels, (std::vector<int>{98, 97, 97}));
     run_stream(bytes("#YH254;"));
     firmware_tick();
     backlight_fade_step();
-    EXPECT_EQ(backlight_level, 0) << "dark in one step";
-    backlight_target = 1;
+    EXPECT_EQ(backlight_light.load().level, 0) << "dark in one step";
+    backlight_goal = BacklightGoal{1, 0};
     backlight_fade_step();
-    EXPECT_EQ(backlight_level, 1) << "one percent going up shows as full";
+    EXPECT_EQ(backlight_light.load().level, 1) << "one percent going up shows as full";
     run_stream(bytes("#YL\3"));
     for (int i = 0; i < 3; ++i)
         firmware_tick();
-    EXPECT_EQ(backlight_target, 0) << "the time limit has run out";
+    EXPECT_EQ(backlight_goal.load().target, 0) << "the time limit has run out";
     run_stream(bytes("#YL\3#YH50;"));
-    EXPECT_EQ(backlight_off_timer, 0) << "a brightness cancels the limit";
+    EXPECT_EQ(backlight_goal.load().off_timer, 0) << "a brightness cancels the limit";
 }
 
 TEST_F(Store, a_wait_sleeps_in_tenths_and_a_restart_ends_it) {
