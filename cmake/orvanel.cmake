@@ -49,11 +49,11 @@ function(orvanel_program name)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 endfunction()
 
-# orvanel_test(NAME SOURCES file... USES target...): a GoogleTest program; each test in it is a
-# ctest case. USES names the layer under test alone, so a call in the wrong direction doesn't link.
+# orvanel_test(NAME SOURCES file... USES target... [LABELS label...]): a GoogleTest program; each test
+# in it is a ctest case. The label `threads` is for what the thread sanitizer has to see. USES names the layer under test alone, so a call in the wrong direction doesn't link.
 function(orvanel_test name)
-    cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
+    cmake_parse_arguments(arg "" "" "SOURCES;USES;LABELS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE orvanel_options ${arg_USES} orvanel_test_support GTest::gtest_main)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "${arg_LABELS}")
 endfunction()

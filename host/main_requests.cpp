@@ -15,7 +15,7 @@ namespace {
 enum MessageState : std::uint32_t { no_message, asked, shown, sealed };
 
 // firmware_thread leaves a message and waits until the state is back at no_message, or sealed.
-constinit std::atomic<std::uint32_t> message_state{no_message};
+constinit std::atomic<std::uint32_t> message_state{sealed};
 
 // Published by message_state; the firmware keeps what they point at alive while it waits.
 constinit std::string_view message_caption{};
@@ -51,6 +51,8 @@ void message_closed() {
     std::uint32_t state = shown;
     if (message_state.compare_exchange_strong(state, no_message)) message_state.notify_all();
 }
+
+void open_messages() { message_state.store(no_message); }
 
 void seal_messages() {
     message_state.store(sealed);

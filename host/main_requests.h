@@ -12,6 +12,9 @@ void serve_main_requests();
 /// The user has closed the box of open_message_box; the firmware goes on. Main thread.
 void message_closed();
 
+/// Lets messages be asked for, as at the start of the firmware. Until then they count as sealed.
+void open_messages();
+
 /// Says, once, that no message will be shown any more: whoever waits for its closing goes on, and
 /// nobody waits ever after. Main thread.
 void seal_messages();

@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QMessageBox>
 #include <QPixmap>
 #include <QTimer>
 #include <QWidget>
@@ -94,6 +95,17 @@ void run_for(milliseconds duration) {
 /// The armed feed has gone through the pipe to its last byte.
 bool all_read() { return feed_left() == 0 && rx_count() == 0; }
 
+// Writes past the end of the image, and a restart, which tells so.
+const std::string overflow = "\x1b&E\xFE\x7F\x04\x00Wabcd\x1b&E\x00\x00\x00\x00J"s;
+
+/// The message box that is open, none if none is.
+QMessageBox* message_box() {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* box = qobject_cast<QMessageBox*>(widget); box != nullptr && box->isVisible())
+            return box;
+    return nullptr;
+}
+
 /// Normal macro 0 is `body`.
 std::vector<std::uint8_t> image_with_macro(std::string_view body) {
     std::vector<std::uint8_t> image(eeprom_small, 0xFF);
@@ -141,6 +153,20 @@ TEST_F(Window, closing_it_ends_the_event_loop) {
     close_window();
 }
 
+TEST_F(Window, a_message_holds_the_firmware_until_it_is_closed) {
+    open_with(overflow);
+    ASSERT_TRUE(run_until([] { return message_box() != nullptr; }));
+    EXPECT_TRUE(message_box()->text().startsWith("not enough EEPROM memory (32kB)"));
+    EXPECT_EQ(message_box()->windowTitle(), "Error: HD Orvanel42 simulator");
+    rx_pipe_put_block(std::vector<std::uint8_t>{'x'});
+    run_for(milliseconds{50});
+    EXPECT_EQ(rx_count(), 1) << "nothing is read behind the message";
+    message_box()->accept();
+    EXPECT_TRUE(run_until([] { return message_box() == nullptr && rx_count() == 0; }));
+    close_window();
+    EXPECT_EQ(eeprom_image[0x7FFF], 0xFF) << "the image that overflowed is wiped";
+}
+
 TEST_F(Window, ends_at_once_in_every_kind_of_wait) {
     std::string endless_stream;
     while (endless_stream.size() < 1'000'000)
@@ -159,6 +185,9 @@ TEST_F(Window, ends_at_once_in_every_kind_of_wait) {
         {"empty read", "", "", settled},
         {"string", "\x1bZL\x0A\x0Ano end"s, "", settled},
         {"number", "#GD1", "", settled},
+        {"wait command", "\x1bX\xFF"s, "", settled},
+        {"data of a write", "\x1b&E\x00\x00\xFF\x7FWabc"s, "", settled},
+        {"message box", overflow, "", [] { return message_box() != nullptr; }},
         {"paint", endless_stream, "", streaming},
         {"tail-calling macro", "\x1bMN\x00"s, "\x1bMN\x00"s, settled},
         {"tail-calling macro that draws", "\x1bMN\x00"s, "#DI\x1bMN\x00"s, drawing_on},

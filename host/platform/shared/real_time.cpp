@@ -57,6 +57,7 @@ bool real_on_main_thread() { return std::this_thread::get_id() == main_thread; }
 
 void start_module() {
     open_painter();
+    open_messages();
     firmware_thread.emplace(run_firmware);
 }
 
