@@ -7,6 +7,8 @@
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
+#include <QMessageBox>
+#include <QString>
 
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +25,7 @@ constexpr int start_zoom = 2;
 
 struct Options {
     std::string file;
+    std::string folder;
     std::string image;
     int mem_kib = 32;
 };
@@ -39,7 +42,12 @@ std::string unreadable(const std::string& path) {
 void add_options(CLI::App& app, Options& options) {
     app.add_option("FILE", options.file, "Commands for the module, sent to it once it runs")
         ->check(unreadable);
+    auto* folder = app.add_option("--dir", options.folder,
+                                  "Keep the EEPROM image in DIR, as Orvanel42.bin; without it the "
+                                  "image starts blank and is not kept");
+    folder->option_text("DIR");
     app.add_option("--image", options.image, "Load FILE as the EEPROM image")
+        ->excludes(folder)
         ->option_text("FILE")
         ->check(unreadable);
     app.add_option("--mem", options.mem_kib, "EEPROM size in KiB, 32 if not given")
@@ -48,15 +56,41 @@ void add_options(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "orvanel42 " ORVANEL_VERSION);
 }
 
+/// The file that the image is kept in, empty for none.
+std::string kept_image(const Options& options) {
+    return options.folder.empty() ? "" : options.folder + "/Orvanel42.bin";
+}
+
+/// Makes the folder if it isn't there. False, and told, if that or reading the image fails: an
+/// image that can't be read must not be written over.
 bool load_memory(const Options& options) {
     const int size = options.mem_kib == 64 ? orvanel::eeprom_large : orvanel::eeprom_small;
-    if (options.image.empty()) {
-        orvanel::eeprom_reset_to(size, {});
-        return true;
+    orvanel::eeprom_reset_to(size, {});
+    std::error_code no_folder;
+    if (!options.folder.empty()) std::filesystem::create_directories(options.folder, no_folder);
+    if (no_folder) {
+        std::fprintf(stderr, "orvanel42: %s: %s\n", options.folder.c_str(),
+                     no_folder.message().c_str());
+        return false;
     }
-    const std::string fault = orvanel::load_image(options.image, size);
+    std::error_code ignored;
+    std::string path = kept_image(options);
+    if (!path.empty() && !std::filesystem::exists(path, ignored)) return true;
+    if (path.empty()) path = options.image;
+    if (path.empty()) return true;
+    const std::string fault = orvanel::load_image(path, size);
     if (!fault.empty()) std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
     return fault.empty();
+}
+
+/// Saves the image, as it stood when the program was told to end, if the module has programmed it.
+void save_memory(const Options& options) {
+    const std::string path = kept_image(options);
+    if (path.empty() || orvanel::eeprom_state != orvanel::EepromState::programmed) return;
+    const std::string fault = orvanel::save_image(path, orvanel::Backup::keep);
+    if (fault.empty()) return;
+    std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    QMessageBox::critical(nullptr, "Error: HD Orvanel42 simulator", QString::fromStdString(fault));
 }
 
 /// Qt ends a program that finds no display by abort, which looks like a crash.
@@ -108,5 +142,6 @@ int main(int argc, char** argv) {
     }
     const int status = QApplication::exec();
     orvanel::close_window();
+    save_memory(options);
     return status;
 }
