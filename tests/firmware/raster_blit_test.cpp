@@ -38,7 +38,7 @@ TEST(Blit, agrees_with_the_rule_for_each_dot) {
         const std::vector<std::uint8_t> rows = random_rows(random, w, h);
         picture_width = w;
         picture_height = static_cast<std::uint8_t>(h);
-        blit_zoom_x = static_cast<std::uint8_t>(pick(random, 1, 5));
+        blit_zoom_x = static_cast<std::uint8_t>(pick(random, 1, 4));
         blit_zoom_y = static_cast<std::uint8_t>(pick(random, 1, 5));
         blit_link = static_cast<std::uint8_t>(pick(random, 0, 7));
         flash_attr = static_cast<std::uint8_t>(pick(random, 0, 3));
