@@ -193,7 +193,7 @@ struct CommandIndex {
 constexpr CommandIndex index_of(std::span<const Command> table) {
     CommandIndex index{};
     for (std::size_t i = 0; i < table.size(); ++i) {
-        const auto group = static_cast<std::size_t>(table[i].group);
+        const auto group = static_cast<unsigned char>(table[i].group);
         index.rows[group][static_cast<std::size_t>(op_index(table[i].op))] =
             static_cast<std::uint8_t>(i + 1);
         index.known[group] = true;

@@ -116,7 +116,7 @@ std::string replace_file(const std::string& path, std::span<const std::uint8_t> 
     if (!write_beside(part, content, exists ? &former : nullptr)) return reason();
     const bool kept = !exists || backup == Backup::none || keep_former(target, number);
     if (!kept || std::rename(part.c_str(), target.c_str()) != 0) {
-        const std::string fault = reason();
+        std::string fault = reason();
         unlink(part.c_str());
         return fault;
     }
