@@ -80,8 +80,16 @@ std::string fault_xml(const std::string& name, const Fault& fault) {
            "\">" + escaped(fault_message(name, fault)) + "</" + element + ">\n";
 }
 
+/// As escaped, on one line: a reader would make a blank of a raw line end in an attribute.
+std::string attribute(std::string_view text) {
+    std::string xml = escaped(text);
+    for (std::size_t at = 0; (at = xml.find('\n', at)) != std::string::npos;)
+        xml.replace(at, 1, "&#10;");
+    return xml;
+}
+
 std::string case_xml(const CaseResult& result) {
-    std::string xml = "    <testcase classname=\"scenario\" name=\"" + escaped(result.name) +
+    std::string xml = "    <testcase classname=\"scenario\" name=\"" + attribute(result.name) +
                       "\" time=\"" + seconds_text(result.seconds) + "\"";
     if (result.faults.empty()) return xml + "/>\n";
     xml += ">\n";

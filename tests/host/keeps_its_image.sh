@@ -12,6 +12,13 @@ program_and_end() { # TEXT: into the data area of the image, with a restart behi
 }
 program_and_end first
 program_and_end other
+
+# A terminal that closes ends it as any other end.
+"$program" --dir "$folder/hung-up" "$folder/stream" &
+sleep 2
+kill -HUP $!
+wait $!
+grep -q other "$folder/hung-up/Orvanel42.bin"
 grep -q other "$folder/kept/Orvanel42.bin"
 grep -q first "$folder/kept/Orvanel42.bin.bak"
 

@@ -67,6 +67,13 @@ TEST_F(SafeFile, follows_links_and_survives_a_backup_that_is_the_file_itself) {
     EXPECT_EQ(names(), 3);
 }
 
+TEST_F(SafeFile, a_chain_of_links_without_an_end_is_refused) {
+    fs::create_symlink("loop", folder / "loop");
+    EXPECT_EQ(replace_file(folder / "loop", first, Backup::none),
+              "Too many levels of symbolic links");
+    EXPECT_EQ(names(), 1);
+}
+
 TEST_F(SafeFile, a_write_that_fails_leaves_the_old_file_and_says_why) {
     ASSERT_EQ(replace_file(image, first, Backup::none), "");
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);

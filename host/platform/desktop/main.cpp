@@ -4,6 +4,8 @@
 #include "host/image_file.h"
 #include "host/painter.h"
 #include "host/platform/desktop/window.h"
+#include "host/platform/shared/process.h"
+#include "host/platform/shared/real_time.h"
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
@@ -84,13 +86,39 @@ bool load_memory(const Options& options) {
 }
 
 /// Saves the image, as it stood when the program was told to end, if the module has programmed it.
-void save_memory(const Options& options) {
+/// Empty on success, else the fault, which has been told on standard error.
+std::string save_memory(const Options& options) {
     const std::string path = kept_image(options);
-    if (path.empty() || orvanel::eeprom_state != orvanel::EepromState::programmed) return;
-    const std::string fault = orvanel::save_image(path, orvanel::Backup::keep);
-    if (fault.empty()) return;
-    std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
-    QMessageBox::critical(nullptr, "Error: HD Orvanel42 simulator", QString::fromStdString(fault));
+    if (path.empty() || orvanel::eeprom_state != orvanel::EepromState::programmed) return {};
+    std::string fault = orvanel::save_image(path, orvanel::Backup::keep);
+    if (!fault.empty()) std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    return fault;
+}
+
+/// The options of the run while its event loop goes on.
+constinit const Options* running = nullptr;
+
+/// Qt ends the process from within its event loop when the display goes away. The module ends in
+/// order and the image is saved all the same; there is no window for a message.
+void on_exit() {
+    if (running == nullptr) return;
+    orvanel::stop_module();
+    save_memory(*running);
+}
+
+/// The event loop from its start to its end, with what has to be saved behind it.
+int run_window(const Options& options) {
+    running = &options;
+    std::atexit(on_exit);
+    const int status = QApplication::exec();
+    running = nullptr;
+    orvanel::close_window();
+    const std::string fault = save_memory(options);
+    if (fault.empty()) return status;
+    if (!orvanel::ended_by_signal)
+        QMessageBox::critical(nullptr, "Error: HD Orvanel42 simulator",
+                              QString::fromStdString(fault));
+    return failed;
 }
 
 /// Qt ends a program that finds no display by abort, which looks like a crash.
@@ -117,6 +145,7 @@ bool prepare_display() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    orvanel::prepare_process();
     Options options;
     CLI::App app{"Simulator of the HD Orvanel42 display module, in a window", "orvanel42"};
     add_options(app, options);
@@ -140,8 +169,5 @@ int main(int argc, char** argv) {
         std::fputs("orvanel42: no file descriptor left\n", stderr);
         return failed;
     }
-    const int status = QApplication::exec();
-    orvanel::close_window();
-    save_memory(options);
-    return status;
+    return run_window(options);
 }

@@ -25,6 +25,8 @@
 
 namespace orvanel {
 
+constinit bool ended_by_signal = false;
+
 namespace {
 
 constexpr int window_timer_ms = 100;
@@ -101,7 +103,11 @@ bool open_window(const std::string& file) {
     make_glass();
     glass->show();
     on_wake(main_wake, serve_main_requests);
-    on_wake(end_wake, QApplication::quit);
+    ended_by_signal = false;
+    on_wake(end_wake, [] {
+        ended_by_signal = true;
+        QApplication::quit();
+    });
     make_fade_timer();
     start_window_timer();
     start_module();

@@ -8,9 +8,12 @@
 namespace orvanel {
 
 /// Opens the window, starts the module, and feeds it `file` unless that is empty. A QApplication
-/// exists, and view_zoom and the EEPROM image stand. SIGINT and SIGTERM end the event loop from
-/// here on, as closing the window does. False if the system lacks what that takes.
+/// exists, and view_zoom and the EEPROM image stand. SIGINT, SIGTERM and SIGHUP end the event loop
+/// from here on, as closing the window does. False if the system lacks what that takes.
 [[nodiscard]] bool open_window(const std::string& file);
+
+/// One of these signals has come: nobody is there to answer a message.
+extern bool ended_by_signal;
 
 /// Ends the module in order and then the window. The event loop has ended.
 void close_window();

@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -57,7 +58,7 @@ void add_fault(Job& job, int status, const std::string& text) {
 
 /// In the child: its streams go to the pipes, those of the others are none of its business.
 [[noreturn]] void be_child(std::span<Job> jobs, const Job& job,
-                           const std::array<int, stream_count>& ends) {
+                           const std::array<int, stream_count>& ends, const sigset_t& former) {
     for (Job& other : jobs)
         for (int& fd : other.fds)
             close_end(fd);
@@ -65,6 +66,8 @@ void add_fault(Job& job, int status, const std::string& text) {
     if (ends[errors] >= 0) dup2(ends[errors], STDERR_FILENO);
     fault_record_fd = ends[records];
     take_end_signals();
+    prctl(PR_SET_PDEATHSIG, SIGTERM);  // nobody is left to hear of it
+    sigprocmask(SIG_SETMASK, &former, nullptr);
     std::exit(run_session(job.name));
 }
 
@@ -85,8 +88,13 @@ void start(std::span<Job> jobs, Job& job, bool keep_output) {
     std::array<int, stream_count> ends{};
     job.start = steady_clock::now();
     const bool opened = open_pipes(job, keep_output, ends);
+    // A signal between the fork and the child's own wake would be lost in the parent's.
+    sigset_t all, former;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &former);
     job.pid = opened ? fork() : -1;
-    if (job.pid == 0) be_child(jobs, job, ends);
+    if (job.pid == 0) be_child(jobs, job, ends, former);
+    sigprocmask(SIG_SETMASK, &former, nullptr);
     if (job.pid < 0) {
         add_fault(job, wrong_line,
                   "can't start a process: " + std::generic_category().message(errno));
@@ -141,12 +149,16 @@ bool read_what_comes(std::span<Job> jobs, bool watch_signals) {
 }
 
 /// Says what the finished jobs have said, up to the first that still runs. `said` counts them.
+constinit bool output_failed = false;  // standard output hasn't taken all that was said
+
 void say_in_order(std::span<Job> jobs, std::size_t& said) {
     for (; said < jobs.size() && jobs[said].done; ++said) {
         for (const auto& [stream, file] : {std::pair{output, stdout}, std::pair{errors, stderr}}) {
             std::string& text = jobs[said].texts[stream];
-            std::fwrite(text.data(), 1, text.size(), file);
-            std::fflush(file);
+            // Of what standard error doesn't take nobody can be told.
+            const bool said_all = std::fwrite(text.data(), 1, text.size(), file) == text.size() &&
+                                  std::fflush(file) == 0;
+            output_failed = output_failed || (!said_all && file == stdout);
             text = {};
         }
     }
@@ -210,6 +222,10 @@ int run_jobs(std::span<const std::string> names, const JobOptions& options) {
     for (const Job& job : jobs)
         for (const Fault& fault : job.faults)
             status = worse_status(status, fault.status);
+    if (output_failed) {
+        std::fputs("orvanel42-headless: error: can't write to standard output\n", stderr);
+        status = worse_status(status, wrong_line);
+    }
     if (!options.junit.empty()) status = worse_status(status, write_results(jobs, options.junit));
     return status;
 }

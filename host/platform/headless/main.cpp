@@ -6,10 +6,10 @@
 #include "host/platform/headless/jobs.h"
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"
+#include "host/platform/shared/process.h"
 #include "host/scenario/expectations.h"
 #include "host/scenario/report.h"
 
-#include <csignal>
 #include <cstdio>
 #include <string>
 
@@ -32,10 +32,9 @@ bool load_memory(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    prepare_process();
     Options options;
     if (const int status = parse_options(argc, argv, options); status >= 0) return status;
-    // A reader that goes away is a fault to tell, not a death.
-    std::signal(SIGPIPE, SIG_IGN);
     scenario_name = "orvanel42-headless";
     if (options.commands) {
         std::string text = command_reference();

@@ -19,7 +19,8 @@ constexpr mode_t any_mode = 0666;  // what the user's umask leaves of it
 
 std::string reason() { return std::generic_category().message(errno); }
 
-/// The file that a chain of links ends at, whether or not it is there.
+/// The file that a chain of links ends at, whether or not it is there; itself a link only if the
+/// chain has no end.
 fs::path target_of(const fs::path& path) {
     constexpr int most_links = 40;
     fs::path target = path;
@@ -38,7 +39,7 @@ bool fill_and_close(int fd, std::span<const std::uint8_t> content, bool flush) {
         if (n >= 0)
             content = content.subspan(static_cast<std::size_t>(n));
         else
-            good = errno == EINTR;
+            good = errno == EINTR && flush;  // a device may keep us waiting when we are to end
     }
     if (good && flush) good = fsync(fd) == 0;
     const int fault = errno;
@@ -106,6 +107,9 @@ std::string write_device(const fs::path& target, std::span<const std::uint8_t> c
 std::string replace_file(const std::string& path, std::span<const std::uint8_t> content,
                          Backup backup) {
     const fs::path target = target_of(path);
+    std::error_code ignored;
+    if (fs::is_symlink(target, ignored))
+        return std::make_error_code(std::errc::too_many_symbolic_link_levels).message();
     struct stat former {};
     const bool exists = stat(target.c_str(), &former) == 0;
     if (exists && !S_ISREG(former.st_mode)) return write_device(target, content);

@@ -23,6 +23,22 @@ extern "C" {
 static void on_end_signal(int /*number*/) { set_wake(end_fd.load()); }
 }
 
+namespace {
+
+void set_end_action(void (*handler)(int)) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction former {};
+        sigaction(number, nullptr, &former);
+        // As nohup wants it.
+        if (number == SIGHUP && former.sa_handler == SIG_IGN) continue;
+        struct sigaction action {};
+        action.sa_handler = handler;
+        sigaction(number, &action, nullptr);
+    }
+}
+
+}  // namespace
+
 int open_wake() { return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
 
 void close_wake(int fd) {
@@ -61,19 +77,12 @@ int open_end_signals() {
     const int fd = open_wake();
     if (fd < 0) return fd;
     end_fd.store(fd);
-    struct sigaction action {};
-    action.sa_handler = on_end_signal;
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    set_end_action(on_end_signal);
     return fd;
 }
 
 void close_end_signals() {
-    struct sigaction action {};
-    action.sa_handler = SIG_DFL;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    set_end_action(SIG_DFL);
     close_wake(end_fd.exchange(-1));
 }
 

@@ -18,10 +18,12 @@ void take_wake(int fd);
 /// Waits until `fd` is readable, at most `ms` milliseconds. True if it is.
 bool wait_for_wake(int fd, int ms);
 
-/// A wake that SIGINT and SIGTERM set from now on, in place of ending the program; -1 on failure.
+/// A wake that SIGINT, SIGTERM and SIGHUP set from now on, in place of ending the program; -1 on
+/// failure. A SIGHUP that the parent has had ignored stays so. They cut a system call short that
+/// waits for a device.
 int open_end_signals();
 
-/// Gives the two signals their default action again and closes the wake.
+/// Gives these signals their default action again and closes the wake.
 void close_end_signals();
 
 }  // namespace orvanel
