@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <random>
 #include <thread>
@@ -159,8 +160,9 @@ TEST(ComposeWindow, composes_a_part_from_any_dot_to_any_dot) {
     std::mt19937 random{3};
     for (int i = 0; i < 60; ++i) {
         const int x1 = static_cast<int>(random() % 480), y1 = static_cast<int>(random() % 256);
-        const PixelRect part{x1, y1, x1 + 1 + static_cast<int>(random() % (480 - x1)),
-                             y1 + 1 + static_cast<int>(random() % (256 - y1))};
+        const int w = 1 + static_cast<int>(random() % 480),
+                  h = 1 + static_cast<int>(random() % 256);
+        const PixelRect part{x1, y1, std::min(x1 + w, 480), std::min(y1 + h, 256)};
         std::vector<std::uint32_t> frame(480 * 256);
         compose_window(frame, part);
         ASSERT_EQ(wrong_pixel(frame, lcd_image, part), "");

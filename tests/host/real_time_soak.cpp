@@ -31,8 +31,8 @@ std::vector<std::uint8_t> drawing_stream() {
     std::string stream = "#QZ1;";
     for (int i = 0; i < 200; ++i) {
         const std::string x = std::to_string(i);
-        stream += "#GD" + x + ",0,239," + x + ";#RI" + x + ",5,60,90;#QI0,0," + x + ",20;";
-        stream += "plain text " + x + "\r\n#SV#SI#DI";
+        stream.append("#GD").append(x).append(",0,239,100;#RI").append(x);
+        stream.append(",5,60,90;#QI0,0,").append(x).append(",20;plain text\r\n#SV#SI#DI");
     }
     return {stream.begin(), stream.end()};
 }

@@ -14,6 +14,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -142,10 +143,7 @@ bool prepare_display() {
     return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    orvanel::prepare_process();
+int run(int argc, char** argv) {
     Options options;
     CLI::App app{"Simulator of the HD Orvanel42 display module, in a window", "orvanel42"};
     add_options(app, options);
@@ -170,4 +168,17 @@ int main(int argc, char** argv) {
         return failed;
     }
     return run_window(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    orvanel::prepare_process();
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& fault) {
+        // The system has no memory or no thread left.
+        std::fprintf(stderr, "orvanel42: error: %s\n", fault.what());
+        return failed;
+    }
 }

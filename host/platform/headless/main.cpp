@@ -11,6 +11,7 @@
 #include "host/scenario/report.h"
 
 #include <cstdio>
+#include <exception>
 #include <string>
 
 namespace {
@@ -29,10 +30,7 @@ bool load_memory(const Options& options) {
     return fault.empty();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    prepare_process();
+int run(int argc, char** argv) {
     Options options;
     if (const int status = parse_options(argc, argv, options); status >= 0) return status;
     scenario_name = "orvanel42-headless";
@@ -52,4 +50,17 @@ int main(int argc, char** argv) {
     if (several || !options.junit.empty())
         return run_jobs(options.scenarios, {options.jobs, several, options.junit});
     return run_session(options.scenarios.front());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    prepare_process();
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& fault) {
+        // The system has no memory or no thread left.
+        std::fprintf(stderr, "orvanel42-headless: error: %s\n", fault.what());
+        return wrong_line;
+    }
 }
