@@ -4,6 +4,8 @@
 
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace orvanel {
@@ -31,6 +33,58 @@ void spend_byte_time();
 
 /// True on the host's main thread, where painting happens; always true in module time.
 bool on_main_thread();
+
+/// Milliseconds on the clock of this platform, from any start.
+std::int64_t clock_ms();
+
+// The serial line. A line is the number of an open device, above 0; 0 is none. A line is opened by
+// the main thread and from then on used by link_thread alone, which closes it. Nothing here waits,
+// but for wait_for_line. A device without modem lines counts as CTS on; one that has vanished gives
+// a fault on each operation until it is back, and then goes on by itself.
+
+/// Opens what stands behind COM `port` (1..8), for this program alone: 8 data bits, no parity, 1
+/// stop bit, RTS/CTS handshake, queues of 16384 bytes in and 8192 out, DTR on, then RTS on. 0 on
+/// failure.
+int serial_open(int port, std::int32_t baud);
+
+/// Gives the device back at once; what it still holds is lost.
+void serial_close(int line);
+
+/// False on a fault.
+bool serial_set_baud(int line, std::int32_t baud);
+
+/// RTS by hand. Without modem lines it does nothing.
+void serial_set_rts(int line, bool on);
+
+/// 0 CTS is on, 1 it is off, below 0 on a fault.
+int serial_cts(int line);
+
+/// Bytes that wait to be read and to leave; below 0 on a fault or after a line error, which this
+/// call clears.
+int serial_queued_in(int line);
+int serial_queued_out(int line);
+
+/// Reads what has arrived, without waiting. Bytes read, below 0 on a fault.
+int serial_read(int line, std::span<std::uint8_t> into);
+
+/// Hands bytes to the device, without waiting. Bytes that it took, which may be fewer; below 0 on
+/// a fault.
+int serial_write(int line, std::span<const std::uint8_t> data);
+
+/// What wait_for_line waits for.
+enum class LineEvent : std::uint8_t {
+    input,   // bytes have arrived
+    output,  // the device takes bytes again
+    cts,     // CTS may have changed
+    idle,    // nothing but wake_link
+};
+
+/// Lets link_thread sleep until the event, a wake_link or the end of `ms` milliseconds, whichever
+/// comes first; `line` may be 0. Real time only: in module time nothing waits for the line.
+void wait_for_line(int line, LineEvent event, int ms);
+
+/// Ends a wait_for_line that is running, or the next one. From any thread.
+void wake_link();
 
 /// Has the main thread call serve_main_requests (host/main_requests.h) soon. Called from any
 /// thread.

@@ -1,0 +1,14 @@
+#!/bin/bash
+# The window program ends in order on a signal: ends_in_order.sh PROGRAM
+set -euo pipefail
+
+"$1" &
+program=$!
+# It catches SIGTERM (bit 14) once it has begun.
+until caught=$(sed -n 's/^SigCgt:[[:space:]]*//p' "/proc/$program/status") &&
+    ((16#$caught >> 14 & 1)); do
+    sleep 0.1
+done
+sleep 1
+kill -TERM "$program"
+wait "$program"
