@@ -14,6 +14,10 @@
 #include "firmware/text/font.h"
 #include "firmware/text/layout.h"
 #include "firmware/text/terminal.h"
+#include "firmware/touch/bars.h"
+#include "firmware/touch/keys.h"
+#include "firmware/touch/menu.h"
+#include "firmware/touch/tracking.h"
 
 #include <algorithm>
 #include <span>
@@ -23,7 +27,6 @@ namespace orvanel {
 
 namespace {
 
-/// Also stands where a command has parameters to read and nothing to do with them yet.
 void no_effect() {}
 
 // clang-format off
@@ -43,39 +46,39 @@ constexpr Command commands[]{
     {'?', 0,   {},                    identify,             "Fixed identification answer"},
     {'X', 0,   {p},                   wait_command,         "Wait"},
     // group A, touch areas
-    {'A', 'A', {p},                   no_effect,            "Touch on or off"},
-    {'A', 'B', {own},                 no_effect,            "Make a bar touchable"},
-    {'A', 'D', {own},                 no_effect,            "New draw area"},
-    {'A', 'E', {p},                   no_effect,            "Border of new keys"},
+    {'A', 'A', {p},                   enable_touch,         "Touch on or off"},
+    {'A', 'B', {own},                 make_bar_touchable,   "Make a bar touchable"},
+    {'A', 'D', {own},                 define_draw_area,     "New draw area"},
+    {'A', 'E', {p},                   set_touch_border,     "Border of new keys"},
     {'A', 'F', {p},                   select_touch_font,    "Font of key labels"},
-    {'A', 'G', {p},                   no_effect,            "Query radio group"},
-    {'A', 'H', {own},                 no_effect,            "New report area"},
-    {'A', 'I', {p},                   no_effect,            "Keys invert while held"},
-    {'A', 'J', {own},                 no_effect,            "New switch with a picture"},
-    {'A', 'K', {own},                 no_effect,            "New switch with a rectangle"},
-    {'A', 'L', {p, p},                no_effect,            "Remove by code"},
-    {'A', 'M', {own},                 no_effect,            "Define a touch menu"},
-    {'A', 'N', {p},                   no_effect,            "Invert by code"},
-    {'A', 'P', {p, p},                no_effect,            "Set switch by code"},
-    {'A', 'Q', {p},                   no_effect,            "Bar report mode"},
-    {'A', 'R', {p},                   no_effect,            "Radio group of following switches"},
-    {'A', 'S', {p},                   no_effect,            "Touch beep"},
-    {'A', 'T', {own},                 no_effect,            "New key with a rectangle"},
-    {'A', 'U', {own},                 no_effect,            "New key with a picture"},
-    {'A', 'V', {pt1, p},              no_effect,            "Remove at a point"},
-    {'A', 'W', {p},                   no_effect,            "Label rotation"},
-    {'A', 'X', {p},                   no_effect,            "Query switch"},
+    {'A', 'G', {p},                   query_radio_group,    "Query radio group"},
+    {'A', 'H', {own},                 define_report_area,   "New report area"},
+    {'A', 'I', {p},                   set_touch_invert,     "Keys invert while held"},
+    {'A', 'J', {own},                 define_picture_switch, "New switch with a picture"},
+    {'A', 'K', {own},                 define_switch,        "New switch with a rectangle"},
+    {'A', 'L', {p, p},                remove_by_code,       "Remove by code"},
+    {'A', 'M', {own},                 define_touch_menu,    "Define a touch menu"},
+    {'A', 'N', {p},                   invert_by_code,       "Invert by code"},
+    {'A', 'P', {p, p},                set_switches,         "Set switch by code"},
+    {'A', 'Q', {p},                   set_bar_report,       "Bar report mode"},
+    {'A', 'R', {p},                   set_switch_group,     "Radio group of following switches"},
+    {'A', 'S', {p},                   enable_touch_beep,    "Touch beep"},
+    {'A', 'T', {own},                 define_key,           "New key with a rectangle"},
+    {'A', 'U', {own},                 define_picture_key,   "New key with a picture"},
+    {'A', 'V', {pt1, p},              remove_at_point,      "Remove at a point"},
+    {'A', 'W', {p},                   set_label_rotation,   "Label rotation"},
+    {'A', 'X', {p},                   query_switch,         "Query switch"},
     {'A', 'Y', {p},                   set_touch_gap,        "Label line gap"},
-    {'A', 'Z', {zoom, zoom},          no_effect,            "Label zoom"},
+    {'A', 'Z', {zoom, zoom},          set_label_zoom,       "Label zoom"},
     // group B, bar graphs
-    {'B', 'A', {bar, p},              no_effect,            "Set value"},
-    {'B', 'D', {bar, p},              no_effect,            "Delete, bit 0 of p also erases"},
-    {'B', 'L', {bar, rect, p, p, p, p}, no_effect,          "Define, growing to the left"},
-    {'B', 'O', {bar, rect, p, p, p, p}, no_effect,          "Define, growing upward"},
-    {'B', 'R', {bar, rect, p, p, p, p}, no_effect,          "Define, growing to the right"},
-    {'B', 'U', {bar, rect, p, p, p, p}, no_effect,          "Define, growing downward"},
-    {'B', 'S', {bar},                 no_effect,            "Query value"},
-    {'B', 'Z', {bar},                 no_effect,            "Redraw"},
+    {'B', 'A', {bar, p},              set_bar_command,      "Set value"},
+    {'B', 'D', {bar, p},              delete_bar_command,   "Delete, bit 0 of p also erases"},
+    {'B', 'L', {bar, rect, p, p, p, p}, define_bar_left,    "Define, growing to the left"},
+    {'B', 'O', {bar, rect, p, p, p, p}, define_bar_up,      "Define, growing upward"},
+    {'B', 'R', {bar, rect, p, p, p, p}, define_bar_right,   "Define, growing to the right"},
+    {'B', 'U', {bar, rect, p, p, p, p}, define_bar_down,    "Define, growing downward"},
+    {'B', 'S', {bar},                 query_bar,            "Query value"},
+    {'B', 'Z', {bar},                 redraw_bar_command,   "Redraw"},
     // group C, screen store
     {'C', 'B', {},                    store_display,        "Whole display to the clipboard slot"},
     {'C', 'S', {rect},                store_rectangle,      "Rectangle to the clipboard slot"},
@@ -110,17 +113,17 @@ constexpr Command commands[]{
     {'M', 'Z', {p, p},                set_process_period,   "Time of a process macro"},
     {'M', 'S', {p},                   enable_process_macros, "Process macros on or off"},
     // group N, menu boxes
-    {'N', 'A', {},                    no_effect,            "Close the menu"},
-    {'N', 'D', {pt1, p, raw_text},    no_effect,            "Open a menu box"},
+    {'N', 'A', {},                    close_menu_command,   "Close the menu"},
+    {'N', 'D', {pt1, p, raw_text},    open_menu_box,        "Open a menu box"},
     {'N', 'F', {p},                   select_menu_font,     "Menu font"},
-    {'N', 'M', {p},                   no_effect,            "Close and start the macro of the selected row"},
-    {'N', 'N', {},                    no_effect,            "Next row"},
-    {'N', 'P', {},                    no_effect,            "Previous row"},
-    {'N', 'S', {},                    no_effect,            "Close and report the selection"},
-    {'N', 'T', {p},                   no_effect,            "Menu opening mode"},
-    {'N', 'W', {p},                   no_effect,            "Menu rotation"},
+    {'N', 'M', {p},                   start_menu_selection, "Close and start the macro of the selected row"},
+    {'N', 'N', {},                    next_menu_row,        "Next row"},
+    {'N', 'P', {},                    previous_menu_row,    "Previous row"},
+    {'N', 'S', {},                    send_menu_selection,  "Close and report the selection"},
+    {'N', 'T', {p},                   set_menu_opening,     "Menu opening mode"},
+    {'N', 'W', {p},                   set_menu_rotation,    "Menu rotation"},
     {'N', 'Y', {p},                   set_menu_gap,         "Menu line gap"},
-    {'N', 'Z', {zoom, zoom},          no_effect,            "Menu zoom"},
+    {'N', 'Z', {zoom, zoom},          set_menu_zoom,        "Menu zoom"},
     // group Q, flash plane
     {'Q', 'I', {rect},                flash_inverted,       "Flash plane from the main plane, inverted"},
     {'Q', 'L', {rect},                flash_same,           "Flash plane from the main plane"},

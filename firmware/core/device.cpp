@@ -4,9 +4,9 @@
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
 #include "firmware/core/requests.h"
+#include "firmware/core/tone.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/eeprom_command.h"
-#include "firmware/store/timers.h"
 #include "firmware/text/terminal.h"
 #include "host/host_calls.h"
 #include "host/platform/platform.h"
@@ -103,12 +103,6 @@ void send_version() {
     const std::string_view text = version_text;
     answer_head('V', low8(static_cast<std::int64_t>(text.size())));
     tx_pipe_put_text(text);
-}
-
-void start_beep(std::uint8_t n) {
-    if (n == 0) return;
-    beep();
-    beep_timer.store(n);
 }
 
 void beep_command() { start_beep(params[0]); }

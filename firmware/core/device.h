@@ -14,9 +14,6 @@ extern std::atomic<std::uint8_t> output_port;
 /// it, and so the panel, as it was.
 extern std::atomic<std::uint32_t> ports_shown;
 
-/// A tone, if n is not 0: also the touch panel's.
-void start_beep(std::uint8_t n);
-
 /// All eight lines := v for p & 15 = 0; else line (p - 1) & 7 by v & 3: off, on, inverted, left.
 void set_output_port(std::uint8_t p, std::uint8_t v);
 

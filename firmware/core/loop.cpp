@@ -8,6 +8,7 @@
 #include "firmware/store/macro.h"
 #include "firmware/store/timers.h"
 #include "firmware/text/terminal.h"
+#include "firmware/touch/tracking.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -38,6 +39,7 @@ void background_work() {
     if (macro_depth > 0) return;
     if (idle_passes < most_idle_passes) ++idle_passes;
     terminal_blink();
+    poll_touch();
     start_due_process();
     if (auto_macro_mode.load() != 0 && auto_macro_timer.load() == 0) run_auto_macro();
 }

@@ -15,6 +15,11 @@
 #include "firmware/text/font.h"
 #include "firmware/text/layout.h"
 #include "firmware/text/terminal.h"
+#include "firmware/touch/areas.h"
+#include "firmware/touch/bars.h"
+#include "firmware/touch/look.h"
+#include "firmware/touch/menu.h"
+#include "firmware/touch/tracking.h"
 #include "link/pipes.h"
 #include "link/port.h"
 
@@ -48,6 +53,11 @@ void power_on_defaults() {
     power_on_macros();
     power_on_timers();
     power_on_device();
+    power_on_menu();
+    power_on_areas();
+    power_on_tracking();
+    power_on_look();
+    power_on_bars();
     // Last, so that a request that comes in while the defaults are written has no further effect.
     restart_requested.store(false);
 }

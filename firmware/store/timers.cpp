@@ -5,6 +5,7 @@
 #include "firmware/core/read.h"
 #include "firmware/core/requests.h"
 #include "firmware/core/tick_counter.h"
+#include "firmware/core/tone.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/store/macro.h"
 #include "firmware/text/terminal.h"
@@ -16,7 +17,6 @@ namespace orvanel {
 constinit std::array<AutoMacroTimer, 4> process_macros{};
 constinit bool macro_processes_enabled = false;
 constinit std::atomic<std::uint8_t> auto_macro_timer{0};
-constinit std::atomic<std::uint8_t> beep_timer{0};
 
 namespace {
 

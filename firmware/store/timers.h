@@ -38,9 +38,6 @@ extern bool macro_processes_enabled;
 /// Ticks until the automatic macro runs, while auto_macro_mode (macro.h) is not 0.
 extern std::atomic<std::uint8_t> auto_macro_timer;
 
-/// Ticks of the running tone.
-extern std::atomic<std::uint8_t> beep_timer;
-
 /// Starts the automatic macro's next macro and steps its sequence.
 void run_auto_macro();
 

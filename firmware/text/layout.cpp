@@ -259,6 +259,13 @@ void draw_string(std::uint8_t align) {
     refresh_dirty();
 }
 
+void draw_unflashed_string(std::uint8_t align) {
+    const std::uint8_t held = string_flash;
+    string_flash = flash_none;
+    draw_string(align);
+    string_flash = held;
+}
+
 void draw_glyph(std::uint8_t code, const FontRef& font, const TextStyle& style) {
     draw_area.x2 = draw_area.x1;
     draw_area.y2 = draw_area.y1;

@@ -47,6 +47,9 @@ std::uint8_t layout_string(StringSource source, bool check_align);
 /// acts as 'L'), and refreshes. Leaves the last glyph's box in draw_area.
 void draw_string(std::uint8_t align);
 
+/// draw_string of a text that starts without a flash attribute, whatever string_flash says.
+void draw_unflashed_string(std::uint8_t align);
+
 /// Draws one character with its top left corner at x1, y1 of draw_area, on the selected planes,
 /// under flash_attr. Codes without a glyph leave x2, y2 at x1, y1. Refreshes nothing.
 void draw_glyph(std::uint8_t code, const FontRef& font, const TextStyle& style);

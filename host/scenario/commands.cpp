@@ -2,14 +2,17 @@
 
 #include "firmware/core/backlight.h"
 #include "firmware/core/device.h"
+#include "firmware/core/draw_area.h"
 #include "firmware/core/requests.h"
 #include "firmware/store/macro.h"
+#include "firmware/touch/areas.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/expectations.h"
 #include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
+#include "host/window_input.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
 
@@ -80,6 +83,15 @@ void feed(const Arguments& a) {
     start_feed_file('"' + a.path + '"');
 }
 
+void touch(const Arguments& a) { press_glass({static_cast<int>(a.x), static_cast<int>(a.y)}); }
+
+void lift(const Arguments& /*a*/) { release_glass(); }
+
+void print_area_at(const Arguments& a) {
+    const bool hand = touch_area_at(static_cast<int>(a.x), static_cast<int>(a.y));
+    print_line(hand ? "area-at 1" : "area-at 0");
+}
+
 void reset(const Arguments& a) { request_restart(static_cast<std::uint8_t>(a.number)); }
 
 void wait_ms(const Arguments& a) { wait_for_time(a.number); }
@@ -118,6 +130,7 @@ constexpr Argument picture{Take::picture, 0, 0, required};
 constexpr Argument shown{Take::shown, 0, 0, required};
 constexpr Argument ms{Take::number, 0, longest_wait_ms, required};
 constexpr Argument ms_or_60000{Take::number, 0, longest_wait_ms, settle_ms};
+constexpr Argument dot{Take::dot, 0, 0, required};
 constexpr Argument within{Take::within, 0, longest_wait_ms, await_ms};
 
 constexpr Argument number(std::int64_t most) { return {Take::number, 0, most, required}; }
@@ -137,8 +150,8 @@ constexpr ScenarioCommand commands[]{
     {"line-answers",   ""},
     {"cts",            "0 or 1"},
     {"rts",            ""},
-    {"touch",          "X Y"},
-    {"lift",           ""},
+    {"touch",          "X Y",                              {dot},                    touch},
+    {"lift",           "",                                 {},                       lift},
     {"mouse-down",     "PX PY"},
     {"mouse-move",     "PX PY"},
     {"mouse-up",       "PX PY"},
@@ -163,7 +176,7 @@ constexpr ScenarioCommand commands[]{
     {"ports",          "",                                {},                      print_ports},
     {"backlight",      "",                                {},                      print_backlight},
     {"title",          ""},
-    {"area-at",        "X Y"},
+    {"area-at",        "X Y",                              {dot},                    print_area_at},
     {"link",           ""},
     {"baud",           ""},
     {"line-absent",    "0 or 1"},
@@ -228,6 +241,10 @@ std::string take_argument(std::string_view& rest, const Argument& a, Arguments& 
         into.number = a.otherwise;
         if (a.otherwise >= 0 && trimmed(rest).empty()) return {};
         return take_number(rest, a.least, a.most, into.number);
+    case Take::dot: {
+        std::string fault = take_number(rest, 0, last_x, into.x);
+        return fault.empty() ? take_number(rest, 0, last_y, into.y) : fault;
+    }
     case Take::within:
         return take_within(rest, a, into);
     }

@@ -21,6 +21,7 @@ enum class Take : std::uint8_t {
     picture,  // a path that ends in .png or .pbm
     shown,    // `main`, `flash` or nothing
     number,   // least..most; `otherwise` if it is left out, where that isn't below 0
+    dot,      // X and Y of a dot on the glass
     within,   // `within MS` or nothing, then `otherwise`
 };
 
@@ -38,6 +39,7 @@ struct Arguments {
     std::string path;  // resolved against the folder of the scenario
     Shown shown;
     std::int64_t number;
+    std::int64_t x, y;
     std::int64_t within_ms;
 };
 

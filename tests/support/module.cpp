@@ -6,6 +6,10 @@
 #include "firmware/store/eeprom.h"
 #include "firmware/text/font.h"
 #include "firmware/text/terminal.h"
+#include "firmware/touch/areas.h"
+#include "firmware/touch/bars.h"
+#include "firmware/touch/keys.h"
+#include "firmware/touch/tracking.h"
 #include "link/pipes.h"
 #include "tests/support/fake_platform.h"
 
@@ -21,6 +25,10 @@ void fresh_module() {
     terminal = {};
     string_font = touch_font = menu_font = terminal_font = {};
     std::ranges::fill(store_slots, ScreenStore{});
+    lift_finger();
+    cur_area = 0;
+    switch_group = 0;
+    bar_slots = {};
     eeprom_reset_to(eeprom_small, {});
 }
 

@@ -6,12 +6,14 @@
 #include "host/platform/platform.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/wake.h"
+#include "host/window_input.h"
 #include "host/window_timer.h"
 #include "link/feeds.h"
 
 #include <QApplication>
 #include <QImage>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QSocketNotifier>
@@ -39,6 +41,9 @@ QString to_qt(std::string_view text) {
 class Glass final : public QWidget {
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 };
 
 constinit Glass* glass = nullptr;
@@ -58,6 +63,21 @@ void Glass::paintEvent(QPaintEvent* event) {
                                inside.top() + inside.height()});
         painter.drawImage(inside, picture, inside);
     }
+}
+
+void Glass::mousePressEvent(QMouseEvent* event) {
+    const QPoint at = event->position().toPoint();
+    if (event->button() == Qt::LeftButton) mouse_down(at.x(), at.y());
+}
+
+void Glass::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint at = event->position().toPoint();
+    mouse_move(at.x(), at.y(), event->buttons().testFlag(Qt::LeftButton));
+}
+
+void Glass::mouseReleaseEvent(QMouseEvent* event) {
+    const QPoint at = event->position().toPoint();
+    if (event->button() == Qt::LeftButton) mouse_up(at.x(), at.y());
 }
 
 void make_glass() {
