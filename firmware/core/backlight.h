@@ -13,7 +13,7 @@ extern std::atomic<std::uint8_t> backlight_brightness;
 
 /// Where the fade runs to: `target` in percent, 0 while the light is off, and `off_timer`, the
 /// ticks until it goes off, 0 for no limit. The commands set them, the tick ends them: one word.
-struct BacklightGoal {
+struct alignas(2) BacklightGoal {  // its size: clang's atomics need that to work inline
     std::uint8_t target, off_timer;
 };
 extern std::atomic<BacklightGoal> backlight_goal;
@@ -21,7 +21,7 @@ extern std::atomic<BacklightGoal> backlight_goal;
 /// Where the fade has come: `current` in percent, and `level`, what the colour model shows: 0 dark,
 /// 1 full, else percent. A fade up to 1 percent shows as full. Commands, reset and fade set them:
 /// one word.
-struct BacklightLight {
+struct alignas(2) BacklightLight {
     std::uint8_t current, level;
 };
 extern std::atomic<BacklightLight> backlight_light;

@@ -17,12 +17,12 @@
 namespace orvanel {
 
 enum class AreaType : std::uint8_t {
-    none,     // an empty row
-    key,      // `state`: bit 0 held down; 2 or 3 with a picture of two images
-    switch_,  // `state`: bit 0 on; 2 or 3 with a picture of two images
-    bar,      // `state`: the bar's slot, 0..31
-    draw,     // `state`: pen size in dots
-    opener,   // `state`: the menu's slot, 0..7, or no_menu_slot
+    none,    // an empty row
+    key,     // `state`: bit 0 held down; 2 or 3 with a picture of two images
+    toggle,  // a switch. `state`: bit 0 on; 2 or 3 with a picture of two images
+    bar,     // `state`: the bar's slot, 0..31
+    draw,    // `state`: pen size in dots
+    opener,  // `state`: the menu's slot, 0..7, or no_menu_slot
     list,
     report,
 };

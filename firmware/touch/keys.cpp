@@ -51,7 +51,7 @@ void define(AreaType type, Shape shape) {
     area.type = type;
     area.down_code = read_param();
     area.up_code = read_param();
-    if (type == AreaType::switch_) area.group = switch_group;
+    if (type == AreaType::toggle) area.group = switch_group;
     if (shape == Shape::rectangle) area.frame = draw_border(touch_border, link_replace);
     draw_key_label(area, StringSource::stream);
     dirty_area = rectangle_of(area);
@@ -74,7 +74,7 @@ void set_on(TouchArea& area, bool on) { area.state = low8((area.state & ~1) | (o
 void clear_radio_group(std::uint8_t group, int spare) {
     for (int i = area_count - 1; i >= 0; --i) {
         TouchArea& area = touch_area(i);
-        if (i == spare || area.type != AreaType::switch_ || area.group != group || !is_on(area))
+        if (i == spare || area.type != AreaType::toggle || area.group != group || !is_on(area))
             continue;
         set_on(area, false);
         invert_touch_area(i);
@@ -102,8 +102,8 @@ std::uint8_t press_switch(int index) {
 
 void define_key() { define(AreaType::key, Shape::rectangle); }
 void define_picture_key() { define(AreaType::key, Shape::picture); }
-void define_switch() { define(AreaType::switch_, Shape::rectangle); }
-void define_picture_switch() { define(AreaType::switch_, Shape::picture); }
+void define_switch() { define(AreaType::toggle, Shape::rectangle); }
+void define_picture_switch() { define(AreaType::toggle, Shape::picture); }
 
 void define_draw_area() {
     TouchArea& area = define_bare(AreaType::draw);
@@ -121,7 +121,7 @@ void query_radio_group() {
     std::uint8_t code = 0;
     for (int i = 0; i < area_count && group != 0; ++i) {
         const TouchArea& area = touch_area(i);
-        if (area.type == AreaType::switch_ && area.group == group && is_on(area))
+        if (area.type == AreaType::toggle && area.group == group && is_on(area))
             code = area.down_code;
     }
     answer_packet('G', std::array{group, code});
@@ -133,7 +133,7 @@ void query_switch() {
     for (int i = 0; i < area_count; ++i) {
         const TouchArea& area = touch_area(i);
         // The last row that has the code is the one asked for.
-        if (area.type == AreaType::switch_ && has_code(area, code)) on = area.state & 1;
+        if (area.type == AreaType::toggle && has_code(area, code)) on = area.state & 1;
     }
     answer_packet('X', std::array{code, on});
 }
@@ -143,7 +143,7 @@ void set_switches() {
     const bool on = (params[1] & 1) != 0;
     for (int i = area_count - 1; i >= 0; --i) {
         TouchArea& area = touch_area(i);
-        if (area.type != AreaType::switch_ || !has_code(area, code) || is_on(area) == on) continue;
+        if (area.type != AreaType::toggle || !has_code(area, code) || is_on(area) == on) continue;
         set_on(area, on);
         invert_touch_area(i);
         // Also when it goes off.

@@ -18,7 +18,7 @@ constinit bool touch_invert = false;
 namespace {
 
 bool has_two_images(const TouchArea& area) {
-    return (area.type == AreaType::key || area.type == AreaType::switch_) && area.state > 1;
+    return (area.type == AreaType::key || area.type == AreaType::toggle) && area.state > 1;
 }
 
 }  // namespace

@@ -215,7 +215,7 @@ void handle_touch_event() {
         return;
     case AreaType::key:
         return key_event();
-    case AreaType::switch_:
+    case AreaType::toggle:
         return switch_event();
     case AreaType::bar:
         return bar_event();

@@ -164,7 +164,7 @@ TEST_F(ScenarioProgram, a_wrong_line_ends_the_run_and_says_why) {
                                "[main or flash]"},
           Case{"screen no/a.png", "can't write no/a.png: No such file or directory"},
           Case{"feed nothing", "nothing: no such file"}, Case{"feed .", ".: not a plain file"},
-          Case{"touch 1 2", "'touch' is not available in this version"},
+          Case{"mouse-down 1 2", "'mouse-down' is not available in this version"},
           Case{"scenario 2", "version 2 of the scenario language is unknown; this is version 1"},
           Case{"wait 0\nscenario 1", "'scenario' is only for the first line"},
           Case{std::string("send \"a\0\"", 9), "there is a NUL byte in the line"},

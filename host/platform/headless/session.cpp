@@ -20,7 +20,7 @@
 namespace orvanel {
 
 constinit bool real_time = false;
-constinit std::string_view image_save_path{};
+std::string image_save_path;
 constinit std::int64_t next_fade_us = never;
 
 namespace {
@@ -30,7 +30,7 @@ constinit int end_fd = -1;
 /// The image as it stood when the firmware was told to end.
 void save_programmed_image() {
     if (image_save_path.empty() || eeprom_state != EepromState::programmed) return;
-    const std::string fault = save_image(std::string(image_save_path), Backup::none);
+    const std::string fault = save_image(image_save_path, Backup::none);
     if (fault.empty()) return;
     open_message_box("Error: HD Orvanel42 simulator", fault);
     report_fault(wrong_line, fault);

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace orvanel {
 
@@ -12,8 +11,8 @@ namespace orvanel {
 extern bool real_time;
 
 /// The file that the EEPROM image goes to at the end, if it was programmed; empty for none. Set
-/// before run_session, by whoever keeps the text alive.
-extern std::string_view image_save_path;
+/// before run_session.
+extern std::string image_save_path;
 
 /// When the next step of the backlight's fade is due, in the time of clock_us; `never` (waits.h)
 /// while it doesn't run.
