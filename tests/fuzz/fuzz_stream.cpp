@@ -4,8 +4,8 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/timers.h"
-#include "tests/fuzz/font_image.h"
 #include "tests/support/fake_platform.h"
+#include "tests/support/font_image.h"
 #include "tests/support/module.h"
 
 #include <cstddef>

@@ -12,8 +12,8 @@
 #include "firmware/touch/menu.h"
 #include "firmware/touch/tracking.h"
 #include "link/pipes.h"
-#include "tests/fuzz/font_image.h"
 #include "tests/support/fake_platform.h"
+#include "tests/support/font_image.h"
 #include "tests/support/module.h"
 
 #include <algorithm>

@@ -1,0 +1,175 @@
+#include "firmware/core/loop.h"
+#include "firmware/core/requests.h"
+#include "firmware/raster/planes.h"
+#include "firmware/store/eeprom.h"
+#include "firmware/touch/areas.h"
+#include "firmware/touch/bars.h"
+#include "firmware/touch/menu.h"
+#include "firmware/touch/tracking.h"
+#include "link/pipes.h"
+#include "tests/support/fake_platform.h"
+#include "tests/support/font_image.h"
+#include "tests/support/module.h"
+#include "tests/support/stream.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <string>
+
+namespace orvanel {
+namespace {
+
+using Step = std::function<void()>;
+
+Step send(std::string text) {
+    return [text = std::move(text)] {
+        rx_pipe_put_block(std::vector<std::uint8_t>{text.begin(), text.end()});
+    };
+}
+Step touch(int x, int y) {
+    return [x, y] { put_finger(x, y); };
+}
+const Step lift = lift_finger;
+
+/// One step whenever the module idles; its answers come back as text, with a number below 32 or
+/// above 126 as <n> and ESC as a blank.
+std::string run(const std::vector<Step>& steps) {
+    std::size_t next = 0;
+    shutdown_requested = false;
+    fake_platform.on_sleep = [&] {
+        if (rx_count() > 0) return;
+        if (next == steps.size())
+            shutdown_requested = true;
+        else
+            steps[next++]();
+    };
+    run_firmware();
+    fake_platform.on_sleep = nullptr;
+    shutdown_requested = false;
+    std::string said;
+    for (const std::uint8_t byte : take_answers()) {
+        if (byte == 0x1B)
+            said += ' ';
+        else if (byte < 32 || byte > 126)
+            said += '<' + std::to_string(byte) + '>';
+        else
+            said += static_cast<char>(byte);
+    }
+    return said;
+}
+
+class Touch : public testing::Test {
+  protected:
+    void SetUp() override {
+        fresh_module();
+        eeprom_reset_to(eeprom_small, image_with_font());
+    }
+};
+
+TEST_F(Touch, the_eighty_first_area_takes_the_place_of_the_last) {
+    std::string areas;
+    for (int n = 0; n < 79; ++n)
+        areas += "#AH" + std::to_string(n) + ",0,200,20,";
+    // The opener is the 80th row; its own list overwrites it, and no code is left to fire.
+    EXPECT_EQ(run({send(areas + "#AM0,50,50,80,1,2,10,go|a|b\r"), touch(20, 60)}), "");
+    EXPECT_EQ(area_count, 80);
+    EXPECT_EQ(touch_area(79).type, AreaType::list);
+    EXPECT_EQ(menu_opener, no_opener);
+    EXPECT_EQ(run({send(areas + "#AH0,100,20,120,"), send("#AT0,60,40,90,65,66,k\r"),
+                   touch(10, 110), lift, touch(10, 70), lift}),
+              " A<1>A A<1>B");
+    EXPECT_EQ(area_count, 80);
+}
+
+TEST_F(Touch, a_removal_below_the_finger_moves_what_names_a_row) {
+    // Key 1 vanishes, key 3 moves into its row, and the finger on it is still on it.
+    EXPECT_EQ(run({send("#AT0,0,20,20,49,50,a\r#AT30,0,50,20,51,52,b\r#AT60,0,80,20,53,54,c\r"),
+                   touch(70, 10), send("#AL49,0,"), lift}),
+              " A<1>5 A<1>6");
+    // The finger's own key vanishes while another moves: no code, and its release is swallowed.
+    EXPECT_EQ(run({send("#AT0,0,20,20,49,50,a\r#AT30,0,50,20,51,52,b\r"), touch(10, 10),
+                   send("#AL49,0,"), lift, touch(40, 10), lift}),
+              " A<1>1 A<1>3 A<1>4");
+    EXPECT_EQ(area_count, 1);
+}
+
+TEST_F(Touch, the_row_that_fills_a_hole_is_not_looked_at) {
+    // Rows 49 x x x: the first goes, the last fills its place, the middle goes, one stays.
+    run({send(
+        "#AH0,0,0,0,#AT0,0,20,20,49,0,a\r#AT0,0,20,20,49,0,b\r#AT0,0,20,20,49,0,c\r#AL49,0,")});
+    EXPECT_EQ(area_count, 2);
+    EXPECT_EQ(touch_area(1).down_code, 49);
+    run({send("#AT0,0,20,20,49,0,a\r#AH5,5,9,9,#AL0,1,")});
+    EXPECT_EQ(area_count, 0);
+}
+
+TEST_F(Touch, a_key_that_a_list_silences_stays_held) {
+    const std::string area = "#AE0,#AM100,0,140,20,0,0,10,go|a|b\r#AT0,0,20,20,0,50,\r#NT0,";
+    EXPECT_EQ(run({send(area), touch(120, 10), lift, touch(10, 10), send("#NT2,"), lift}), " T<0>");
+    EXPECT_EQ(open_menu_slot, 0);
+    EXPECT_EQ(touch_area(1).state, 1);
+    EXPECT_EQ(main_plane()[0], 0xFF);  // still inverted
+}
+
+TEST_F(Touch, menus_end_where_their_slots_or_texts_do) {
+    std::string nine;
+    for (int n = 0; n < 9; ++n)
+        nine += "#AM" + std::to_string(n * 25) + ",0," + std::to_string(n * 25 + 20) + ",20,48," +
+                std::to_string(n + 49) + ",10,go|x|y\r";
+    // The ninth finds no slot and defines nothing; with one freed there is room again.
+    run({send(nine)});
+    EXPECT_EQ(area_count, 8);
+    run({send(nine + "#AL50,0,#AM0,50,40,70,48,65,10,go|x\r")});
+    EXPECT_EQ(area_count, 8);
+    // A text without rows opens nothing and asks for nothing; its codes go out all the same.
+    EXPECT_EQ(run({send("#NT0,#AM0,0,40,20,65,66,10,go\r"), touch(10, 10)}), " A<1>A");
+    EXPECT_EQ(menu_items, 0);
+    // 300 rows behind a label are cut at the buffer's end, and no other menu's text is read.
+    EXPECT_EQ(run({send("#AM0,0,40,20,65,66,48,go|" + std::string(400, '|') +
+                        "\r#AM60,0,100,20,67,68,10,go|x\r"),
+                   touch(10, 10), lift, touch(80, 10), touch(70, 24), lift}),
+              " A<1>A A<1>B A<1>C N<1><10>");
+}
+
+TEST_F(Touch, a_waiting_request_is_dropped_with_its_opener) {
+    const std::string opener = "#NT0,#AM0,0,40,20,0,0,10,go|a|b\r";
+    EXPECT_EQ(run({send(opener), touch(10, 10), send("#AL0,0,#AH0,0,9,9,#NT2,")}), " T<0>");
+    EXPECT_EQ(menu_items, 0);
+    EXPECT_EQ(run({send(opener), touch(10, 10), send("#NT2,")}), " T<0>");
+    EXPECT_EQ(menu_items, 2);
+}
+
+TEST_F(Touch, the_touched_bar_snaps_to_the_nearest_value) {
+    struct Case {
+        const char* bar;
+        int x, y;
+        const char* said;
+    };
+    for (const auto& [bar, x, y, said] : {
+             Case{"#BR1,0,0,99,20,0,10,0,1,", 14, 5, " B<2><1><1>"},
+             Case{"#BR1,0,0,99,20,0,10,0,1,", 16, 5, " B<2><1><2>"},
+             Case{"#BL1,0,0,99,20,40,50,0,1,", 85, 5, " B<2><1>)"},
+             Case{"#BO1,0,0,20,99,40,50,1,1,", 5, 50, " B<2><1>-"},
+             Case{"#BU1,0,0,20,99,40,50,3,0,", 5, 98, " B<2><1>2"},
+             // All 256 values, and pointers that leave no way to go.
+             Case{"#BR1,0,0,239,20,0,255,0,1,", 238, 5, " B<2><1><252>"},
+             Case{"#BR1,0,0,2,20,40,50,3,1,", 1, 5, " B<2><1>("},
+             Case{"#BR1,0,0,3,20,40,41,2,3,", 2, 5, " B<2><1>)"},
+         }) {
+        EXPECT_EQ(run({send(std::string("#AL0,0,") + bar + "#AB1,"), touch(x, y), lift}), said)
+            << bar;
+    }
+}
+
+TEST_F(Touch, areas_outlive_neither_a_reset_nor_their_bar) {
+    EXPECT_EQ(run({send("#BR1,0,0,99,20,0,10,0,1,#AB1,#AH0,50,9,59,#AB1,#BD1,0,")}), "");
+    EXPECT_EQ(area_count, 2);  // the second area of the bar fills the hole of the first
+    EXPECT_EQ(run({send("#AH0,0,20,20,"), [] { request_restart(0); }, touch(5, 5), lift}), "");
+    EXPECT_EQ(area_count, 0);
+    EXPECT_FALSE(touch_area_at(5, 5));
+}
+
+}  // namespace
+}  // namespace orvanel
