@@ -40,11 +40,14 @@ std::int64_t clock_ms();
 // The serial line. A line is the number of an open device, above 0; 0 is none. A line is opened by
 // the main thread and from then on used by link_thread alone, which closes it. Nothing here waits,
 // but for wait_for_line. A device without modem lines counts as CTS on; one that has vanished gives
-// a fault on each operation until it is back, and then goes on by itself.
+// a fault on each operation until it is back, and then goes on by itself, with the speed and the
+// RTS set last. What stands for a wire without being one, such as a pseudo terminal, has no faults:
+// while nobody is at its other end nothing comes and what goes out is lost.
 
 /// Opens what stands behind COM `port` (1..8), for this program alone: 8 data bits, no parity, 1
 /// stop bit, RTS/CTS handshake, queues of 16384 bytes in and 8192 out, DTR on, then RTS on. 0 on
-/// failure.
+/// failure. A port that was given up may be opened again before link_thread has closed its line;
+/// the new line then is another one, and the former is only to be closed.
 int serial_open(int port, std::int32_t baud);
 
 /// Gives the device back at once; what it still holds is lost.
@@ -53,14 +56,15 @@ void serial_close(int line);
 /// False on a fault.
 bool serial_set_baud(int line, std::int32_t baud);
 
-/// RTS by hand. Without modem lines it does nothing.
+/// RTS by hand. Without modem lines nothing is taken from the device while it is off, and the
+/// queue in counts as empty, so that the peer has to wait once the device is full.
 void serial_set_rts(int line, bool on);
 
 /// 0 CTS is on, 1 it is off, below 0 on a fault.
 int serial_cts(int line);
 
 /// Bytes that wait to be read and to leave; below 0 on a fault or after a line error, which this
-/// call clears.
+/// call clears. More may wait than the device tells of at once.
 int serial_queued_in(int line);
 int serial_queued_out(int line);
 

@@ -4,6 +4,7 @@
 #include "firmware/core/requests.h"
 #include "host/main_requests.h"
 #include "host/painter.h"
+#include "host/platform/shared/serial_line.h"
 #include "host/platform/shared/wake.h"
 #include "link/feeds.h"
 
@@ -31,10 +32,11 @@ bool open_real_time() {
     firmware_woken.store(false);
     input_wake = open_wake();
     stop_wake = open_wake();
-    return input_wake >= 0 && stop_wake >= 0;
+    return open_serial() && input_wake >= 0 && stop_wake >= 0;
 }
 
 void close_real_time() {
+    close_serial();
     close_wake(input_wake);
     close_wake(stop_wake);
 }
