@@ -84,6 +84,12 @@ std::uint8_t take(std::span<const std::uint8_t>& steps) {
     return byte;
 }
 
+/// Small numbers for codes, slots and flags, and a grid of places: so that commands meet the same
+/// areas again.
+std::uint8_t parameter(std::uint8_t byte) {
+    return byte < 0x80 ? byte % 8 : static_cast<std::uint8_t>((byte & 0x7C) * 2);
+}
+
 /// Kinds of steps by their first byte; the rest of the values are commands.
 void take_step(std::span<const std::uint8_t>& steps) {
     const std::uint8_t kind = take(steps);
@@ -102,7 +108,10 @@ void take_step(std::span<const std::uint8_t>& steps) {
         const auto group = static_cast<std::uint8_t>(groups[letters % groups.size()]);
         const auto op = static_cast<std::uint8_t>('A' + take(steps) % 26);
         rx_pipe_put_block(std::vector<std::uint8_t>{0x1B, group, op});
-        rx_pipe_put_block(steps.first(std::min(count, steps.size())));
+        std::vector<std::uint8_t> params;
+        for (const std::uint8_t byte : steps.first(std::min(count, steps.size())))
+            params.push_back(parameter(byte));
+        rx_pipe_put_block(params);
         steps = steps.subspan(std::min(count, steps.size()));
         rx_pipe_put_block(std::vector<std::uint8_t>{0});
     }
