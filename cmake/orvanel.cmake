@@ -50,10 +50,13 @@ function(orvanel_program name)
 endfunction()
 
 # orvanel_test(NAME SOURCES file... USES target... [LABELS label...]): a GoogleTest program; each test
-# in it is a ctest case. The label `threads` is for what the thread sanitizer has to see. USES names the layer under test alone, so a call in the wrong direction doesn't link.
+# in it is a ctest case. The label `threads` is for what the thread sanitizer has to see. USES names the
+# layer under test alone, so a call in the wrong direction doesn't link. The lowest layer calls down
+# to the platform, which stands beside it here, and so the two are searched together.
 function(orvanel_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;USES;LABELS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE orvanel_options ${arg_USES} orvanel_test_support GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE orvanel_options ${arg_USES}
+        "$<LINK_GROUP:RESCAN,orvanel_pipes,orvanel_test_support>" GTest::gtest_main)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "${arg_LABELS}")
 endfunction()

@@ -2,12 +2,11 @@
 
 #include "host/host_calls.h"
 #include "host/platform/platform.h"
+#include "host/settings.h"
 
 #include <atomic>
 
 namespace orvanel {
-
-constinit int view_zoom = 1;
 
 namespace {
 

@@ -8,9 +8,6 @@
 
 namespace orvanel {
 
-/// Window pixels for each dot of the glass, 1 or more. Main thread only.
-extern int view_zoom;
-
 /// Says that the main thread paints from now on. The painter is sealed until then. Main thread,
 /// before firmware_thread starts.
 void open_painter();

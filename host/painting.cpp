@@ -1,7 +1,7 @@
 #include "host/painting.h"
 
 #include "firmware/raster/refresh.h"
-#include "host/painter.h"
+#include "host/settings.h"
 
 #include <algorithm>
 #include <array>

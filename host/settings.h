@@ -1,12 +1,73 @@
-// settings.h: what the user has chosen and the module asks about.
+// settings.h: what the user has chosen: the keys of simulator.ini, their defaults and their ranges.
+// Each key has one word. Those that a lower layer reads stand there: com_baud, protocol_on and
+// configured_address in link/port.h, eeprom_size in firmware/store/eeprom.h. The rest stand here
+// and belong to the main thread, unless they are atomic. The page for users is docs/settings.md.
 
 #pragma once
 
+#include <array>
 #include <atomic>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace orvanel {
 
-/// The touch beep is heard. Start value: off.
+/// The port to open at start, 1..8, 0 for none. What is saved is com_port, the one that is open.
+extern int com_setting;
+
+/// The touch beep is heard.
 extern std::atomic<bool> beep_on;
+
+/// The upper left corner of the window with its frame, in pixels of the screen.
+extern int window_x;
+extern int window_y;
+
+/// Window pixels for each dot of the skin, 1..3.
+extern int view_zoom;
+
+/// The panel of the output ports: open at start, and its upper left corner.
+extern bool ports_visible;
+extern int ports_x;
+extern int ports_y;
+
+extern bool view_rotated;   // the module stands upright, turned by 90 degrees
+extern bool show_frame;     // a normal window, else one cut to the module's outline
+extern bool always_on_top;  // the window stays above others
+
+/// The model of the module: 0..2 fixed ones, custom_model one by the user's own choice of
+/// lcd_type (0..2), lcd_polarizer (0..1) and lcd_backlight (0..5).
+constexpr int custom_model = 3;
+extern int skin_model;
+extern int lcd_type;
+extern int lcd_polarizer;
+extern int lcd_backlight;
+
+/// The upper left corner of the dialog for the custom model.
+extern int custom_dialog_x;
+extern int custom_dialog_y;
+
+/// What stands behind COM1 to COM8, as the user named it (docs/settings.md): not yet checked, and
+/// empty where a name was left out behind the key. Never saved.
+constexpr int most_ports = 8;
+extern std::array<std::string, most_ports> port_devices;
+
+/// Sets all words from the text of simulator.ini; a key that isn't there gives its default. The
+/// links that its section [Ports] names are taken from `folder`. Before the firmware runs.
+void take_settings(std::string_view ini, const std::string& folder);
+
+/// Puts the settings into the text of simulator.ini, as they stand now. Those that are edited by
+/// hand only, and all else in the text, stay as the user wrote them.
+void put_settings(std::string& ini);
+
+/// `KEY=VALUE` as it would be saved, none if no key has that name, whatever the case of its
+/// letters.
+std::optional<std::string> setting_line(std::string_view key);
+
+/// All keys in their order, with commas between them.
+std::string setting_keys();
+
+/// Sets lcd_type, lcd_polarizer and lcd_backlight to those of the model, if it is a fixed one.
+void model_apply();
 
 }  // namespace orvanel

@@ -19,12 +19,17 @@ int count_of(const BytePipe& pipe) {
     return static_cast<int>(std::min<std::uint64_t>(head - tail, pipe_size));
 }
 
-void put_block(BytePipe& pipe, std::span<const std::uint8_t> data) {
+/// What becomes of a block that doesn't fit.
+enum class Excess : std::uint8_t { drop_rest, drop_all };
+
+/// The bytes that went in. The room is looked at and filled in one turn.
+std::size_t put_block(BytePipe& pipe, std::span<const std::uint8_t> data, Excess excess) {
     while (pipe.turn.test_and_set(std::memory_order_acquire))
         pipe.turn.wait(true);
     const std::uint64_t head = pipe.head.load(std::memory_order_relaxed);
     const auto room = static_cast<std::size_t>(pipe_size - count_of(pipe));
-    const std::size_t n = std::min(data.size(), room);
+    const std::size_t most = excess == Excess::drop_all && data.size() > room ? 0 : room;
+    const std::size_t n = std::min(data.size(), most);
     auto place = static_cast<std::size_t>(head % pipe_size);
     for (const std::uint8_t byte : data.first(n)) {
         pipe.buffer[place].store(byte, std::memory_order_relaxed);
@@ -33,6 +38,7 @@ void put_block(BytePipe& pipe, std::span<const std::uint8_t> data) {
     pipe.head.store(head + n, std::memory_order_release);
     pipe.turn.clear(std::memory_order_release);
     pipe.turn.notify_one();
+    return n;
 }
 
 int get(BytePipe& pipe) {
@@ -58,8 +64,14 @@ int rx_count() { return count_of(rx_pipe); }
 int tx_count() { return count_of(tx_pipe); }
 
 void rx_pipe_put_block(std::span<const std::uint8_t> data) {
-    put_block(rx_pipe, data);
+    put_block(rx_pipe, data, Excess::drop_rest);
     wake_firmware();
+}
+
+bool rx_pipe_put_whole(std::span<const std::uint8_t> data) {
+    const bool fits = put_block(rx_pipe, data, Excess::drop_all) == data.size();
+    wake_firmware();
+    return fits;
 }
 
 int rx_pipe_get() {
@@ -68,9 +80,13 @@ int rx_pipe_get() {
     return byte;
 }
 
-void tx_pipe_put(std::uint8_t byte) { put_block(tx_pipe, {&byte, 1}); }
+void tx_pipe_put(std::uint8_t byte) { tx_pipe_put_block({&byte, 1}); }
 
-void tx_pipe_put_block(std::span<const std::uint8_t> data) { put_block(tx_pipe, data); }
+void tx_pipe_put_block(std::span<const std::uint8_t> data) {
+    put_block(tx_pipe, data, Excess::drop_rest);
+    // In frames an answer waits until the peer asks for it.
+    if (com_port.load() > 0 && !protocol_on.load()) wake_link();
+}
 
 void tx_pipe_put_text(std::string_view text) {
     for (const char c : text)

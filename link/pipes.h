@@ -38,9 +38,13 @@ int tx_count();
 /// What doesn't fit is dropped.
 void rx_pipe_put_block(std::span<const std::uint8_t> data);
 
+/// As rx_pipe_put_block, but where not all of it fits nothing goes in. True if it went in.
+[[nodiscard]] bool rx_pipe_put_whole(std::span<const std::uint8_t> data);
+
 /// The next byte, 0..255, or -1 if the pipe is empty. Below the low mark it turns RTS on.
 int rx_pipe_get();
 
+/// Append, and wake link_thread if it sends answers unasked. What doesn't fit is dropped.
 void tx_pipe_put(std::uint8_t byte);
 void tx_pipe_put_block(std::span<const std::uint8_t> data);
 void tx_pipe_put_text(std::string_view text);

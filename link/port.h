@@ -1,5 +1,6 @@
-// port.h: what the firmware asks of the serial line. The open port belongs to link_thread; the
-// words below are left for it.
+// port.h: the words by which the other threads and the serial line speak to each other. The open
+// port belongs to link_thread; it finds here what is asked of it and tells here how it goes.
+// Whoever changes what is asked wakes it.
 
 #pragma once
 
@@ -7,6 +8,9 @@
 #include <cstdint>
 
 namespace orvanel {
+
+/// The chosen port: 1..8 for COM1 to COM8, 0 for none, -1 until the settings are applied.
+extern std::atomic<std::int32_t> com_port;
 
 /// The configured speed in bits a second, the one that a reset brings back. Start value 9600.
 extern std::atomic<std::int32_t> com_baud;
@@ -17,6 +21,9 @@ extern std::atomic<std::int32_t> line_baud;
 /// Whether RTS is to be on; acted on when it differs from what was last set.
 extern std::atomic<bool> rts_wanted;
 
+/// The line speaks Pactlink; else plain bytes. Whoever changes it calls wake_link.
+extern std::atomic<bool> protocol_on;
+
 /// Sets the line's speed now; com_baud stays.
 void com_set_baud(std::int32_t baud);
 
@@ -26,9 +33,43 @@ void com_rts_off();
 /// This module's address on the line, 0..255, and whether it is selected.
 extern std::atomic<std::uint8_t> configured_address;
 extern std::atomic<std::uint8_t> module_address;
-extern std::atomic<std::uint8_t> module_selected;
+extern std::atomic<bool> module_selected;
 
-/// Power-on: the configured address; address 7 is selected from the start.
+/// How far a frame has come in.
+enum class FrameState : std::uint8_t {
+    start = 1,     // waiting for a start byte
+    length = 2,    // waiting for the length
+    payload = 3,   // in the payload
+    sum = 4,       // waiting for the checksum
+    complete = 16  // all there, and about to be handled
+};
+
+/// State and time limit of the frame that is coming in. The limit's end changes both: one word.
+struct alignas(2) FrameProgress {  // its size: clang's atomics need that to work inline
+    FrameState state;
+    std::uint8_t timeout;  // 10 ms units until the frame is dropped, 0: no limit runs
+};
+extern std::atomic<FrameProgress> frame_progress;
+
+/// What each byte of a frame sets the limit to, in units of 10 ms; 0: frames have no limit.
+extern std::atomic<std::uint8_t> frame_timeout_reload;
+
+/// The most payload bytes in an answer frame, 0..64.
+extern std::atomic<std::uint8_t> packet_size;
+
+/// What has passed since the program started: bytes of either mode; frames with a right checksum
+/// that could be taken, and others.
+extern std::atomic<std::uint64_t> line_bytes_in;
+extern std::atomic<std::uint64_t> line_bytes_out;
+extern std::atomic<std::uint64_t> frames_good;
+extern std::atomic<std::uint64_t> frames_bad;
+
+/// The tick's share, each 100 ms: takes 10 off a limit that runs. At 0 the frame is dropped without
+/// a word.
+void tick_frame_timeout();
+
+/// Power-on: the configured address; address 7 is selected from the start. No frame is coming in,
+/// and frames and answers have their usual limits.
 void power_on_link();
 
 }  // namespace orvanel

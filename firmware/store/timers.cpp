@@ -9,6 +9,7 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/store/macro.h"
 #include "firmware/text/terminal.h"
+#include "link/port.h"
 
 #include <algorithm>
 
@@ -168,6 +169,7 @@ void enable_process_macros() { macro_processes_enabled = (params[0] & 1) != 0; }
 void firmware_tick() {
     if (!tick_enabled.load()) return;
     tick_fade();
+    tick_frame_timeout();
     count_down(blink_timer);
     count_down(auto_macro_timer);
     count_down(beep_timer);

@@ -1,8 +1,10 @@
 #include "host/scenario/answers.h"
 
+#include "host/scenario/world.h"
 #include "link/pipes.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvanel {
 
@@ -39,6 +41,17 @@ std::vector<std::uint8_t> take_answers() {
         bytes.push_back(static_cast<std::uint8_t>(byte));
     return bytes;
 }
+
+Match match_line(std::span<const std::uint8_t> expected) {
+    std::vector<std::uint8_t>& sent = line_sent();
+    const auto n = static_cast<std::ptrdiff_t>(std::min(sent.size(), expected.size()));
+    if (!std::equal(sent.begin(), sent.begin() + n, expected.begin())) return Match::impossible;
+    if (static_cast<std::size_t>(n) < expected.size()) return Match::not_yet;
+    sent.erase(sent.begin(), sent.begin() + n);
+    return Match::matched;
+}
+
+std::vector<std::uint8_t> take_line_sent() { return std::exchange(line_sent(), {}); }
 
 std::vector<std::uint8_t> waiting_answers() {
     const std::uint64_t tail = tx_pipe.tail.load(std::memory_order_acquire);

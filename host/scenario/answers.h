@@ -1,5 +1,5 @@
-// answers.h: the scenario's side of tx_pipe. It is the pipe's consumer on the host's main thread,
-// while a reset on the firmware's may clear the pipe at any moment.
+// answers.h: the scenario's side of tx_pipe and of the simulated line. It is the pipe's consumer on
+// the host's main thread, while a reset on the firmware's may clear the pipe at any moment.
 
 #pragma once
 
@@ -20,6 +20,10 @@ Match match_answers(std::span<const std::uint8_t> expected);
 
 /// Takes all that waits in tx_pipe.
 std::vector<std::uint8_t> take_answers();
+
+/// The same on what has left on the simulated line.
+Match match_line(std::span<const std::uint8_t> expected);
+std::vector<std::uint8_t> take_line_sent();
 
 /// What waits in tx_pipe, left there.
 std::vector<std::uint8_t> waiting_answers();

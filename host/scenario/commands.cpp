@@ -12,9 +12,12 @@
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
+#include "host/settings.h"
 #include "host/window_input.h"
+#include "link/com_port.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
+#include "link/port.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -63,6 +66,30 @@ void send(const Arguments& a) {
 }
 
 void print_answers(const Arguments& /*a*/) { print_line("answers" + hex_of(take_answers())); }
+
+void port(const Arguments& a) { com_select(static_cast<int>(a.number), com_baud.load()); }
+
+void protocol(const Arguments& a) { choose_protocol(a.number != 0); }
+
+/// False, and told, in real time.
+bool has_simulated_line() {
+    if (!line_is_simulated()) report_fault(wrong_line, "in real time there is no simulated line");
+    return line_is_simulated();
+}
+
+void line(const Arguments& a) {
+    if (has_simulated_line()) line_receive(a.bytes);
+}
+
+void print_line_sent(const Arguments& /*a*/) {
+    if (has_simulated_line()) print_line("line-answers" + hex_of(take_line_sent()));
+}
+
+void cts(const Arguments& a) {
+    if (has_simulated_line()) set_line_cts(a.number != 0);
+}
+
+void print_rts(const Arguments& /*a*/) { print_line(line_rts() ? "rts 1" : "rts 0"); }
 
 /// Why the file can't be fed, empty if it can. start_feed_file is silent about it, but here silence
 /// helps nobody.
@@ -115,11 +142,40 @@ void expect_answers_now(const Arguments& a) { expect_answers(a.bytes); }
 
 void expect_screen_now(const Arguments& a) { expect_screen(a.path, a.shown); }
 
+void expect_line_now(const Arguments& a) {
+    if (has_simulated_line()) expect_line(a.bytes);
+}
+
+void await_line(const Arguments& a) {
+    if (has_simulated_line()) wait_for_line_bytes(a.bytes, a.within_ms);
+}
+
 void await_answers(const Arguments& a) { wait_for_answers(a.bytes, a.within_ms); }
 
 void await_screen(const Arguments& a) {
     ScreenExpectation expectation{a.path, a.shown, {}};
     if (load_expectation(expectation)) wait_for_screen(expectation, a.within_ms);
+}
+
+void print_setting(const Arguments& a) {
+    if (const auto line = setting_line(a.word))
+        print_line("setting " + *line);
+    else
+        report_fault(wrong_line, "there is no setting " + in_quotes(a.word) +
+                                     "; the settings are " + setting_keys());
+}
+
+void print_link(const Arguments& /*a*/) {
+    std::string text = "link";
+    for (const auto* total : {&line_bytes_in, &line_bytes_out, &frames_good, &frames_bad})
+        text += " " + std::to_string(total->load());
+    print_line(text + (module_selected.load() ? " selected" : " unselected"));
+}
+
+void print_baud(const Arguments& /*a*/) { print_line("baud " + std::to_string(line_speed())); }
+
+void line_absent(const Arguments& a) {
+    if (has_simulated_line()) set_line_absent(a.number != 0);
 }
 
 // The arguments, as the table names them.
@@ -131,6 +187,7 @@ constexpr Argument shown{Take::shown, 0, 0, required};
 constexpr Argument ms{Take::number, 0, longest_wait_ms, required};
 constexpr Argument ms_or_60000{Take::number, 0, longest_wait_ms, settle_ms};
 constexpr Argument dot{Take::dot, 0, 0, required};
+constexpr Argument setting_name{Take::word, 0, 0, required};
 constexpr Argument within{Take::within, 0, longest_wait_ms, await_ms};
 
 constexpr Argument number(std::int64_t most) { return {Take::number, 0, most, required}; }
@@ -144,12 +201,12 @@ constexpr ScenarioCommand commands[]{
     {"scenario",       "1",                                {number(most_version)},   check_version},
     {"send",           "BYTES",                            {bytes},                  send},
     {"answers",        "",                                 {},                       print_answers},
-    {"port",           "N"},
-    {"protocol",       "0 or 1"},
-    {"line",           "BYTES"},
-    {"line-answers",   ""},
-    {"cts",            "0 or 1"},
-    {"rts",            ""},
+    {"port",           "N",                                {number(most_com_ports)}, port},
+    {"protocol",       "0 or 1",                           {number(1)},              protocol},
+    {"line",           "BYTES",                            {bytes},                  line},
+    {"line-answers",   "",                                 {},                       print_line_sent},
+    {"cts",            "0 or 1",                           {number(1)},              cts},
+    {"rts",            "",                                 {},                       print_rts},
     {"touch",          "X Y",                              {dot},                    touch},
     {"lift",           "",                                 {},                       lift},
     {"mouse-down",     "PX PY"},
@@ -168,25 +225,25 @@ constexpr ScenarioCommand commands[]{
     {"screen",         "FILE [main or flash]",             {picture, shown},         screen},
     {"window",         "FILE.png"},
     {"expect-answers", "BYTES",                            {bytes},                  expect_answers_now},
-    {"expect-line",    "BYTES"},
+    {"expect-line",    "BYTES",                            {bytes},                  expect_line_now},
     {"expect-screen",  "FILE [main or flash]",             {picture, shown},         expect_screen_now},
     {"await-answers",  "BYTES [within MS]",                {bytes, within},          await_answers},
-    {"await-line",     "BYTES [within MS]"},
+    {"await-line",     "BYTES [within MS]",                {bytes, within},          await_line},
     {"await-screen",   "FILE [main or flash] [within MS]", {picture, shown, within}, await_screen},
     {"ports",          "",                                {},                      print_ports},
     {"backlight",      "",                                {},                      print_backlight},
     {"title",          ""},
     {"area-at",        "X Y",                              {dot},                    print_area_at},
-    {"link",           ""},
-    {"baud",           ""},
-    {"line-absent",    "0 or 1"},
+    {"link",           "",                                 {},                      print_link},
+    {"baud",           "",                                 {},                      print_baud},
+    {"line-absent",    "0 or 1",                           {number(1)},             line_absent},
     {"panel",          ""},
     {"cursor",         ""},
     {"dialog",         "CONTROL [VALUE] or close"},
     {"clipboard",      "FILE.bmp"},
     {"outline",        "FILE.pbm"},
     {"geometry",       ""},
-    {"setting",        "KEY"},
+    {"setting",        "KEY",                              {setting_name},          print_setting},
     {"mark",           "ID"},
     {"bridge",         "NUMBER FIRST SECOND"},
 };
@@ -245,6 +302,9 @@ std::string take_argument(std::string_view& rest, const Argument& a, Arguments& 
         std::string fault = take_number(rest, 0, last_x, into.x);
         return fault.empty() ? take_number(rest, 0, last_y, into.y) : fault;
     }
+    case Take::word:
+        into.word = take_word(rest);
+        return into.word.empty() ? "a name is missing" : "";
     case Take::within:
         return take_within(rest, a, into);
     }

@@ -22,6 +22,7 @@ enum class Take : std::uint8_t {
     shown,    // `main`, `flash` or nothing
     number,   // least..most; `otherwise` if it is left out, where that isn't below 0
     dot,      // X and Y of a dot on the glass
+    word,     // a name without blanks
     within,   // `within MS` or nothing, then `otherwise`
 };
 
@@ -40,6 +41,7 @@ struct Arguments {
     Shown shown;
     std::int64_t number;
     std::int64_t x, y;
+    std::string word;
     std::int64_t within_ms;
 };
 

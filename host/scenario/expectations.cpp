@@ -50,6 +50,12 @@ void expect_answers(std::span<const std::uint8_t> expected) {
         report_answers(expected, actual, "other answers: ");
 }
 
+void expect_line(std::span<const std::uint8_t> expected) {
+    const std::vector<std::uint8_t> actual = take_line_sent();
+    if (!std::equal(expected.begin(), expected.end(), actual.begin(), actual.end()))
+        report_answers(expected, actual, "other bytes on the line: ");
+}
+
 void save_screen(const std::string& path, Shown shown) {
     const std::string fault = write_picture(path, take_glass(shown));
     if (!fault.empty()) report_fault(wrong_line, "can't write " + path + ": " + fault);

@@ -31,6 +31,9 @@ struct ScreenExpectation {
 /// Takes all answers and compares.
 void expect_answers(std::span<const std::uint8_t> expected);
 
+/// The same with what has left on the simulated line.
+void expect_line(std::span<const std::uint8_t> expected);
+
 /// Writes what the glass shows to the file.
 void save_screen(const std::string& path, Shown shown);
 

@@ -1,8 +1,8 @@
 #include "host/scenario/picture.h"
 
 #include "firmware/raster/refresh.h"
+#include "host/files.h"
 #include "host/platform/shared/safe_file.h"
-#include "host/scenario/files.h"
 
 #include <png.h>
 

@@ -17,7 +17,7 @@ namespace {
 constexpr std::int64_t us_per_ms = 1000;
 constexpr std::int64_t quiet_us = 20 * us_per_ms;
 
-enum class Wait : std::uint8_t { none, time, quiet, answers, screen };
+enum class Wait : std::uint8_t { none, time, quiet, answers, line, screen };
 
 constinit Wait wait = Wait::none;
 constinit std::int64_t wait_ms = 0;
@@ -27,7 +27,7 @@ constinit std::int64_t end_us = never;
 constinit std::uint64_t delivered_seen = 0;
 constinit std::int64_t quiet_since_us = 0;
 
-constinit std::vector<std::uint8_t> expected_answers{};
+constinit std::vector<std::uint8_t> expected_bytes{};          // while wait is answers or line
 constinit std::optional<ScreenExpectation> expected_screen{};  // while wait is screen
 
 void begin(Wait kind, std::int64_t ms) {
@@ -46,7 +46,8 @@ bool is_quiet() {
         delivered_seen = delivered;
         quiet_since_us = clock_us();
     }
-    return clock_us() - quiet_since_us >= quiet_us && rx_count() == 0 && feed_left() == 0;
+    return clock_us() - quiet_since_us >= quiet_us && rx_count() == 0 && feed_left() == 0 &&
+           line_queued() == 0;
 }
 
 std::string within() { return "within " + std::to_string(wait_ms) + " ms"; }
@@ -55,15 +56,24 @@ void report_unquiet() {
     const std::int64_t quiet_ms = (clock_us() - quiet_since_us) / us_per_ms;
     report_fault(gave_up, "the module was not quiet " + within() + ": no byte was delivered for " +
                               std::to_string(quiet_ms) + " ms, " + std::to_string(rx_count()) +
-                              " wait in rx_pipe, " + std::to_string(feed_left()) + " in the feed");
+                              " wait in rx_pipe, " + std::to_string(feed_left()) +
+                              " in the feed, " + std::to_string(line_queued()) + " on the line");
 }
 
 void test_answers() {
-    const Match match = match_answers(expected_answers);
+    const Match match = match_answers(expected_bytes);
     if (match == Match::not_yet) return;
     stop_waiting();
     if (match == Match::impossible)
-        report_answers(expected_answers, waiting_answers(), "other answers: ");
+        report_answers(expected_bytes, waiting_answers(), "other answers: ");
+}
+
+void test_line() {
+    const Match match = match_line(expected_bytes);
+    if (match == Match::not_yet) return;
+    stop_waiting();
+    if (match == Match::impossible)
+        report_answers(expected_bytes, line_sent(), "other bytes on the line: ");
 }
 
 }  // namespace
@@ -79,8 +89,13 @@ void wait_for_quiet(std::int64_t ms) {
 }
 
 void wait_for_answers(std::vector<std::uint8_t> expected, std::int64_t ms) {
-    expected_answers = std::move(expected);
+    expected_bytes = std::move(expected);
     begin(Wait::answers, ms);
+}
+
+void wait_for_line_bytes(std::vector<std::uint8_t> expected, std::int64_t ms) {
+    expected_bytes = std::move(expected);
+    begin(Wait::line, ms);
 }
 
 void wait_for_screen(ScreenExpectation expectation, std::int64_t ms) {
@@ -105,6 +120,9 @@ void test_wait() {
     case Wait::answers:
         test_answers();
         return;
+    case Wait::line:
+        test_line();
+        return;
     case Wait::screen:
         if (glass_shows(*expected_screen)) stop_waiting();
         return;
@@ -123,7 +141,10 @@ void end_wait() {
         report_unquiet();
         return;
     case Wait::answers:
-        report_answers(expected_answers, waiting_answers(), "not all answers " + within() + ": ");
+        report_answers(expected_bytes, waiting_answers(), "not all answers " + within() + ": ");
+        return;
+    case Wait::line:
+        report_answers(expected_bytes, line_sent(), "not all bytes on the line " + within() + ": ");
         return;
     case Wait::screen:
         report_screen(*expected_screen, within() + " never ");

@@ -12,11 +12,13 @@ namespace orvanel {
 
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 
-/// Begin to wait: for the time to pass, for the module to be quiet, for answers, for a picture.
+/// Begin to wait: for the time to pass, for the module to be quiet, for answers, for bytes on
+/// the line, for a picture.
 /// `ms` is how long, or how long at most. Waiting for 0 ms is no wait.
 void wait_for_time(std::int64_t ms);
 void wait_for_quiet(std::int64_t ms);
 void wait_for_answers(std::vector<std::uint8_t> expected, std::int64_t ms);
+void wait_for_line_bytes(std::vector<std::uint8_t> expected, std::int64_t ms);
 void wait_for_screen(ScreenExpectation expectation, std::int64_t ms);
 
 bool waiting();

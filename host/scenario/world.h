@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
+#include <vector>
 
 namespace orvanel {
 
@@ -16,5 +18,29 @@ std::uint64_t bytes_delivered();
 /// The scenario's next line has yet to come in on `fd`. True once there is something to read; false
 /// if the program doesn't stand still for it, or is told to end.
 bool wait_for_scenario_input(int fd);
+
+/// False in real time, where the line's other end is no business of the scenario: then the five
+/// functions below aren't called.
+bool line_is_simulated();
+
+/// The peer sends: the bytes go into the line's receive queue. What doesn't fit is lost, and all of
+/// it while no port is open.
+void line_receive(std::span<const std::uint8_t> data);
+
+/// Bytes in the receive queue; 0 in real time.
+int line_queued();
+
+/// What has left on the line and was not taken yet.
+std::vector<std::uint8_t>& line_sent();
+
+/// The peer's CTS, on at the start.
+void set_line_cts(bool on);
+
+/// Whether the line can be opened, as it can at the start.
+void set_line_absent(bool absent);
+
+/// What the module does with RTS, and its speed in bits a second: false and 0 without a port.
+bool line_rts();
+std::int32_t line_speed();
 
 }  // namespace orvanel

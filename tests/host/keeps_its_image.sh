@@ -24,6 +24,7 @@ program_and_end() { # TEXT KEPT SIGNAL
 program_and_end first "$folder/kept" TERM
 program_and_end other "$folder/kept" TERM
 grep -q first "$folder/kept/Orvanel42.bin.bak"
+grep -qx xpos=100 "$folder/kept/simulator.ini"
 
 # A terminal that closes ends it as any other end.
 program_and_end other "$folder/hung-up" HUP
@@ -32,4 +33,4 @@ program_and_end other "$folder/hung-up" HUP
 rm "$folder/kept/Orvanel42.bin"
 mkdir "$folder/kept/Orvanel42.bin"
 if "$program" --dir "$folder/kept" 2>"$folder/said"; then exit 1; fi
-grep -q "Orvanel42.bin: Is a directory" "$folder/said"
+grep -q "Orvanel42.bin: not a plain file" "$folder/said"

@@ -6,6 +6,7 @@
 #include "host/painter.h"
 #include "host/painting.h"
 #include "host/platform/platform.h"
+#include "host/settings.h"
 
 #include <gtest/gtest.h>
 
@@ -65,6 +66,7 @@ std::string wrong_pixel(const std::vector<std::uint32_t>& frame, const UprightIm
 void sleep_ms(int /*ms*/) {}
 void sleep_until_input(int /*ms*/) {}
 void wake_firmware() {}
+void wake_link() {}
 void spend_byte_time() {}
 bool on_main_thread() { return std::this_thread::get_id() == main_thread; }
 void wake_main() {

@@ -1,10 +1,10 @@
 // What scenario lines are made of, and what is told when an expectation fails.
 
+#include "host/files.h"
 #include "host/platform/shared/safe_file.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/comparison.h"
-#include "host/scenario/files.h"
 #include "host/scenario/junit.h"
 #include "host/scenario/line.h"
 #include "host/scenario/picture.h"

@@ -108,7 +108,8 @@ TEST_F(ScenarioProgram, settle_looks_a_last_time_at_its_end) {
     EXPECT_EQ(printed("settle 20\ntime"), "time 25\n");
     EXPECT_EQ(printed("send 78\nsettle 20\ntime", 3), "time 25\n");
     EXPECT_EQ(get("err"), "a.scn:2: error: the module was not quiet within 20 ms: no byte was "
-                          "delivered for 19 ms, 0 wait in rx_pipe, 0 in the feed\n");
+                          "delivered for 19 ms, 0 wait in rx_pipe, 0 in the feed, "
+                          "0 on the line\n");
     // 300 ms of ESC X are quiet, but not while a byte waits behind them.
     EXPECT_EQ(printed("send 1B \"X\" 03\nwait 1\nsettle 100\ntime"), "time 105\n");
     // The tick during the wait makes the read of that byte sleep 5 ms.
@@ -134,6 +135,64 @@ TEST_F(ScenarioProgram, an_await_begun_within_a_move_is_tested_at_its_end) {
                       "send 1B \"DL\"\nawait-screen a.pbm\ntime",
                       1),
               "time 35\ntime 40\n");
+}
+
+TEST_F(ScenarioProgram, the_line_takes_its_turn_each_5_ms_behind_the_tick) {
+    EXPECT_EQ(
+        printed("port 1\nwait 2\nline 12 01 50 63\nwait 2\nline-answers\nwait 1\nline-answers"),
+        "line-answers\nline-answers 06 12 03 40 40 C8 5D\n");
+    // The limit of 50 ms runs out in the tick at 100 ms, before the turn at that time.
+    const std::string limited = "port 1\nline 12 03 44 40 05 9E\nwait 5\nline-answers\n";
+    EXPECT_EQ(printed(limited + "wait 80\nline 12 01\nwait 5\nline 50 63\nwait 5\nline-answers"),
+              "line-answers 06\nline-answers\n");
+    // 67 bytes of frames to a turn, and the answers of the turn before in plain bytes.
+    EXPECT_EQ(printed("port 1\nline \"" + std::string(67, 'x') +
+                      "\" 12 01 3F 52\nwait 5\n"
+                      "line-answers\nwait 5\nline-answers"),
+              "line-answers\nline-answers 06\n");
+    EXPECT_EQ(printed("protocol 0\nport 1\nline \"" + std::string(4000, 'x') +
+                      "#?\"\nwait 49\nline-answers\nwait 1\nline-answers"),
+              "line-answers\nline-answers FF FF 48 F0 00 80 00 01 42\n");
+}
+
+TEST_F(ScenarioProgram, the_line_shows_rts_speed_and_what_has_passed) {
+    EXPECT_EQ(printed("rts\nbaud\nlink\nport 1\nrts\nline 12 01 3F 52 11 00 00\nwait 5\nlink\n"
+                      "line 12 03 41 44 07 A1\nsend \"#+2;\"\nsettle\nlink\nbaud\nport 0\nbaud"),
+              "rts 0\nbaud 0\nlink 0 0 0 0 selected\nrts 1\n"
+              "link 7 2 1 1 selected\nlink 13 3 2 1 unselected\nbaud 4800\nbaud 0\n");
+    // ESC X holds the module while the pipe fills; a byte read below the low mark raises RTS.
+    const std::string block = "line \"" + std::string(13000, 'x') + "\"\nwait 20\nrts\n";
+    EXPECT_EQ(printed("protocol 0\nport 1\nsend 1B \"X\" 05\nwait 5\n" + block + block + block +
+                      block + block + "settle\nrts"),
+              "rts 1\nrts 1\nrts 1\nrts 1\nrts 0\nrts 1\n");
+    EXPECT_EQ(printed("protocol 0\nport 1\nsend 1B \"X\" 05\nwait 5\n" + block + block + block +
+                      block + block + "reset\nsettle\nrts\nline \"x\"\nsettle\nrts"),
+              "rts 1\nrts 1\nrts 1\nrts 1\nrts 0\nrts 0\nrts 1\n");
+    // The queue holds 16384 bytes.
+    EXPECT_EQ(printed("protocol 0\nport 1\nline \"" + std::string(16383, 'x') +
+                      "\" 1B \"?\"\nline \"?\"\nsettle\nline \"?\"\nsettle\nline-answers"),
+              "line-answers FF FF 48 F0 00 80 00 01 42\n");
+}
+
+TEST_F(ScenarioProgram, a_port_that_is_absent_is_told) {
+    EXPECT_EQ(
+        printed("line-absent 1\nport 3\nrts\nline-absent 0\nport 3\nrts\nline-absent 1\nrts"),
+        "message \"Error: HD Orvanel42 simulator\" \"cannot open COM3 !\"\nrts 0\nrts 1\nrts 1\n");
+}
+
+TEST_F(ScenarioProgram, bytes_of_the_line_are_awaited_as_answers_are) {
+    const std::string asked = "port 1\nprotocol 0\n" + identify;
+    EXPECT_EQ(printed(asked + "await-line FF FF\ntime\nline-answers\nline-answers"),
+              "time 10\nline-answers" + identity.substr(6) + "line-answers\n");
+    EXPECT_EQ(printed(asked + "await-line FF 00\nline-answers", 1), "line-answers" + identity);
+    EXPECT_NE(get("err").find("a.scn:4: error: other bytes on the line: "), std::string::npos);
+    EXPECT_EQ(
+        printed(asked + "await-line FF within 3\nexpect-line\nsettle\nexpect-line FF\nline-answers",
+                1),
+        "line-answers\n");
+    put("a.scn", "line 41\n");
+    EXPECT_EQ(run({"--realtime", "a.scn"}), 2);
+    EXPECT_EQ(get("err"), "a.scn:1: error: in real time there is no simulated line\n");
 }
 
 TEST_F(ScenarioProgram, a_reset_drops_answers_and_input) {
@@ -164,6 +223,11 @@ TEST_F(ScenarioProgram, a_wrong_line_ends_the_run_and_says_why) {
                                "[main or flash]"},
           Case{"screen no/a.png", "can't write no/a.png: No such file or directory"},
           Case{"feed nothing", "nothing: no such file"}, Case{"feed .", ".: not a plain file"},
+          Case{"setting", "a name is missing; the form is: setting KEY"},
+          Case{"setting nothing",
+               "there is no setting 'nothing'; the settings are com, baud, protocol, adr, beep, "
+               "xpos, ypos, zoom, iopvisible, iopx, iopy, View90, ShowWindow, ontop, viewkit, "
+               "vkctyp, vkcpol, vkcbl, custx, custy, memKB"},
           Case{"mouse-down 1 2", "'mouse-down' is not available in this version"},
           Case{"scenario 2", "version 2 of the scenario language is unknown; this is version 1"},
           Case{"wait 0\nscenario 1", "'scenario' is only for the first line"},
@@ -184,7 +248,10 @@ TEST_F(ScenarioProgram, a_wrong_command_line_gives_2) {
                                                   {"--image", "missing"},
                                                   {"--image", "."},
                                                   {"--jobs", "0"},
-                                                  {"--dir", "."},
+                                                  {"--dir", ".", "--mem", "64"},
+                                                  {"--dir", ".", "--image", "in"},
+                                                  {"--dir", ".", "a.scn", "b.scn"},
+                                                  {"--dir", "/dev/null/x"},
                                                   {"--strict"},
                                                   {"--nonsense"},
                                                   {"missing.scn"},
@@ -197,6 +264,48 @@ TEST_F(ScenarioProgram, a_wrong_command_line_gives_2) {
     EXPECT_EQ(run({"--version"}), 0);
     EXPECT_EQ(run({"--commands"}), 0);
     EXPECT_NE(get("out").find("ESC G D"), std::string::npos);
+}
+
+// Programs a macro's record, and restarts the module, which has the image saved.
+const std::string program_image = "send 1B \"&E\" 30 02 04 00 \"W\" 34 0E 01 00\n"
+                                  "send 1B \"&E\" 00 00 00 00 \"J\"\nsettle\n";
+
+TEST_F(ScenarioProgram, lives_in_a_folder_and_saves_image_and_settings) {
+    std::filesystem::create_directory(folder / "kept");
+    put("kept/simulator.ini", "; bench\n[orvanel42]\nmemKB=64\nadr=3\nZOOM = 2 ; large\nbaud=x");
+    put("a.scn", "setting zoom\nsetting MEMkb\nsetting baud\nsetting com\n" + program_image);
+    EXPECT_EQ(run({"--dir", "kept", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("out"),
+              "setting zoom=2\nsetting memKB=64\nsetting baud=9600\nsetting com=none\n");
+    EXPECT_EQ(std::filesystem::file_size(folder / "kept/Orvanel42.bin"), 65536u);
+    EXPECT_TRUE(get("kept/simulator.ini")
+                    .starts_with("; bench\n[orvanel42]\nmemKB=64\nadr=3\nZOOM = 2 ; large\n"
+                                 "baud=9600\ncom=none\nprotocol=1\nbeep=0\nxpos=100"));
+
+    put("a.scn", "send 1B \"&E\" 30 02 04 00 \"R\"\nawait-answers 34 0E 01 00\n");
+    const std::string settings = get("kept/simulator.ini");
+    for (const char* mode : {"--jobs=1", "--realtime"})
+        EXPECT_EQ(run({mode, "--dir", "kept", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("kept/simulator.ini"), settings);
+    EXPECT_EQ(printed("setting memKB\nsetting xpos\nsetting vkcbl\n"),
+              "setting memKB=32\nsetting xpos=100\nsetting vkcbl=1\n")
+        << "without the option the folder means nothing";
+}
+
+TEST_F(ScenarioProgram, tells_what_the_folder_refuses) {
+    std::filesystem::create_directories(folder / "kept/simulator.ini");
+    put("a.scn", "time\n");
+    EXPECT_EQ(run({"--dir", "kept", "a.scn"}), 2);
+    EXPECT_EQ(get("err"), "orvanel42-headless: error: kept/simulator.ini: not a plain file\n");
+    EXPECT_EQ(get("out"), "");
+
+    std::filesystem::remove(folder / "kept/simulator.ini");
+    std::filesystem::create_symlink("nowhere/image", folder / "kept/Orvanel42.bin");
+    put("a.scn", program_image);
+    EXPECT_EQ(run({"--dir", "kept", "a.scn"}), 2);
+    EXPECT_EQ(get("out"), "message \"Error: HD Orvanel42 simulator\" \"cannot save "
+                          "kept/Orvanel42.bin: No such file or directory\"\n");
+    EXPECT_TRUE(get("kept/simulator.ini").starts_with("[Orvanel42]\ncom=none\n"));
 }
 
 TEST_F(ScenarioProgram, a_screen_is_compared_and_updated) {

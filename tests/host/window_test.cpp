@@ -5,6 +5,7 @@
 #include "host/host_calls.h"
 #include "host/painter.h"
 #include "host/platform/desktop/window.h"
+#include "host/settings.h"
 #include "host/window_timer.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
@@ -13,6 +14,7 @@
 #include <QImage>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QScreen>
 #include <QTimer>
 #include <QWidget>
 #include <gtest/gtest.h>
@@ -144,6 +146,29 @@ TEST_F(Window, a_hidden_window_does_not_hold_up_the_firmware) {
     the_window()->hide();
     EXPECT_TRUE(run_until([before] { return all_read() && paints_served() - before >= 200; }));
     close_window();
+}
+
+TEST_F(Window, stands_where_it_stood_and_is_brought_back) {
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    struct Case {
+        QPoint at, shown, moved_to, kept;
+    };
+    for (const auto& [at, shown, moved_to, kept] :
+         {Case{{70, 80}, {70, 80}, {70, 80}, {70, 80}},
+          Case{{screen.width(), 0}, {100, 60}, {30, 40}, {30, 40}},
+          Case{{5, 5}, {5, 5}, {5, -5}, {0, 0}}}) {
+        SetUp();
+        window_x = at.x();
+        window_y = at.y();
+        open_with("");
+        run_for(milliseconds{30});
+        EXPECT_EQ(the_window()->frameGeometry().topLeft(), shown);
+        the_window()->move(moved_to);
+        run_for(milliseconds{30});
+        if (moved_to != kept) the_window()->close();
+        close_window();
+        EXPECT_EQ(QPoint(window_x, window_y), kept);
+    }
 }
 
 TEST_F(Window, closing_it_ends_the_event_loop) {

@@ -2,10 +2,11 @@
 
 #include "firmware/store/eeprom.h"
 #include "host/image_file.h"
-#include "host/painter.h"
 #include "host/platform/desktop/window.h"
 #include "host/platform/shared/process.h"
 #include "host/platform/shared/real_time.h"
+#include "host/program_folder.h"
+#include "host/settings.h"
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
@@ -19,12 +20,12 @@
 #include <fstream>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace {
 
 constexpr int failed = 1;
 constexpr int wrong_command_line = 2;
-constexpr int start_zoom = 2;
 
 struct Options {
     std::string file;
@@ -46,79 +47,63 @@ void add_options(CLI::App& app, Options& options) {
     app.add_option("FILE", options.file, "Commands for the module, sent to it once it runs")
         ->check(unreadable);
     auto* folder = app.add_option("--dir", options.folder,
-                                  "Keep the EEPROM image in DIR, as Orvanel42.bin; without it the "
-                                  "image starts blank and is not kept");
+                                  "Keep the settings and the EEPROM image in DIR, as simulator.ini "
+                                  "and Orvanel42.bin; without it neither is kept");
     folder->option_text("DIR");
     app.add_option("--image", options.image, "Load FILE as the EEPROM image")
         ->excludes(folder)
         ->option_text("FILE")
         ->check(unreadable);
-    app.add_option("--mem", options.mem_kib, "EEPROM size in KiB, 32 if not given")
+    app.add_option("--mem", options.mem_kib,
+                   "EEPROM size in KiB, 32 if not given; with --dir the setting memKB decides")
+        ->excludes(folder)
         ->option_text("32|64")
         ->check(CLI::IsMember({32, 64}));
     app.set_version_flag("--version", "orvanel42 " ORVANEL_VERSION);
 }
 
-/// The file that the image is kept in, empty for none.
-std::string kept_image(const Options& options) {
-    return options.folder.empty() ? "" : options.folder + "/Orvanel42.bin";
-}
-
-/// Makes the folder if it isn't there. False, and told, if that or reading the image fails: an
-/// image that can't be read must not be written over.
-bool load_memory(const Options& options) {
+/// Settings and image of the folder; without one the defaults, and the image of the command line or
+/// a blank one. Empty on success, else what can't be read.
+std::string load_memory(const Options& options) {
+    if (!options.folder.empty()) return orvanel::open_program_folder(options.folder);
+    orvanel::take_settings("", "");
     const int size = options.mem_kib == 64 ? orvanel::eeprom_large : orvanel::eeprom_small;
     orvanel::eeprom_reset_to(size, {});
-    std::error_code no_folder;
-    if (!options.folder.empty()) std::filesystem::create_directories(options.folder, no_folder);
-    if (no_folder) {
-        std::fprintf(stderr, "orvanel42: %s: %s\n", options.folder.c_str(),
-                     no_folder.message().c_str());
-        return false;
-    }
-    std::error_code ignored;
-    std::string path = kept_image(options);
-    if (!path.empty() && !std::filesystem::exists(path, ignored)) return true;
-    if (path.empty()) path = options.image;
-    if (path.empty()) return true;
-    const std::string fault = orvanel::load_image(path, size);
-    if (!fault.empty()) std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
-    return fault.empty();
+    return options.image.empty() ? "" : orvanel::load_image(options.image, size);
 }
 
-/// Saves the image, as it stood when the program was told to end, if the module has programmed it.
-/// Empty on success, else the fault, which has been told on standard error.
-std::string save_memory(const Options& options) {
-    const std::string path = kept_image(options);
-    if (path.empty() || orvanel::eeprom_state != orvanel::EepromState::programmed) return {};
-    std::string fault = orvanel::save_image(path, orvanel::Backup::keep);
-    if (!fault.empty()) std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
-    return fault;
+/// Saves what the folder keeps, the image as it stood when the program was told to end. The result
+/// is what went wrong, which has been told on standard error.
+std::vector<std::string> save_memory() {
+    std::vector<std::string> faults = orvanel::save_program_folder();
+    for (const std::string& fault : faults)
+        std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    return faults;
 }
 
-/// The options of the run while its event loop goes on.
-constinit const Options* running = nullptr;
+constinit bool event_loop_runs = false;
 
 /// Qt ends the process from within its event loop when the display goes away. The module ends in
-/// order and the image is saved all the same; there is no window for a message.
+/// order and all is saved all the same; there is no window for a message.
 void on_exit() {
-    if (running == nullptr) return;
+    if (!event_loop_runs) return;
     orvanel::stop_module();
-    save_memory(*running);
+    save_memory();
 }
 
 /// The event loop from its start to its end, with what has to be saved behind it.
-int run_window(const Options& options) {
-    running = &options;
+int run_window() {
+    event_loop_runs = true;
     std::atexit(on_exit);
     const int status = QApplication::exec();
-    running = nullptr;
+    event_loop_runs = false;
     orvanel::close_window();
-    const std::string fault = save_memory(options);
-    if (fault.empty()) return status;
-    if (!orvanel::ended_by_signal)
-        QMessageBox::critical(nullptr, "Error: HD Orvanel42 simulator",
-                              QString::fromStdString(fault));
+    const std::vector<std::string> faults = save_memory();
+    if (faults.empty()) return status;
+    for (const std::string& fault : faults)
+        if (!orvanel::ended_by_signal)
+            QMessageBox::critical(nullptr, "Error: HD Orvanel42 simulator",
+                                  QString::fromStdString(fault));
     return failed;
 }
 
@@ -152,7 +137,10 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? EXIT_SUCCESS : wrong_command_line;
     }
-    if (!load_memory(options)) return wrong_command_line;
+    if (const std::string fault = load_memory(options); !fault.empty()) {
+        std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+        return wrong_command_line;
+    }
     if (!prepare_display()) {
         std::fputs("orvanel42: there is no display to open a window on (DISPLAY and "
                    "WAYLAND_DISPLAY are not set); orvanel42-headless runs without one\n",
@@ -162,12 +150,11 @@ int run(int argc, char** argv) {
     qInstallMessageHandler(on_qt_message);
     argc = 1;  // the rest is ours and not for Qt
     const QApplication application(argc, argv);
-    orvanel::view_zoom = start_zoom;
     if (!orvanel::open_window(options.file)) {
         std::fputs("orvanel42: no file descriptor left\n", stderr);
         return failed;
     }
-    return run_window(options);
+    return run_window();
 }
 
 }  // namespace

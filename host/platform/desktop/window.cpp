@@ -6,16 +6,20 @@
 #include "host/platform/platform.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/wake.h"
+#include "host/settings.h"
 #include "host/window_input.h"
+#include "host/window_place.h"
 #include "host/window_timer.h"
 #include "link/feeds.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QImage>
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QScreen>
 #include <QSocketNotifier>
 #include <QString>
 #include <QTimer>
@@ -40,6 +44,7 @@ QString to_qt(std::string_view text) {
 
 class Glass final : public QWidget {
   protected:
+    void closeEvent(QCloseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -50,6 +55,34 @@ constinit Glass* glass = nullptr;
 constinit std::vector<std::uint32_t> frame{};  // the client area, as compose_window leaves it
 constinit QTimer* fade_timer = nullptr;        // a child of the glass
 constinit int main_wake = -1;                  // set by firmware_thread when it wants a paint
+
+/// Wayland neither takes a place for a window nor tells the one that it has.
+bool windows_have_a_place() { return QGuiApplication::platformName() != "wayland"; }
+
+void place_window() {
+    std::vector<PixelRect> screens;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QRect area = screen->geometry();
+        screens.push_back(
+            {area.left(), area.top(), area.left() + area.width(), area.top() + area.height()});
+    }
+    if (screens.empty() || !windows_have_a_place()) return;
+    bring_window_back(screens, glass->width(), glass->height());
+    glass->move(window_x, window_y);
+}
+
+/// Only here and not with each move: while a window manager takes it in, the frame is not yet
+/// known.
+void keep_place() {
+    if (!glass->isVisible() || glass->isMinimized() || !windows_have_a_place()) return;
+    const QPoint corner = glass->frameGeometry().topLeft();
+    window_moved(corner.x(), corner.y());
+}
+
+void Glass::closeEvent(QCloseEvent* event) {
+    keep_place();
+    QWidget::closeEvent(event);
+}
 
 void Glass::paintEvent(QPaintEvent* event) {
     const int w = window_width();
@@ -121,6 +154,7 @@ bool open_window(const std::string& file) {
     const int end_wake = open_end_signals();
     if (!open_real_time() || main_wake < 0 || end_wake < 0) return false;
     make_glass();
+    place_window();
     glass->show();
     on_wake(main_wake, serve_main_requests);
     ended_by_signal = false;
@@ -137,6 +171,7 @@ bool open_window(const std::string& file) {
 
 void close_window() {
     stop_module();
+    keep_place();
     close_end_signals();
     delete glass;
     glass = nullptr;
@@ -155,6 +190,8 @@ void wake_firmware() { real_wake_firmware(); }
 void spend_byte_time() {}
 
 bool on_main_thread() { return real_on_main_thread(); }
+
+std::int64_t clock_ms() { return real_clock_ms(); }
 
 void wake_main() { set_wake(main_wake); }
 

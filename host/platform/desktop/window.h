@@ -8,7 +8,7 @@
 namespace orvanel {
 
 /// Opens the window, starts the module, and feeds it `file` unless that is empty. A QApplication
-/// exists, and view_zoom and the EEPROM image stand. SIGINT, SIGTERM and SIGHUP end the event loop
+/// exists, and settings and EEPROM image stand. SIGINT, SIGTERM and SIGHUP end the event loop
 /// from here on, as closing the window does. False if the system lacks what that takes.
 [[nodiscard]] bool open_window(const std::string& file);
 

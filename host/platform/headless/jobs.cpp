@@ -2,7 +2,6 @@
 
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/safe_file.h"
-#include "host/scenario/files.h"
 #include "host/scenario/junit.h"
 #include "host/scenario/report.h"
 

@@ -7,8 +7,10 @@
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/process.h"
+#include "host/program_folder.h"
 #include "host/scenario/expectations.h"
 #include "host/scenario/report.h"
+#include "host/settings.h"
 
 #include <cstdio>
 #include <exception>
@@ -18,16 +20,14 @@ namespace {
 
 using namespace orvanel;
 
-/// The image of the command line, or a blank one. False, and told, if it can't be read.
-bool load_memory(const Options& options) {
+/// Settings and image of the folder; without one the defaults, and the image of the command line or
+/// a blank one. Empty on success, else what can't be read.
+std::string load_memory(const Options& options) {
+    if (!options.folder.empty()) return open_program_folder(options.folder);
+    take_settings("", "");
     const int size = options.mem_kib == 64 ? eeprom_large : eeprom_small;
-    if (options.image.empty()) {
-        eeprom_reset_to(size, {});
-        return true;
-    }
-    const std::string fault = load_image(options.image, size);
-    if (!fault.empty()) std::fprintf(stderr, "orvanel42-headless: error: %s\n", fault.c_str());
-    return fault.empty();
+    eeprom_reset_to(size, {});
+    return options.image.empty() ? "" : load_image(options.image, size);
 }
 
 int run(int argc, char** argv) {
@@ -40,7 +40,10 @@ int run(int argc, char** argv) {
         print_line(text);
         return fault_status();
     }
-    if (!load_memory(options)) return wrong_line;
+    if (const std::string fault = load_memory(options); !fault.empty()) {
+        std::fprintf(stderr, "orvanel42-headless: error: %s\n", fault.c_str());
+        return wrong_line;
+    }
     picture_options = {options.update, options.update_missing, options.out_folder};
     image_save_path = options.save_image;
     real_time = options.real_time;

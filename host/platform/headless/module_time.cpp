@@ -5,6 +5,7 @@
 #include "host/platform/headless/session.h"
 #include "host/scenario/runner.h"
 #include "host/window_timer.h"
+#include "link/link_thread.h"
 
 #include <algorithm>
 
@@ -13,10 +14,12 @@ namespace orvanel {
 namespace {
 
 constexpr std::int64_t window_timer_us = 100'000;
+constexpr std::int64_t link_us = 5'000;
 constexpr std::int64_t byte_us = 10;
 
 constinit std::int64_t now_us = 0;
 constinit std::int64_t next_window_timer_us = window_timer_us;
+constinit std::int64_t next_link_us = link_us;
 constinit std::uint64_t delivered = 0;
 
 void serve_window_timer() {
@@ -25,10 +28,16 @@ void serve_window_timer() {
     if (told_to_end()) stop_scenario();
 }
 
+void serve_link() {
+    next_link_us += link_us;
+    link_turn();
+}
+
 /// Serves what is due up to `until`, in the order of its time.
 void serve_due(std::int64_t until) {
     while (!shutdown_requested.load()) {
-        const std::int64_t due = std::min({next_window_timer_us, next_fade_us, scenario_due_us()});
+        const std::int64_t due =
+            std::min({next_window_timer_us, next_fade_us, next_link_us, scenario_due_us()});
         if (due > until) return;
         now_us = std::max(now_us, due);
         // What falls due at the same time runs in this order: the window timer, the step of the
@@ -37,6 +46,8 @@ void serve_due(std::int64_t until) {
             serve_window_timer();
         else if (due == next_fade_us)
             serve_fade_step();
+        else if (due == next_link_us)
+            serve_link();
         else
             scenario_due();
     }

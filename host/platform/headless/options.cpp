@@ -15,7 +15,7 @@ constexpr int most_jobs = 256;
 
 /// Options that belong to this program and are known, but not available yet.
 constexpr const char* later_group = "Not available in this version";
-constexpr std::array later_options{"--dir", "--serial", "--trace"};
+constexpr std::array later_options{"--serial", "--trace"};
 constexpr std::array later_flags{"--strict"};
 
 [[noreturn]] void refuse(const char* name) {
@@ -31,8 +31,16 @@ void add_later_options(CLI::App& app) {
 }
 
 void add_options(CLI::App& app, Options& options) {
-    app.add_option("--image", options.image, "Load FILE as the EEPROM image")->option_text("FILE");
-    app.add_option("--mem", options.mem_kib, "EEPROM size in KiB, 32 if not given")
+    auto* folder = app.add_option("--dir", options.folder,
+                                  "Live in DIR as the window program does: read the settings and "
+                                  "the EEPROM image, and save both at the end");
+    folder->option_text("DIR");
+    app.add_option("--image", options.image, "Load FILE as the EEPROM image")
+        ->excludes(folder)
+        ->option_text("FILE");
+    app.add_option("--mem", options.mem_kib,
+                   "EEPROM size in KiB, 32 if not given; with --dir the setting memKB decides")
+        ->excludes(folder)
         ->option_text("32|64")
         ->check(CLI::IsMember({32, 64}));
     app.add_option("--save-image", options.save_image,
@@ -75,6 +83,8 @@ int parse_options(int argc, char** argv, Options& options) {
             throw CLI::ValidationError("SCENARIO", "standard input can be read only once");
         if (!options.save_image.empty() && options.scenarios.size() > 1)
             throw CLI::ValidationError("--save-image", "takes the image of one scenario");
+        if (!options.folder.empty() && options.scenarios.size() > 1)
+            throw CLI::ValidationError("--dir", "is the folder of one scenario");
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? all_well : wrong_line;
     }

@@ -8,8 +8,9 @@
 namespace orvanel {
 
 struct Options {
-    std::string image;       // file of the EEPROM image; empty: a blank one
-    int mem_kib;             // 32 or 64
+    std::string folder;      // the program's folder; empty for none
+    std::string image;       // file of the EEPROM image; empty: a blank one. Not with a folder
+    int mem_kib;             // 32 or 64. Not with a folder
     std::string save_image;  // the file it goes to at the end, if it was programmed
     bool update;             // as in PictureOptions
     bool update_missing;

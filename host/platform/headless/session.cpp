@@ -5,17 +5,21 @@
 #include "host/image_file.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
+#include "host/platform/headless/simulated_line.h"
 #include "host/platform/platform.h"
 #include "host/platform/shared/wake.h"
+#include "host/program_folder.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
 #include "link/feeds.h"
+#include "link/port.h"
 
 #include <poll.h>
 
 #include <array>
+#include <string>
 
 namespace orvanel {
 
@@ -27,13 +31,18 @@ namespace {
 
 constinit int end_fd = -1;
 
-/// The image as it stood when the firmware was told to end.
-void save_programmed_image() {
-    if (image_save_path.empty() || eeprom_state != EepromState::programmed) return;
-    const std::string fault = save_image(image_save_path, Backup::none);
-    if (fault.empty()) return;
+void tell_unsaved(const std::string& fault) {
     open_message_box("Error: HD Orvanel42 simulator", fault);
     report_fault(wrong_line, fault);
+}
+
+/// What there is to save, the image as it stood when the firmware was told to end.
+void save_all() {
+    for (const std::string& fault : save_program_folder())
+        tell_unsaved(fault);
+    if (image_save_path.empty() || eeprom_state != EepromState::programmed) return;
+    const std::string fault = save_image(image_save_path, Backup::none);
+    if (!fault.empty()) tell_unsaved(fault);
 }
 
 }  // namespace
@@ -72,6 +81,17 @@ bool wait_for_scenario_input(int fd) {
     return false;
 }
 
+bool line_is_simulated() { return !real_time; }
+
+int line_queued() { return real_time ? 0 : simulated_queued_in(); }
+
+bool line_rts() { return real_time ? com_port.load() > 0 && rts_wanted.load() : simulated_rts(); }
+
+std::int32_t line_speed() {
+    if (real_time) return com_port.load() > 0 ? line_baud.load() : 0;
+    return simulated_baud();
+}
+
 int run_session(const std::string& name) {
     const std::string fault = open_scenario(name);
     if (!fault.empty())
@@ -82,7 +102,7 @@ int run_session(const std::string& name) {
         run_in_module_time();
     close_scenario();
     stop_feed();
-    save_programmed_image();
+    save_all();
     write_end_record();
     return fault_status();
 }

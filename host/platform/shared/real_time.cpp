@@ -4,11 +4,15 @@
 #include "firmware/core/requests.h"
 #include "host/main_requests.h"
 #include "host/painter.h"
+#include "host/platform/platform.h"
 #include "host/platform/shared/serial_line.h"
 #include "host/platform/shared/wake.h"
+#include "link/com_port.h"
 #include "link/feeds.h"
+#include "link/link_thread.h"
 
 #include <atomic>
+#include <chrono>
 #include <optional>
 #include <thread>
 
@@ -21,6 +25,12 @@ constinit int input_wake = -1;
 constinit int stop_wake = -1;  // once set it stays so: every sleep ends at once
 constinit std::optional<std::thread::id> main_thread{};
 constinit std::optional<std::thread> firmware_thread{};
+constinit std::optional<std::thread> link_thread{};
+
+void join(std::optional<std::thread>& thread) {
+    if (thread) thread->join();
+    thread.reset();
+}
 
 // input_wake has been set since the last sleep: saves a system call for each further block.
 constinit std::atomic<bool> firmware_woken{false};
@@ -39,6 +49,12 @@ void close_real_time() {
     close_serial();
     close_wake(input_wake);
     close_wake(stop_wake);
+}
+
+std::int64_t real_clock_ms() {
+    using std::chrono::duration_cast;
+    using std::chrono::milliseconds;
+    return duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 void real_sleep_ms(int ms) { wait_for_wake(stop_wake, ms); }
@@ -60,7 +76,13 @@ bool real_on_main_thread() { return std::this_thread::get_id() == main_thread; }
 void start_module() {
     open_painter();
     open_messages();
-    firmware_thread.emplace(run_firmware);
+    try {
+        firmware_thread.emplace(run_firmware);
+        link_thread.emplace(run_link);
+    } catch (...) {
+        stop_module();
+        throw;
+    }
 }
 
 void stop_module() {
@@ -69,8 +91,10 @@ void stop_module() {
     seal_messages();
     set_wake(stop_wake);
     real_wake_firmware();
-    if (firmware_thread) firmware_thread->join();
-    firmware_thread.reset();
+    wake_link();
+    join(firmware_thread);
+    join(link_thread);
+    close_link();
     stop_feed();
 }
 

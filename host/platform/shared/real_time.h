@@ -1,16 +1,21 @@
 // real_time.h: the clock side of platform.h for programs that run in real time, with the firmware
-// on a thread of its own: sleeping, waking, and the life of that thread.
+// and the line on threads of their own: sleeping, waking, and the life of these threads.
 
 #pragma once
 
+#include <cstdint>
+
 namespace orvanel {
 
-/// Makes the wakes ready and takes the calling thread as the main thread. Before anything else
-/// here. False if the system has no descriptor left.
+/// Makes the wakes and the serial lines ready and takes the calling thread as the main thread.
+/// Before anything else here. False if the system has no descriptor left.
 [[nodiscard]] bool open_real_time();
 
-/// Gives the wakes back; firmware_thread has ended.
+/// Gives the wakes back; stop_module has run.
 void close_real_time();
+
+/// Milliseconds on a clock that nobody sets.
+std::int64_t real_clock_ms();
 
 /// Sleeps, or returns early once stop_module has begun.
 void real_sleep_ms(int ms);
@@ -24,12 +29,13 @@ void real_wake_firmware();
 /// True on the thread that called open_real_time.
 bool real_on_main_thread();
 
-/// Opens the painter and starts firmware_thread. The platform has to sleep, wake and paint already,
-/// and nothing may touch the EEPROM image from here to the end of stop_module.
+/// Opens the painter and starts firmware_thread and link_thread. The platform has to sleep, wake
+/// and paint already, and nothing may touch the EEPROM image from here to the end of stop_module.
 void start_module();
 
-/// Ends everything in order: shutdown requested, painter sealed, sleepers woken, firmware_thread
-/// joined, feed closed. Takes microseconds, whatever the firmware waits for. Main thread.
+/// Ends everything in order: shutdown requested, painter sealed, sleepers woken, the threads
+/// joined, line and feed closed. Takes microseconds, whatever the threads wait for; but the last
+/// bytes of an open line have 200 ms to leave. Main thread.
 void stop_module();
 
 }  // namespace orvanel

@@ -1,4 +1,4 @@
-#include "host/scenario/files.h"
+#include "host/files.h"
 
 #include <cerrno>
 #include <cstdio>

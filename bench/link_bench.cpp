@@ -1,0 +1,226 @@
+// The line of the windowless program, a process of its own, measured by a peer at the other end of
+// its pseudo terminal: link_bench PROGRAM
+// Beside it stands `cat` in the module's place, and a thread that sleeps 5 ms at a time.
+
+#include "tests/support/module_process.h"
+#include "tests/support/pactlink_peer.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <signal.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace orvanel;
+using std::chrono::duration;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr std::size_t window = 40'000;  // bytes on their way there and back
+constexpr int latency_samples = 2000;
+constexpr std::chrono::seconds share_time{10};
+constexpr int line_bytes_a_second = 11'520;  // 115200 baud
+
+double seconds_since(steady_clock::time_point begin) {
+    return duration<double>(steady_clock::now() - begin).count();
+}
+
+double cpu_seconds(clockid_t clock) {
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+double cpu_seconds_of(pid_t pid) {
+    clockid_t clock{};
+    return clock_getcpuclockid(pid, &clock) == 0 ? cpu_seconds(clock) : 0;
+}
+
+/// `cat` where the module would be.
+struct Cat {
+    pid_t pid;
+    int line;  // the peer's end
+};
+
+Cat begin_cat() {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    std::array<char, 64> name{};
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0 ||
+        ptsname_r(master, name.data(), name.size()) != 0)
+        std::exit(EXIT_FAILURE);
+    const int line = open(name.data(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    termios mode{};
+    tcgetattr(line, &mode);
+    cfmakeraw(&mode);
+    tcsetattr(line, TCSANOW, &mode);
+    const pid_t pid = fork();
+    if (pid == 0) {
+        dup2(master, STDIN_FILENO);
+        dup2(master, STDOUT_FILENO);
+        execlp("cat", "cat", nullptr);
+        _exit(127);
+    }
+    close(master);
+    return {pid, line};
+}
+
+void end_cat(const Cat& cat) {
+    kill(cat.pid, SIGTERM);
+    waitpid(cat.pid, nullptr, 0);
+    close(cat.line);
+}
+
+/// Sends the bytes and reads `back` bytes; megabytes a second of them.
+double stream(int line, const Bytes& bytes, std::size_t back) {
+    const auto begin = steady_clock::now();
+    std::size_t sent = 0, got = 0;
+    while (got < back) {
+        const bool room = sent < bytes.size() && sent < got + window;
+        if (room) {
+            pollfd both{line, POLLIN | POLLOUT, 0};
+            poll(&both, 1, -1);
+            if ((both.revents & POLLOUT) != 0) {
+                const ssize_t n = write(line, bytes.data() + sent,
+                                        std::min<std::size_t>(bytes.size() - sent, 4000));
+                if (n > 0) sent += static_cast<std::size_t>(n);
+            }
+            if ((both.revents & POLLIN) == 0) continue;
+        }
+        got += read_some(line, 65536).size();
+    }
+    return static_cast<double>(back) / 1e6 / seconds_since(begin);
+}
+
+/// Commands that have the module send `bytes` bytes, 255 at a time, and their payload beside them.
+Bytes send_back(std::size_t bytes) {
+    Bytes commands;
+    for (std::size_t i = 0; i < bytes; i += 255) {
+        for (const int byte : {0x1B, int{'S'}, int{'B'}, 255})
+            commands.push_back(static_cast<std::uint8_t>(byte));
+        commands.insert(commands.end(), 255, 'x');
+    }
+    return commands;
+}
+
+/// The same in frames: data in as large ones as there are, answers fetched 64 bytes at a time.
+double stream_frames(PactlinkPeer& peer, const Bytes& bytes, std::size_t back) {
+    const Bytes fetch{'S'};
+    const auto begin = steady_clock::now();
+    std::size_t sent = 0, got = 0;
+    while (got < back) {
+        if (sent < bytes.size() && sent < got + window) {
+            const std::size_t piece = std::min<std::size_t>(255, bytes.size() - sent);
+            send_frame(peer, frame_of(0x11, std::span(bytes).subspan(sent, piece)));
+            sent += piece;
+        }
+        for (int i = 0; i < 4; ++i)
+            got += ask(peer, fetch).size();
+    }
+    return static_cast<double>(back) / 1e6 / seconds_since(begin);
+}
+
+/// From the last byte of a question to the last one of its answer.
+void latency(const char* what, int line, const Bytes& question, std::size_t answer) {
+    std::vector<double> times;
+    for (int i = 0; i < latency_samples; ++i) {
+        std::this_thread::sleep_for(milliseconds{1});
+        const auto begin = steady_clock::now();
+        write_all(line, question);
+        read_exactly(line, answer);
+        times.push_back(seconds_since(begin) * 1e6);
+    }
+    std::sort(times.begin(), times.end());
+    std::printf("%-42s median %5.0f us, p99 %5.0f us\n", what, times[times.size() / 2],
+                times[times.size() * 99 / 100]);
+}
+
+/// Processor time of the program in percent of a core, while `meanwhile` runs.
+template <typename Work> void share(const char* what, const ModuleProcess& module, Work meanwhile) {
+    const double before = cpu_seconds_of(module.pid);
+    const auto begin = steady_clock::now();
+    meanwhile();
+    const double used = cpu_seconds_of(module.pid) - before;
+    std::printf("%-42s %.2f %% of a core\n", what, 100 * used / seconds_since(begin));
+}
+
+void sleep_5_ms_at_a_time() {
+    const double before = cpu_seconds(CLOCK_THREAD_CPUTIME_ID);
+    const auto begin = steady_clock::now();
+    while (steady_clock::now() - begin < share_time)
+        std::this_thread::sleep_for(milliseconds{5});
+    const double used = cpu_seconds(CLOCK_THREAD_CPUTIME_ID) - before;
+    std::printf("%-42s %.2f %% of a core\n", "a thread that sleeps 5 ms at a time",
+                100 * used / seconds_since(begin));
+}
+
+/// Lines and text, at the pace of the line.
+void send_at_line_speed(int line) {
+    constexpr milliseconds beat{10};
+    std::string commands;
+    while (commands.size() < line_bytes_a_second) {
+        const std::string x = std::to_string(commands.size() % 240);
+        commands.append("#GD").append(x).append(",0,239,100;#RI").append(x).append(",5,60,90;text");
+    }
+    std::size_t sent = 0;
+    const auto begin = steady_clock::now();
+    for (int i = 1; steady_clock::now() - begin < share_time; ++i) {
+        const auto due = static_cast<std::size_t>(seconds_since(begin) * line_bytes_a_second);
+        while (sent < due) {
+            const std::size_t at = sent % commands.size();
+            const std::size_t n = std::min(due - sent, commands.size() - at);
+            write_all(line, {reinterpret_cast<const std::uint8_t*>(commands.data()) + at, n});
+            sent += n;
+        }
+        std::this_thread::sleep_until(begin + i * beat);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fputs("usage: link_bench PROGRAM\n", stderr);
+        return 2;
+    }
+    constexpr std::size_t much = 255 * 16'000;
+    const Cat cat = begin_cat();
+    std::printf("%-42s %.2f MB/s\n", "there and back, cat",
+                stream(cat.line, Bytes(much, 'x'), much));
+    latency("a byte there and back, cat", cat.line, {'x'}, 1);
+    end_cat(cat);
+
+    ModuleProcess module = begin_module_process(argv[1]);
+    tell_module(module, "protocol 0");
+    ask_module(module, "time");
+    std::printf("%-42s %.2f MB/s\n", "there and back, plain",
+                stream(module.line, send_back(much), much));
+    latency("ESC ? and its answer of 9 bytes, plain", module.line, {0x1B, '?'}, 9);
+    tell_module(module, "protocol 1");
+    ask_module(module, "time");
+    PactlinkPeer peer{module.line, 0, std::mt19937(1), 0, 0, 0, 0, 0, 0};
+    std::printf("%-42s %.2f MB/s\n", "there and back, Pactlink",
+                stream_frames(peer, send_back(much), much));
+    latency("an empty data frame and its ACK", module.line, frame_of(0x11, {}), 1);
+
+    const auto rest = [] { std::this_thread::sleep_for(share_time); };
+    share("idle, Pactlink", module, rest);
+    tell_module(module, "protocol 0");
+    ask_module(module, "time");
+    share("idle, plain", module, rest);
+    share("lines and text at 115200 baud, plain", module, [&] { send_at_line_speed(module.line); });
+    sleep_5_ms_at_a_time();
+    return end_module_process(module);
+}

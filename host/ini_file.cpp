@@ -1,0 +1,186 @@
+#include "host/ini_file.h"
+
+#include "host/files.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::string_view blanks = " \t\r";
+constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";  // some editors begin a text with it
+constexpr std::size_t longest_file = 1024 * 1024;             // beyond it nobody means settings
+constexpr auto npos = std::string_view::npos;
+
+/// A part of the text, by position.
+struct Part {
+    std::size_t begin, end;
+};
+
+struct Line {
+    Part text;         // without its end
+    std::size_t next;  // where the next line begins
+};
+
+Line line_at(std::string_view text, std::size_t begin) {
+    const std::size_t feed = text.find('\n', begin);
+    if (feed == npos) return {{begin, text.size()}, text.size()};
+    const bool has_return = feed > begin && text[feed - 1] == '\r';
+    return {{begin, has_return ? feed - 1 : feed}, feed + 1};
+}
+
+std::string_view of(std::string_view text, Part part) {
+    return text.substr(part.begin, part.end - part.begin);
+}
+
+Part trimmed_part(std::string_view text, Part part) {
+    while (part.begin < part.end && blanks.find(text[part.begin]) != npos)
+        ++part.begin;
+    while (part.begin < part.end && blanks.find(text[part.end - 1]) != npos)
+        --part.end;
+    return part;
+}
+
+bool is_comment(std::string_view line) { return line.starts_with(';') || line.starts_with('#'); }
+
+/// The name between the brackets, none if the line (trimmed) isn't the head of a section.
+std::optional<std::string_view> section_name(std::string_view line) {
+    const std::size_t end = line.find(']');
+    if (!line.starts_with('[') || end == npos) return std::nullopt;
+    return of(line, trimmed_part(line, {1, end}));
+}
+
+/// The lines of the first such section, without its head.
+std::optional<Part> find_section(std::string_view text, std::string_view section) {
+    std::optional<Part> found;
+    const std::size_t start = text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0;
+    for (std::size_t at = start; at < text.size();) {
+        const Line line = line_at(text, at);
+        const auto name = section_name(of(text, trimmed_part(text, line.text)));
+        if (found.has_value() && name.has_value()) return Part{found->begin, at};
+        if (name.has_value() && same_name(*name, section)) found = Part{line.next, text.size()};
+        at = line.next;
+    }
+    return found;
+}
+
+/// Where the `=` of the line stands, npos if it is no line of a key.
+std::size_t equals_sign(std::string_view text, Part line) {
+    if (is_comment(of(text, line))) return npos;
+    const std::size_t at = of(text, line).find('=');
+    return at == npos ? npos : line.begin + at;
+}
+
+struct Value {
+    Part written;  // with its quotes
+    Part meant;    // without
+};
+
+/// The value in quotes, if nothing but a comment follows the closing one.
+std::optional<Value> quoted_value(std::string_view text, Part rest) {
+    if (rest.begin == rest.end) return std::nullopt;
+    const char quote = text[rest.begin];
+    if (quote != '"' && quote != '\'') return std::nullopt;
+    for (std::size_t end = text.find(quote, rest.begin + 1); end < rest.end;
+         end = text.find(quote, end + 1)) {
+        const Part behind = trimmed_part(text, {end + 1, rest.end});
+        const bool comment = behind.begin > end + 1 && text[behind.begin] == ';';
+        if (comment || behind.begin == behind.end)
+            return Value{{rest.begin, end + 1}, {rest.begin + 1, end}};
+    }
+    return std::nullopt;
+}
+
+/// The value behind the `=`, up to a blank and a semicolon, which begin a comment.
+Value value_behind(std::string_view text, Part rest) {
+    const std::size_t before = rest.begin;
+    rest = trimmed_part(text, rest);
+    if (const auto quoted = quoted_value(text, rest)) return *quoted;
+    const bool only_comment = rest.begin < rest.end && text[rest.begin] == ';';
+    if (only_comment && rest.begin > before) return {{before, before}, {before, before}};
+    for (std::size_t at = rest.begin + 1; at < rest.end; ++at)
+        if (text[at] == ';' && blanks.find(text[at - 1]) != npos)
+            rest = trimmed_part(text, {rest.begin, at});
+    return {rest, rest};
+}
+
+std::optional<Value> find_value(std::string_view text, Part section, std::string_view key) {
+    for (std::size_t at = section.begin; at < section.end;) {
+        const Line line = line_at(text, at);
+        const Part content = trimmed_part(text, line.text);
+        const std::size_t sign = equals_sign(text, content);
+        if (sign != npos && same_name(of(text, trimmed_part(text, {content.begin, sign})), key))
+            return value_behind(text, {sign + 1, content.end});
+        at = line.next;
+    }
+    return std::nullopt;
+}
+
+/// The end of the section's last key, or of its head.
+std::size_t end_of_keys(std::string_view text, Part section) {
+    std::size_t end = section.begin;
+    for (std::size_t at = section.begin; at < section.end;) {
+        const Line line = line_at(text, at);
+        at = line.next;
+        if (equals_sign(text, trimmed_part(text, line.text)) != npos) end = at;
+    }
+    return end;
+}
+
+/// Puts a line in at `at`, where one ends. Lines end as the first of the text does, and a text
+/// whose last line has no end keeps it so.
+void insert_line(std::string& text, std::size_t at, std::string line) {
+    const std::size_t feed = text.find('\n');
+    const std::string_view end = feed != npos && feed > 0 && text[feed - 1] == '\r' ? "\r\n" : "\n";
+    const bool open_end = at > 0 && text[at - 1] != '\n';
+    text.insert(at, open_end ? std::string(end) + line : line.append(end));
+}
+
+}  // namespace
+
+std::optional<std::string_view> ini_value(std::string_view text, std::string_view section,
+                                          std::string_view key) {
+    const auto lines = find_section(text, section);
+    if (!lines.has_value()) return std::nullopt;
+    const auto value = find_value(text, *lines, key);
+    if (!value.has_value()) return std::nullopt;
+    return of(text, value->meant);
+}
+
+void set_ini_value(std::string& text, std::string_view section, std::string_view key,
+                   std::string_view value) {
+    auto lines = find_section(text, section);
+    if (!lines.has_value()) {
+        insert_line(text, text.size(), '[' + std::string(section) + ']');
+        lines = Part{text.size(), text.size()};
+    }
+    const auto found = find_value(text, *lines, key);
+    if (!found.has_value())
+        insert_line(text, end_of_keys(text, *lines), std::string(key) + '=' + std::string(value));
+    else if (of(text, found->meant) != value)
+        text.replace(found->written.begin, found->written.end - found->written.begin, value);
+}
+
+bool same_name(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c + 0; };
+    return std::ranges::equal(a, b, {}, lower, lower);
+}
+
+std::string load_ini(const std::string& path, std::string& text) {
+    text.clear();
+    std::error_code ignored;
+    const auto kind = std::filesystem::status(path, ignored).type();
+    if (kind == std::filesystem::file_type::not_found) return {};
+    std::vector<std::uint8_t> content;
+    const std::string fault = read_file(path, longest_file, content);
+    if (!fault.empty()) return path + ": " + fault;
+    text.assign(content.begin(), content.end());
+    return {};
+}
+
+}  // namespace orvanel

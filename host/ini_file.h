@@ -1,0 +1,31 @@
+// ini_file.h: a file of the user's with sections and `key=value` lines. It is edited in place:
+// what isn't asked for stays as the user wrote it, comments, order, spacing and line ends included.
+// The form stands in docs/settings.md.
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvanel {
+
+/// The value of the first such key in the first such section, none if it isn't there. Section and
+/// key match whatever the case of their letters. Without the blanks around it, a comment behind
+/// it, and one pair of quotes. Points into `text`.
+std::optional<std::string_view> ini_value(std::string_view text, std::string_view section,
+                                          std::string_view key);
+
+/// Gives that key this value, unless it has it. A new key goes behind the section's last one, a
+/// new section to the end of the text. The value is a plain word: no blank, quote, semicolon.
+void set_ini_value(std::string& text, std::string_view section, std::string_view key,
+                   std::string_view value);
+
+/// Whether the names of two sections or keys are the same: the case of ASCII letters is none.
+bool same_name(std::string_view a, std::string_view b);
+
+/// Reads the whole file, of 1 MiB at most; a file that isn't there is an empty one. The result is
+/// empty on success, else the path and what went wrong.
+std::string load_ini(const std::string& path, std::string& text);
+
+}  // namespace orvanel

@@ -1,0 +1,20 @@
+// program_folder.h: the folder that a program lives in: the settings in simulator.ini, the EEPROM
+// image in Orvanel42.bin. Main thread, while no firmware runs.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+/// Makes the folder if it isn't there, takes the settings from it, and loads the image in the size
+/// that they say; a missing file gives the defaults, or a blank image. The result is empty on
+/// success, else what can't be read: it must not be written over, so the program has to end.
+std::string open_program_folder(const std::string& folder);
+
+/// Saves the image, if the module has programmed it, and then the settings. The result is what went
+/// wrong; the old file stays then. Does nothing if no folder is open.
+std::vector<std::string> save_program_folder();
+
+}  // namespace orvanel

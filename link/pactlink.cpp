@@ -1,0 +1,214 @@
+#include "link/pactlink.h"
+
+#include "firmware/store/macro.h"
+#include "link/pipes.h"
+#include "link/port.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <span>
+
+namespace orvanel {
+
+constinit AnswerFrame answer_frame{};
+
+namespace {
+
+// The frame that is coming in.
+constinit std::uint8_t type = 0;  // its start byte
+constinit std::uint8_t sum = 0;   // of the bytes so far
+constinit std::uint8_t length = 0;
+constinit std::uint8_t received = 0;  // of its payload
+constinit std::array<std::uint8_t, 255> payload{};
+constinit bool sound = false;  // the checksum was right
+
+constexpr std::uint8_t start_and_length = 2;
+constexpr std::uint8_t upper_case = 0xDF;  // mask: a lower-case letter counts as its upper-case one
+constexpr int most_told_waiting = 128;     // the command I tells no more than these
+constexpr int most_told_room = 250;
+
+bool is_start(std::uint8_t byte) { return byte == frame_data || byte == frame_control; }
+
+/// Where a byte leads from a state that takes it.
+FrameState behind(FrameState state, std::uint8_t byte) {
+    switch (state) {
+    case FrameState::start:
+        return FrameState::length;
+    case FrameState::length:
+        return byte == 0 ? FrameState::sum : FrameState::payload;
+    case FrameState::payload:
+        return received + 1 == length ? FrameState::sum : FrameState::payload;
+    default:
+        return FrameState::complete;
+    }
+}
+
+void take(FrameState state, std::uint8_t byte) {
+    switch (state) {
+    case FrameState::start:
+        type = sum = byte;
+        return;
+    case FrameState::length:
+        length = byte;
+        received = 0;
+        break;
+    case FrameState::payload:
+        payload[received++] = byte;
+        break;
+    default:
+        sound = byte == sum;
+        return;
+    }
+    sum = static_cast<std::uint8_t>(sum + byte);
+}
+
+std::uint8_t sum_of(std::span<const std::uint8_t> bytes) {
+    std::uint8_t total = 0;
+    for (const std::uint8_t byte : bytes)
+        total = static_cast<std::uint8_t>(total + byte);
+    return total;
+}
+
+std::span<const std::uint8_t> last_answer() {
+    return std::span(answer_frame.bytes).first(answer_frame.payload_length + std::size_t{3});
+}
+
+/// Puts head and sum around the `n` payload bytes that stand in answer_frame.
+std::span<const std::uint8_t> close_answer(std::uint8_t start, std::size_t n) {
+    answer_frame.payload_length = static_cast<std::uint8_t>(n);
+    answer_frame.bytes[0] = start;
+    answer_frame.bytes[1] = answer_frame.payload_length;
+    const std::size_t end = start_and_length + n;
+    answer_frame.bytes[end] = sum_of(std::span(answer_frame.bytes).first(end));
+    return last_answer();
+}
+
+std::span<const std::uint8_t> answer_values(std::initializer_list<int> values) {
+    std::ranges::transform(values, answer_frame.bytes.begin() + start_and_length,
+                           [](int value) { return static_cast<std::uint8_t>(value); });
+    return close_answer(frame_control, values.size());
+}
+
+/// The bytes leave tx_pipe here: from now on they exist in answer_frame alone.
+std::span<const std::uint8_t> answer_waiting() {
+    const std::size_t most = packet_size.load();
+    std::size_t n = 0;
+    for (int byte = 0; n < most && (byte = tx_pipe_get()) >= 0; ++n)
+        answer_frame.bytes[start_and_length + n] = static_cast<std::uint8_t>(byte);
+    return close_answer(frame_data, n);
+}
+
+void set_parameters() {
+    constexpr std::uint8_t whole = 3;
+    if (length < whole) return;
+    packet_size.store(std::min<std::uint8_t>(payload[1], most_answer));
+    frame_timeout_reload.store(payload[2]);
+}
+
+/// Carries out a control frame that was acknowledged. The answer frame to send, empty for none.
+std::span<const std::uint8_t> control_action() {
+    switch (length == 0 ? 0 : payload[0] & upper_case) {
+    case 'I':
+        return answer_values({std::min(tx_count(), most_told_waiting),
+                              std::min(pipe_size - rx_count(), most_told_room)});
+    case 'D':
+        set_parameters();
+        return {};
+    case 'P':
+        return answer_values(
+            {static_cast<int>(most_answer), packet_size.load(), frame_timeout_reload.load()});
+    case 'R':
+        return last_answer();
+    case 'S':
+        return answer_waiting();
+    default:
+        return {};
+    }
+}
+
+/// Delivers a data frame that is sound. False if it doesn't fit whole; then nothing has changed.
+bool deliver() {
+    if (length == 0) return true;
+    if (length > pipe_size - rx_count()) return false;
+    // Before the bytes, which may start an automatic macro of their own.
+    auto_macro_mode.store(0);
+    return rx_pipe_put_whole(std::span(payload).first(length));
+}
+
+void send_verdict(std::uint8_t verdict) {
+    com_write({&verdict, 1});
+    frame_progress.store({FrameState::complete, 0});
+}
+
+/// The command A, which is looked at whether or not the module is selected. Selecting another
+/// module deselects this one without a word.
+void select_module() {
+    constexpr std::uint8_t whole = 3;
+    if (length < whole) return;
+    const std::uint8_t choice = payload[1];  // its case counts
+    const bool own = payload[2] == module_address.load();
+    if (choice != 'S' && (choice != 'D' || !own)) return;
+    module_selected.store(choice == 'S' && own);
+    if (own) send_verdict(frame_ack);
+}
+
+bool is_selection() {
+    return sound && type == frame_control && length > 0 && (payload[0] & upper_case) == 'A';
+}
+
+/// What the module does with a frame while it is selected. A data frame is delivered before its
+/// verdict goes out, since room and delivery are looked at in one step.
+void answer_frame_now() {
+    const bool taken = sound && (type == frame_control || deliver());
+    (taken ? frames_good : frames_bad).fetch_add(1, std::memory_order_relaxed);
+    send_verdict(taken ? frame_ack : frame_nak);
+    if (!taken || type != frame_control) return;
+    if (const auto answer = control_action(); !answer.empty()) com_write(answer);
+}
+
+}  // namespace
+
+void frame_receive_byte(std::uint8_t byte) {
+    FrameProgress seen = frame_progress.load();
+    FrameState next{};
+    // The tick or a reset may change the word meanwhile: then the byte comes behind that.
+    do {
+        if (seen.state == FrameState::complete) return;
+        if (seen.state == FrameState::start && !is_start(byte)) return;
+        next = behind(seen.state, byte);
+    } while (!frame_progress.compare_exchange_weak(seen, {next, frame_timeout_reload.load()}));
+    take(seen.state, byte);
+}
+
+void handle_frame() {
+    if (is_selection() || !module_selected.load())
+        (sound ? frames_good : frames_bad).fetch_add(1, std::memory_order_relaxed);
+    if (is_selection())
+        select_module();
+    else if (module_selected.load())
+        answer_frame_now();
+    // A limit that still runs does so without harm: the next start byte sets it anew.
+    FrameProgress seen = frame_progress.load();
+    while (!frame_progress.compare_exchange_weak(seen, {FrameState::start, seen.timeout})) {
+    }
+}
+
+LinkRest framed_turn() {
+    const int queued = com_queued_in();
+    if (queued < 0) return LinkRest::fault;
+    std::array<std::uint8_t, most_answer + 3> bytes;
+    if (queued > 0) {
+        const auto most = std::min(bytes.size(), static_cast<std::size_t>(queued));
+        const int got = com_read(std::span(bytes).first(most));
+        if (got <= 0) return LinkRest::fault;
+        for (const std::uint8_t byte : std::span(bytes).first(static_cast<std::size_t>(got))) {
+            frame_receive_byte(byte);
+            if (frame_progress.load().state == FrameState::complete) handle_frame();
+        }
+    }
+    if (static_cast<std::size_t>(queued) > bytes.size()) return LinkRest::none;
+    if (queued > 0 && frame_progress.load().state != FrameState::start) return LinkRest::pause;
+    return rts_wanted.load() ? LinkRest::input : LinkRest::change;
+}
+
+}  // namespace orvanel
