@@ -185,7 +185,7 @@ void take_handed_line() {
     line = handed;
     if (line == 0) return;
     // As it was opened. What ESC + or a full pipe asked of the line before is over with it.
-    line_baud.store(com_baud.load());
+    com_restore_baud();
     baud_set = 0;
     rts_wanted.store(true);
     rts_set = true;

@@ -43,6 +43,13 @@ void com_set_baud(std::int32_t baud) {
     wake_link();
 }
 
+void com_restore_baud() {
+    // A user who chooses another speed meanwhile sets the line's too, and that must stand.
+    std::int32_t baud = com_baud.load();
+    for (line_baud.store(baud); com_baud.load() != baud; line_baud.store(baud))
+        baud = com_baud.load();
+}
+
 void com_rts_on() {
     // Asked for after every byte below the low mark: look before writing a word that two threads
     // share.

@@ -27,6 +27,9 @@ extern std::atomic<bool> protocol_on;
 /// Sets the line's speed now; com_baud stays.
 void com_set_baud(std::int32_t baud);
 
+/// Sets it back to the configured one. The caller wakes link_thread, or is it.
+void com_restore_baud();
+
 void com_rts_on();
 void com_rts_off();
 

@@ -20,6 +20,7 @@
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
 #include "firmware/touch/tracking.h"
+#include "host/platform/platform.h"
 #include "link/pipes.h"
 #include "link/port.h"
 
@@ -63,7 +64,8 @@ void power_on_defaults() {
 }
 
 void reset_cycle() {
-    com_set_baud(com_baud.load());
+    com_restore_baud();
+    wake_link();
     power_on_defaults();
     clear_planes();
     refresh_all();

@@ -136,7 +136,7 @@ TEST(HandOver, a_thousand_changes_lose_no_line_and_touch_none_that_is_closed) {
         if (random() % 4 == 0) choose_protocol(random() % 2 == 0);
         if (random() % 4 == 0) tick_frame_timeout();
         // Now and then link_thread gets time to use what it was given.
-        const int enough = operations + static_cast<int>(random() % 2 * 1000);
+        const int enough = operations + static_cast<int>(random() % 2 * 500);
         while (com_port > 0 && operations < enough)
             std::this_thread::yield();
     }
