@@ -83,12 +83,17 @@ void end_cat(const Cat& cat) {
     close(cat.line);
 }
 
+/// Whether more may go out: of what has come back, its share of `bytes` is behind us.
+bool may_send(const Bytes& bytes, std::size_t sent, std::size_t back, std::size_t got) {
+    return sent < bytes.size() && sent < got * bytes.size() / back + window;
+}
+
 /// Sends the bytes and reads `back` bytes; megabytes a second of them.
 double stream(int line, const Bytes& bytes, std::size_t back) {
     const auto begin = steady_clock::now();
     std::size_t sent = 0, got = 0;
     while (got < back) {
-        const bool room = sent < bytes.size() && sent < got + window;
+        const bool room = may_send(bytes, sent, back, got);
         if (room) {
             pollfd both{line, POLLIN | POLLOUT, 0};
             poll(&both, 1, -1);
@@ -121,7 +126,7 @@ double stream_frames(PactlinkPeer& peer, const Bytes& bytes, std::size_t back) {
     const auto begin = steady_clock::now();
     std::size_t sent = 0, got = 0;
     while (got < back) {
-        if (sent < bytes.size() && sent < got + window) {
+        if (may_send(bytes, sent, back, got)) {
             const std::size_t piece = std::min<std::size_t>(255, bytes.size() - sent);
             send_frame(peer, frame_of(0x11, std::span(bytes).subspan(sent, piece)));
             sent += piece;
@@ -195,6 +200,7 @@ int main(int argc, char** argv) {
         std::fputs("usage: link_bench PROGRAM\n", stderr);
         return 2;
     }
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     constexpr std::size_t much = 255 * 16'000;
     const Cat cat = begin_cat();
     std::printf("%-42s %.2f MB/s\n", "there and back, cat",

@@ -12,6 +12,9 @@
 namespace orvanel {
 
 constinit int com_setting = 0;
+constinit std::int32_t baud_setting = 0;
+constinit int unsaved_port = -1;
+constinit std::int32_t unsaved_baud = 0;
 constinit std::atomic<bool> beep_on{false};
 constinit int window_x = 0;
 constinit int window_y = 0;
@@ -65,9 +68,17 @@ template <auto& word, int least, int most, int outside> void in_range(std::int32
 template <auto& word> std::string digits() { return std::to_string(static_cast<int>(word)); }
 
 std::string port_text() {
-    const int chosen = com_port.load();
-    const int port = chosen < 0 ? com_setting : chosen;
+    const int port = com_port.load() == unsaved_port ? com_setting : com_port.load();
     return port == 0 ? "none" : std::to_string(port);
+}
+
+void take_baud(std::int32_t value) {
+    baud_setting = value;
+    com_baud = value;
+}
+
+std::string baud_text() {
+    return std::to_string(com_baud.load() == unsaved_baud ? baud_setting : com_baud.load());
 }
 
 void take_address(std::int32_t value) {
@@ -81,7 +92,7 @@ std::string memory_text() { return std::to_string(eeprom_size / bytes_per_kib); 
 // clang-format off
 constexpr Setting settings[]{
     {"com",             0,    0, in_range<com_setting, 1, 8, 0>,         port_text,                  Kept::saved},
-    {"baud",       115200, 9600, number<com_baud>,                       digits<com_baud>,           Kept::saved},
+    {"baud",       115200, 9600, take_baud,                              baud_text,                  Kept::saved},
     {"protocol",        1,    0, on_off<protocol_on>,                    digits<protocol_on>,        Kept::saved},
     {"adr",             7,    0, take_address,                           digits<configured_address>, Kept::by_hand},
     {"beep",            0,    0, on_off<beep_on>,                        digits<beep_on>,            Kept::saved},

@@ -7,14 +7,22 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace orvanel {
 
-/// The port to open at start, 1..8, 0 for none. What is saved is com_port, the one that is open.
+/// The port to open at start, 1..8, 0 for none, and its speed in bits a second.
 extern int com_setting;
+extern std::int32_t baud_setting;
+
+/// Of port and speed what is in force is saved, com_port and com_baud; but where these are the
+/// values below, which nobody has chosen, the settings above stay: -1 before a port is chosen, or
+/// what `--serial` has opened.
+extern int unsaved_port;
+extern std::int32_t unsaved_baud;
 
 /// The touch beep is heard.
 extern std::atomic<bool> beep_on;

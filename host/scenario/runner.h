@@ -9,7 +9,8 @@
 namespace orvanel {
 
 /// Opens a scenario file, `-` for standard input. The name stays valid until the scenario is
-/// closed. The result is empty on success, else what went wrong.
+/// closed. An empty one is for a session in real time without a scenario, which goes on until it is
+/// stopped. The result is empty on success, else what went wrong.
 std::string open_scenario(const std::string& name);
 
 void close_scenario();

@@ -45,6 +45,11 @@ Talk make_talk(std::size_t bytes, std::mt19937& random) {
     return talk;
 }
 
+/// Whether more may go out: of what has come back, its share of the commands is behind us.
+bool may_send(const Talk& talk, std::size_t sent, std::size_t got) {
+    return sent < talk.sent.size() && sent < got * talk.sent.size() / talk.expected.size() + window;
+}
+
 void check(const Talk& talk, std::size_t at, std::span<const std::uint8_t> got) {
     if (at + got.size() <= talk.expected.size() &&
         std::equal(got.begin(), got.end(), talk.expected.begin() + static_cast<std::ptrdiff_t>(at)))
@@ -62,7 +67,7 @@ void talk_plain(const ModuleProcess& module, const Talk& talk, std::mt19937& ran
     const auto begin = std::chrono::steady_clock::now();
     std::size_t sent = 0, got = 0;
     while (got < talk.expected.size()) {
-        const bool room = sent < talk.sent.size() && sent < got + window;
+        const bool room = may_send(talk, sent, got);
         if (!room) wait_readable(module.line);
         pollfd one{module.line, POLLIN, 0};
         while (poll(&one, 1, 0) > 0) {
@@ -101,7 +106,7 @@ void talk_pactlink(const ModuleProcess& module, const Talk& talk, std::mt19937& 
     const auto begin = std::chrono::steady_clock::now();
     std::size_t sent = 0, got = 0;
     while (got < talk.expected.size()) {
-        if (sent < talk.sent.size() && sent < got + window) {
+        if (may_send(talk, sent, got)) {
             const std::size_t piece = std::min(any_piece(random), talk.sent.size() - sent);
             send_frame(peer, frame_of(0x11, std::span(talk.sent).subspan(sent, piece)));
             sent += piece;

@@ -44,7 +44,7 @@ int main() {
     real_time = true;
     eeprom_reset_to(eeprom_small, {});
     take_end_signals();
-    if (!open_real_session()) return 1;
+    if (!open_real_session().empty()) return 1;
     int resets = 0;
     std::int64_t next_reset_us = between_resets_us;
     bool reset_asked = false;

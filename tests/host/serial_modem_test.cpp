@@ -21,8 +21,11 @@ constinit Modem modem{};
 }  // namespace
 
 extern "C" {
+// The linker's --wrap gives these names.
+// NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming)
 int __real_ioctl(int fd, unsigned long request, ...);
 int __wrap_ioctl(int fd, unsigned long request, ...);
+// NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
 
 int __wrap_ioctl(int fd, unsigned long request, ...) {
     va_list arguments;

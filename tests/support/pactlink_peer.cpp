@@ -4,6 +4,7 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -129,9 +130,11 @@ bool send_delayed(PactlinkPeer& peer, std::span<const std::uint8_t> frame) {
 }  // namespace
 
 Bytes frame_of(std::uint8_t start, std::span<const std::uint8_t> payload) {
-    Bytes frame{start, static_cast<std::uint8_t>(payload.size())};
-    frame.insert(frame.end(), payload.begin(), payload.end());
-    frame.push_back(static_cast<std::uint8_t>(std::accumulate(frame.begin(), frame.end(), 0)));
+    Bytes frame(payload.size() + 3);
+    frame[0] = start;
+    frame[1] = static_cast<std::uint8_t>(payload.size());
+    std::copy(payload.begin(), payload.end(), frame.begin() + 2);
+    frame.back() = static_cast<std::uint8_t>(std::accumulate(frame.begin(), frame.end() - 1, 0));
     return frame;
 }
 

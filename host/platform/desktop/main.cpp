@@ -5,6 +5,7 @@
 #include "host/platform/desktop/window.h"
 #include "host/platform/shared/process.h"
 #include "host/platform/shared/real_time.h"
+#include "host/platform/shared/start_port.h"
 #include "host/program_folder.h"
 #include "host/settings.h"
 
@@ -32,6 +33,7 @@ struct Options {
     std::string folder;
     std::string image;
     int mem_kib = 32;
+    std::string serial;
 };
 
 /// Empty if the file can be read, else what is wrong with it.
@@ -59,6 +61,13 @@ void add_options(CLI::App& app, Options& options) {
         ->excludes(folder)
         ->option_text("32|64")
         ->check(CLI::IsMember({32, 64}));
+    app.add_option("--serial", options.serial,
+                   "What stands behind COM1, which is open from the start: pty[:LINK], "
+                   "tcp:[HOST:]PORT, stdio, or a device such as /dev/ttyUSB0[@BAUD]. The line "
+                   "speaks Pactlink unless the setting protocol is 0: plain bytes then vanish in "
+                   "silence")
+        ->option_text("LINE")
+        ->check(orvanel::serial_option_fault);
     app.set_version_flag("--version", "orvanel42 " ORVANEL_VERSION);
 }
 
@@ -141,6 +150,7 @@ int run(int argc, char** argv) {
         std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
         return wrong_command_line;
     }
+    orvanel::name_devices(options.serial, options.folder);
     if (!prepare_display()) {
         std::fputs("orvanel42: there is no display to open a window on (DISPLAY and "
                    "WAYLAND_DISPLAY are not set); orvanel42-headless runs without one\n",
@@ -150,7 +160,7 @@ int run(int argc, char** argv) {
     qInstallMessageHandler(on_qt_message);
     argc = 1;  // the rest is ours and not for Qt
     const QApplication application(argc, argv);
-    if (!orvanel::open_window(options.file)) {
+    if (!orvanel::open_window(options.file, options.serial)) {
         std::fputs("orvanel42: no file descriptor left\n", stderr);
         return failed;
     }

@@ -1,10 +1,12 @@
 #include "host/platform/desktop/window.h"
 
 #include "firmware/core/backlight.h"
+#include "host/line_summary.h"
 #include "host/main_requests.h"
 #include "host/painting.h"
 #include "host/platform/platform.h"
 #include "host/platform/shared/real_time.h"
+#include "host/platform/shared/start_port.h"
 #include "host/platform/shared/wake.h"
 #include "host/settings.h"
 #include "host/window_input.h"
@@ -14,6 +16,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QEvent>
 #include <QImage>
 #include <QMessageBox>
 #include <QMouseEvent>
@@ -27,6 +30,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <vector>
 
 namespace orvanel {
@@ -44,6 +48,7 @@ QString to_qt(std::string_view text) {
 
 class Glass final : public QWidget {
   protected:
+    bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -77,6 +82,12 @@ void keep_place() {
     if (!glass->isVisible() || glass->isMinimized() || !windows_have_a_place()) return;
     const QPoint corner = glass->frameGeometry().topLeft();
     window_moved(corner.x(), corner.y());
+}
+
+bool Glass::event(QEvent* event) {
+    // Qt asks for the text anew each time that it is about to show.
+    if (event->type() == QEvent::ToolTip) setToolTip(to_qt(line_summary()));
+    return QWidget::event(event);
 }
 
 void Glass::closeEvent(QCloseEvent* event) {
@@ -147,9 +158,20 @@ void start_window_timer() {
     timer->start(window_timer_ms);
 }
 
+/// The port that is open from the start. Why it can't be opened is for who has started us; the user
+/// has a message.
+void open_port(const std::string& serial) {
+    const std::string fault = open_start_port(serial);
+    if (!fault.empty()) std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    const std::string name = new_peer_name(serial);
+    if (name.empty()) return;
+    std::printf("serial %s\n", name.c_str());
+    std::fflush(stdout);
+}
+
 }  // namespace
 
-bool open_window(const std::string& file) {
+bool open_window(const std::string& file, const std::string& serial) {
     main_wake = open_wake();
     const int end_wake = open_end_signals();
     if (!open_real_time() || main_wake < 0 || end_wake < 0) return false;
@@ -164,6 +186,7 @@ bool open_window(const std::string& file) {
     });
     make_fade_timer();
     start_window_timer();
+    open_port(serial);
     start_module();
     if (!file.empty()) open_feed(file);
     return true;

@@ -10,7 +10,8 @@ namespace orvanel {
 /// Opens the window, starts the module, and feeds it `file` unless that is empty. A QApplication
 /// exists, and settings and EEPROM image stand. SIGINT, SIGTERM and SIGHUP end the event loop
 /// from here on, as closing the window does. False if the system lacks what that takes.
-[[nodiscard]] bool open_window(const std::string& file);
+/// `serial` is the text of `--serial`, empty for none.
+[[nodiscard]] bool open_window(const std::string& file, const std::string& serial = {});
 
 /// One of these signals has come: nobody is there to answer a message.
 extern bool ended_by_signal;

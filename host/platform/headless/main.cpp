@@ -7,6 +7,7 @@
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/process.h"
+#include "host/platform/shared/start_port.h"
 #include "host/program_folder.h"
 #include "host/scenario/expectations.h"
 #include "host/scenario/report.h"
@@ -46,6 +47,8 @@ int run(int argc, char** argv) {
     }
     picture_options = {options.update, options.update_missing, options.out_folder};
     image_save_path = options.save_image;
+    serial_option = options.serial;
+    name_devices(options.serial, options.folder);
     real_time = options.real_time;
     take_end_signals();
     // The results of a lone scenario have to outlive its crash; what it says goes out at once.

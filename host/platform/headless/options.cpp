@@ -1,5 +1,6 @@
 #include "host/platform/headless/options.h"
 
+#include "host/platform/shared/start_port.h"
 #include "host/scenario/report.h"
 
 #include <CLI/CLI.hpp>
@@ -15,7 +16,7 @@ constexpr int most_jobs = 256;
 
 /// Options that belong to this program and are known, but not available yet.
 constexpr const char* later_group = "Not available in this version";
-constexpr std::array later_options{"--serial", "--trace"};
+constexpr std::array later_options{"--trace"};
 constexpr std::array later_flags{"--strict"};
 
 [[noreturn]] void refuse(const char* name) {
@@ -46,7 +47,16 @@ void add_options(CLI::App& app, Options& options) {
     app.add_option("--save-image", options.save_image,
                    "At the end write the EEPROM image to FILE, if it was programmed")
         ->option_text("FILE");
-    app.add_flag("--realtime", options.real_time, "Run on the real clock, not in module time");
+    auto* real_time =
+        app.add_flag("--realtime", options.real_time, "Run on the real clock, not in module time");
+    app.add_option("--serial", options.serial,
+                   "What stands behind COM1: pty[:LINK], tcp:[HOST:]PORT, stdio, or a device such "
+                   "as /dev/ttyUSB0[@BAUD]. Without a SCENARIO it runs until SIGINT or SIGTERM. "
+                   "The line speaks Pactlink unless the setting protocol is 0: plain bytes then "
+                   "vanish in silence")
+        ->needs(real_time)
+        ->option_text("LINE")
+        ->check(serial_option_fault);
     app.add_flag("--update", options.update,
                  "expect-screen writes its picture instead of comparing");
     app.add_flag("--update-missing", options.update_missing,
@@ -78,13 +88,17 @@ int parse_options(int argc, char** argv, Options& options) {
     add_later_options(app);
     try {
         app.parse(argc, argv);
-        if (options.scenarios.empty()) options.scenarios = {"-"};
+        if (options.scenarios.empty()) options.scenarios = {options.serial.empty() ? "-" : ""};
         if (std::count(options.scenarios.begin(), options.scenarios.end(), "-") > 1)
             throw CLI::ValidationError("SCENARIO", "standard input can be read only once");
         if (!options.save_image.empty() && options.scenarios.size() > 1)
             throw CLI::ValidationError("--save-image", "takes the image of one scenario");
         if (!options.folder.empty() && options.scenarios.size() > 1)
             throw CLI::ValidationError("--dir", "is the folder of one scenario");
+        if (!options.serial.empty() && options.scenarios.size() > 1)
+            throw CLI::ValidationError("--serial", "is the line of one scenario");
+        if (options.serial == "stdio" && options.scenarios.front() == "-")
+            throw CLI::ValidationError("SCENARIO", "standard input is the line: name a file");
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? all_well : wrong_line;
     }

@@ -18,8 +18,9 @@ struct Options {
     std::string junit;
     int jobs;
     bool real_time;
-    bool commands;  // print the command reference and do nothing else
-    std::vector<std::string> scenarios;
+    std::string serial;                  // what stands behind COM1, in real time; empty for none
+    bool commands;                       // print the command reference and do nothing else
+    std::vector<std::string> scenarios;  // an empty name: none, until a signal comes
 };
 
 /// Reads the command line. -1 to go on; else the exit status, with everything said.

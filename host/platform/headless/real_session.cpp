@@ -81,15 +81,16 @@ void wake_real_session() { set_wake(main_wake); }
 
 void paint_frame(PixelRect rect) { compose_window(frame, rect); }
 
-bool open_real_session() {
+std::string open_real_session() {
     main_wake = open_wake();
-    if (main_wake < 0 || !open_real_time()) return false;
+    if (main_wake < 0 || !open_real_time()) return "no file descriptor left";
+    if (std::string fault = open_first_port(); !fault.empty()) return fault;
     frame.resize(static_cast<std::size_t>(window_width()) *
                  static_cast<std::size_t>(window_height()));
     start = steady_clock::now();
     next_window_timer_us = window_timer_us;
     start_module();
-    return true;
+    return {};
 }
 
 void turn_real_session() {
@@ -116,8 +117,8 @@ void close_real_session() {
 }
 
 void run_in_real_time() {
-    if (!open_real_session()) {
-        report_fault(wrong_line, "no file descriptor left");
+    if (const std::string fault = open_real_session(); !fault.empty()) {
+        report_fault(wrong_line, fault);
         return;
     }
     while (!scenario_ended())

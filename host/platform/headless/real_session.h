@@ -6,15 +6,17 @@
 #include "host/platform/platform.h"
 
 #include <cstdint>
+#include <string>
 
 namespace orvanel {
 
 /// Runs firmware and scenario until the scenario has ended. The scenario is open.
 void run_in_real_time();
 
-/// The same in steps. open_real_session starts the firmware, false if the system has no descriptor
-/// left; each turn waits until something is to be done, a few ms at most, and does it.
-[[nodiscard]] bool open_real_session();
+/// The same in steps. open_real_session opens the port and starts the firmware; its result is empty
+/// on success, else what is missing. Each turn waits until something is to be done, a few ms at
+/// most, and does it.
+[[nodiscard]] std::string open_real_session();
 void turn_real_session();
 void close_real_session();
 

@@ -7,6 +7,7 @@
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/simulated_line.h"
 #include "host/platform/platform.h"
+#include "host/platform/shared/start_port.h"
 #include "host/platform/shared/wake.h"
 #include "host/program_folder.h"
 #include "host/scenario/report.h"
@@ -17,14 +18,17 @@
 #include "link/port.h"
 
 #include <poll.h>
+#include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <string>
 
 namespace orvanel {
 
 constinit bool real_time = false;
 std::string image_save_path;
+std::string serial_option;
 constinit std::int64_t next_fade_us = never;
 
 namespace {
@@ -50,6 +54,19 @@ void save_all() {
 void take_end_signals() {
     if (end_fd >= 0) close_end_signals();
     end_fd = open_end_signals();
+}
+
+std::string open_first_port() {
+    std::string fault = open_start_port(serial_option);
+    if (!fault.empty() && serial_option.empty()) {
+        std::fprintf(stderr, "orvanel42-headless: %s\n", fault.c_str());
+        return {};
+    }
+    if (const std::string name = new_peer_name(serial_option); !name.empty())
+        print_line("serial " + name);
+    // Standard output is the module's from here on.
+    if (fault.empty() && serial_option == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
+    return fault;
 }
 
 void serve_fade_step() {
@@ -98,8 +115,10 @@ int run_session(const std::string& name) {
         report_fault(wrong_line, "can't be opened: " + fault);
     else if (real_time)
         run_in_real_time();
-    else
+    else {
+        open_first_port();
         run_in_module_time();
+    }
     close_scenario();
     stop_feed();
     save_all();

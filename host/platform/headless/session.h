@@ -14,6 +14,14 @@ extern bool real_time;
 /// before run_session.
 extern std::string image_save_path;
 
+/// The text of `--serial`, empty for none. Set before run_session.
+extern std::string serial_option;
+
+/// Opens the port that is to be open from the start, and prints the name that its peer has to know.
+/// The result is empty on success, else why the one of serial_option can't be opened; that of the
+/// settings may fail, which is told. Before the firmware runs.
+std::string open_first_port();
+
 /// When the next step of the backlight's fade is due, in the time of clock_us; `never` (waits.h)
 /// while it doesn't run.
 constexpr std::int64_t fade_step_us = 20'000;
@@ -26,7 +34,8 @@ void take_end_signals();
 bool told_to_end();
 int end_signals_fd();
 
-/// Runs the scenario `name` from its first line to its end. The EEPROM image is loaded. The result
+/// Runs the scenario `name` from its first line to its end; an empty name, in real time, is none,
+/// and a signal the end. The EEPROM image is loaded. The result
 /// is the exit status.
 int run_session(const std::string& name);
 

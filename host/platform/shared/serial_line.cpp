@@ -33,7 +33,7 @@ constexpr milliseconds longest_closing{200};
 
 /// What stands behind one COM port.
 struct Device {
-    std::string text;  // as the user names it, empty for the machine's own
+    std::string text;  // as the user names it
     // The lines that are open on it, or `busy` while it is being opened or closed.
     std::atomic<int> lines;
     std::atomic<std::int32_t> baud;  // of the line opened last
@@ -80,16 +80,12 @@ bool peer_waits(const Device& device) {
     return !device.rts && (tty == nullptr || !tty->modem_lines);
 }
 
-SerialName name_of_port(int port) {
-    const std::string& text = device_of_port(port).text;
-    SerialName name{};
-    if (text.empty())
-        name.path = "/dev/ttyS" + std::to_string(port - 1);
-    else
-        parse_serial_name(text, name);
+/// The result is empty on success, else what is wrong with the user's text.
+std::string name_of_port(int port, SerialName& name) {
+    std::string fault = parse_serial_name(device_of_port(port).text, name);
     if (name.kind == SerialKind::pty && name.path.empty() && !link_folder.empty())
         name.path = link_folder + "/COM" + std::to_string(port);
-    return name;
+    return fault;
 }
 
 void make_kind(Device& device, SerialKind kind, std::int32_t baud) {
@@ -110,7 +106,10 @@ void make_kind(Device& device, SerialKind kind, std::int32_t baud) {
 }
 
 /// Empty on success.
-std::string open_device(Device& device, const SerialName& name, std::int32_t baud) {
+std::string open_device(int port, std::int32_t baud) {
+    SerialName name{};
+    if (std::string fault = name_of_port(port, name); !fault.empty()) return fault;
+    Device& device = device_of_port(port);
     device.rts = true;
     device.baud.store(baud);
     make_kind(device, name.kind, baud);
@@ -160,23 +159,18 @@ bool open_serial() {
 
 void close_serial() { close_wake(std::exchange(link_wake, -1)); }
 
-std::string set_serial_device(int port, std::string_view text) {
-    SerialName name{};
-    std::string fault = parse_serial_name(text, name);
-    if (fault.empty()) device_of_port(port).text = text;
-    return fault;
-}
+void set_serial_device(int port, std::string_view text) { device_of_port(port).text = text; }
 
 void set_serial_folder(std::string folder) { link_folder = std::move(folder); }
 
-std::string serial_peer_name(int line) {
+std::string serial_peer_name(int port) {
     struct Names {
         std::string operator()(const TtyLine& tty) const { return tty.path; }
         std::string operator()(const PtyLine& pty) const { return pty.terminal; }
         std::string operator()(const TcpLine& tcp) const { return tcp.address; }
         std::string operator()(const StdioLine& /*stdio*/) const { return "stdio"; }
     };
-    return std::visit(Names{}, device_of_line(line).line);
+    return std::visit(Names{}, device_of_port(port).line);
 }
 
 int real_serial_open(int port, std::int32_t baud) {
@@ -195,7 +189,7 @@ int real_serial_open(int port, std::int32_t baud) {
             device.baud.store(baud);
             return new_line(port);
         } else if (device.lines.compare_exchange_weak(lines, busy)) {
-            serial_fault = open_device(device, name_of_port(port), baud);
+            serial_fault = open_device(port, baud);
             const int line = serial_fault.empty() ? new_line(port) : 0;
             device.used_line = line;
             device.lines.store(line > 0 ? 1 : 0);

@@ -21,10 +21,10 @@ constexpr int most_serial_ports = 8;
 /// Gives it back; link_thread has ended and every line is closed.
 void close_serial();
 
-/// Puts what the text names (serial_name.h) behind COM `port` (1..8), where at first the device
-/// /dev/ttyS0 to /dev/ttyS7 stands. Main thread, while the port is closed. The result is empty on
-/// success, else what is wrong with the text, and nothing has changed.
-std::string set_serial_device(int port, std::string_view text);
+/// Puts what the text names (serial_name.h) behind COM `port` (1..8), where at first nothing
+/// stands. A text that is wrong shows when the port is opened. Main thread, while the port is
+/// closed.
+void set_serial_device(int port, std::string_view text);
 
 /// The folder in which a port that is named `pty` alone gets its link, COM1 to COM8; empty (the
 /// start value) for no links. Main thread, while no port is open.
@@ -33,9 +33,9 @@ void set_serial_folder(std::string folder);
 /// Why the last real_serial_open failed. Main thread.
 extern std::string serial_fault;
 
-/// What the peer of an open line has to open: a device, /dev/pts/N, HOST:PORT, or "stdio". Of the
-/// thread that opened it, before anybody may close it.
-std::string serial_peer_name(int line);
+/// What the peer of an open port has to open: a device, /dev/pts/N, HOST:PORT, or "stdio". Main
+/// thread, while its line is not to be closed.
+std::string serial_peer_name(int port);
 
 /// The functions of platform.h. Opening one that is still open, since link_thread hasn't closed it
 /// yet, gives the same device a further line: it stays open until all of them are closed, and the

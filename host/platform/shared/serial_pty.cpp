@@ -99,11 +99,13 @@ void close_line(PtyLine& line) {
 }
 
 int queued_in(PtyLine& line) {
+    see_peer(line);
     int count = 0;
     return ioctl(line.master, FIONREAD, &count) == 0 ? count : 0;
 }
 
 int queued_out(PtyLine& line) {
+    see_peer(line);
     return (poll_now(line.master, POLLOUT) & POLLOUT) != 0 ? 0 : full_queue;
 }
 
@@ -114,7 +116,9 @@ int read(PtyLine& line, std::span<std::uint8_t> into) {
 }
 
 int write(PtyLine& line, std::span<const std::uint8_t> data) {
-    if (!see_peer(line)) return static_cast<int>(data.size());
+    // As it was when the queues were looked at, which is before each block: the link writes a block
+    // in small pieces.
+    if (!line.peer) return static_cast<int>(data.size());
     const ssize_t bytes = ::write(line.master, data.data(), data.size());
     return bytes < 0 ? 0 : static_cast<int>(bytes);
 }
