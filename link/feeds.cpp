@@ -45,12 +45,12 @@ std::int64_t length_of(std::FILE* file) {
 /// Moves up to `n` bytes of the file. A file that has shrunk meanwhile ends its feed.
 void drain_file(std::size_t n) {
     const std::size_t got = std::fread(staging.data(), 1, n, feed_file);
-    rx_pipe_put_block(std::span(staging).first(got));
+    rx_pipe_put_block(std::span(staging).first(got), ByteOrigin::feed);
     left = got < n ? 0 : left - static_cast<std::int64_t>(n);
 }
 
 void drain_memory(std::size_t n) {
-    rx_pipe_put_block(feed_memory.first(n));
+    rx_pipe_put_block(feed_memory.first(n), ByteOrigin::feed);
     feed_memory = feed_memory.subspan(n);
     left -= static_cast<std::int64_t>(n);
 }

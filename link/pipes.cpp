@@ -12,6 +12,10 @@ constinit BytePipe tx_pipe{};
 
 namespace {
 
+/// Beside rx_pipe's buffer, kept for a trace alone: where each byte came from.
+constinit std::array<std::atomic<ByteOrigin>, pipe_size> rx_origins{};
+constinit ByteOrigin taken_origin = ByteOrigin::companion;
+
 int count_of(const BytePipe& pipe) {
     // Tail first: head only grows, so the difference is never below 0.
     const std::uint64_t tail = pipe.tail.load(std::memory_order_acquire);
@@ -23,7 +27,8 @@ int count_of(const BytePipe& pipe) {
 enum class Excess : std::uint8_t { drop_rest, drop_all };
 
 /// The bytes that went in. The room is looked at and filled in one turn.
-std::size_t put_block(BytePipe& pipe, std::span<const std::uint8_t> data, Excess excess) {
+std::size_t put_block(BytePipe& pipe, std::span<const std::uint8_t> data, Excess excess,
+                      ByteOrigin origin = {}) {
     while (pipe.turn.test_and_set(std::memory_order_acquire))
         pipe.turn.wait(true);
     const std::uint64_t head = pipe.head.load(std::memory_order_relaxed);
@@ -33,6 +38,8 @@ std::size_t put_block(BytePipe& pipe, std::span<const std::uint8_t> data, Excess
     auto place = static_cast<std::size_t>(head % pipe_size);
     for (const std::uint8_t byte : data.first(n)) {
         pipe.buffer[place].store(byte, std::memory_order_relaxed);
+        if (tracing() && &pipe == &rx_pipe) [[unlikely]]
+            rx_origins[place].store(origin, std::memory_order_relaxed);
         if (++place == pipe_size) place = 0;
     }
     pipe.head.store(head + n, std::memory_order_release);
@@ -63,18 +70,22 @@ int rx_count() { return count_of(rx_pipe); }
 
 int tx_count() { return count_of(tx_pipe); }
 
-void rx_pipe_put_block(std::span<const std::uint8_t> data) {
-    put_block(rx_pipe, data, Excess::drop_rest);
+void rx_pipe_put_block(std::span<const std::uint8_t> data, ByteOrigin origin) {
+    put_block(rx_pipe, data, Excess::drop_rest, origin);
     wake_firmware();
 }
 
 bool rx_pipe_put_whole(std::span<const std::uint8_t> data) {
-    const bool fits = put_block(rx_pipe, data, Excess::drop_all) == data.size();
+    const bool fits = put_block(rx_pipe, data, Excess::drop_all, ByteOrigin::line) == data.size();
     wake_firmware();
     return fits;
 }
 
+ByteOrigin rx_origin() { return taken_origin; }
+
 int rx_pipe_get() {
+    if (tracing()) [[unlikely]]
+        taken_origin = rx_origins[rx_pipe.tail.load() % pipe_size].load(std::memory_order_relaxed);
     const int byte = get(rx_pipe);
     if (byte >= 0 && rx_count() < low_mark) com_rts_on();
     return byte;
@@ -86,6 +97,8 @@ void tx_pipe_put_block(std::span<const std::uint8_t> data) {
     put_block(tx_pipe, data, Excess::drop_rest);
     // In frames an answer waits until the peer asks for it.
     if (com_port.load() > 0 && !protocol_on.load()) wake_link();
+    if (tracing()) [[unlikely]]
+        tell_answer(data);
 }
 
 void tx_pipe_put_text(std::string_view text) {

@@ -8,6 +8,8 @@
 
 #pragma once
 
+#include "firmware/core/trace.h"
+
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -36,7 +38,11 @@ int tx_count();
 
 /// Appends the bytes as one block: blocks of two producers never interleave. Wakes the firmware.
 /// What doesn't fit is dropped.
-void rx_pipe_put_block(std::span<const std::uint8_t> data);
+void rx_pipe_put_block(std::span<const std::uint8_t> data,
+                       ByteOrigin origin = ByteOrigin::companion);
+
+/// Where the byte that rx_pipe_get took last came from; `companion` without a trace. Firmware only.
+ByteOrigin rx_origin();
 
 /// As rx_pipe_put_block, but where not all of it fits nothing goes in. True if it went in.
 [[nodiscard]] bool rx_pipe_put_whole(std::span<const std::uint8_t> data);

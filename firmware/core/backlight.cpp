@@ -2,6 +2,7 @@
 
 #include "firmware/core/bytes.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "host/host_calls.h"
 
 #include <algorithm>
@@ -75,6 +76,7 @@ void set_brightness() {
     const std::uint8_t p = params[0];
     if (p == dark_at_once) put_current(1);
     if (p == full_at_once) put_current(full - 1);
+    if (p > full && p < dark_at_once) remark(Remark::clamped, p, full);
     const std::uint8_t brightness = p == dark_at_once ? std::uint8_t{0} : std::min(p, full);
     backlight_brightness.store(brightness);
     backlight_goal.store({brightness, 0});

@@ -2,6 +2,7 @@
 
 #include "firmware/core/backlight.h"
 #include "firmware/core/device.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/border.h"
 #include "firmware/raster/line.h"
@@ -222,25 +223,35 @@ const Command* find_command(std::uint8_t group, int op) {
 }
 
 void run_row(const Command& command) {
+    trace(TraceKind::letters, command.group, command.op, command.role);
     read_params(command.reads);
     command.run();
+}
+
+/// Reads the op letter and runs the command. False if it is none.
+bool run_op(std::uint8_t group) {
+    const std::uint8_t op = read_letter();
+    const Command* command = find_command(group, op);
+    if (command == nullptr) {
+        trace(TraceKind::letters, group, op);
+        remark(Remark::undefined_op);
+        return false;
+    }
+    run_row(*command);
+    return true;
 }
 
 /// Group T: the cursor goes before the op letter is read and comes back behind every op, defined
 /// or not.
 void run_terminal_command() {
     cursor_hide();
-    if (const Command* command = find_command('T', read_letter())) run_row(*command);
+    run_op('T');
     cursor_show();
 }
 
 /// Group R: an op letter that is no command reads a rectangle all the same.
 void run_rectangle_command() {
-    const Command* command = find_command('R', read_letter());
-    if (command == nullptr)
-        read_rect();
-    else
-        run_row(*command);
+    if (!run_op('R')) read_rect();
 }
 
 /// A read in the words of the reference.
@@ -293,13 +304,15 @@ std::string parameters_of(const Command& command) {
 void run_command() {
     const std::uint8_t group = read_letter();
     if (group >= group_count || !command_index.known[group]) {
+        trace(TraceKind::letters, group);
+        remark(Remark::undefined_group);
         terminal_put(group);
         return;
     }
     if (const Command* command = find_command(group, 0)) return run_row(*command);
     if (group == 'T') return run_terminal_command();
     if (group == 'R') return run_rectangle_command();
-    if (const Command* command = find_command(group, read_letter())) run_row(*command);
+    run_op(group);
 }
 
 std::string command_reference() {

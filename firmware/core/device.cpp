@@ -5,6 +5,7 @@
 #include "firmware/core/read.h"
 #include "firmware/core/requests.h"
 #include "firmware/core/tone.h"
+#include "firmware/core/trace.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/eeprom_command.h"
 #include "firmware/text/terminal.h"
@@ -53,7 +54,7 @@ void identify() {
 void set_line_speed() {
     constexpr std::array<std::int32_t, 8> rates{1200,  2400,  4800,  9600,
                                                 19200, 38400, 57600, 115200};
-    com_set_baud(rates[params[0] & 7]);
+    com_set_baud(rates[masked(params[0], 7)]);
 }
 
 void wait_command() {
@@ -73,6 +74,8 @@ void send_bytes() {
 
 void send_information() {
     const ImageCheck check = eeprom_checksum();
+    if (check.image_crc != check.stored_crc)
+        remark(Remark::wrong_crc, check.stored_crc, check.image_crc);
     const auto [version, revision] = version_of(version_text);
     const int size_kb = eeprom_size / 1024;
     const std::array<std::uint8_t, 21> payload{low8(screen_width),
@@ -108,7 +111,7 @@ void send_version() {
 void beep_command() { start_beep(params[0]); }
 
 void set_output_port(std::uint8_t p, std::uint8_t v) {
-    const int line = p & 0x0F;
+    const int line = masked(p, 0x0F);
     const auto bit = low8(1 << ((line - 1) & 7));
     if (line == 0)
         output_port.store(v);

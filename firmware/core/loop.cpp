@@ -4,6 +4,7 @@
 #include "firmware/core/power_on.h"
 #include "firmware/core/read.h"
 #include "firmware/core/requests.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/planes.h"
 #include "firmware/store/macro.h"
 #include "firmware/store/timers.h"
@@ -46,12 +47,15 @@ void background_work() {
 
 void handle_byte() {
     if (current_byte != lead_in_esc && current_byte != lead_in_hash) {
+        trace(TraceKind::text);
         terminal_put(current_byte);
         return;
     }
+    trace(TraceKind::begin);
     lead_in = current_byte;
     select_graphics_planes();
     run_command();
+    trace(TraceKind::end);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "firmware/core/device.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/core/requests.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/line.h"
 #include "firmware/raster/picture.h"
@@ -64,6 +65,7 @@ void power_on_defaults() {
 }
 
 void reset_cycle() {
+    trace(TraceKind::reset, reset_kind.load());
     com_restore_baud();
     wake_link();
     power_on_defaults();

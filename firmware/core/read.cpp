@@ -3,6 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/core/requests.h"
+#include "firmware/core/trace.h"
 #include "firmware/store/macro.h"
 #include "host/platform/platform.h"
 #include "link/pipes.h"
@@ -26,8 +27,12 @@ static_assert(zoom_from(4) == 4 && zoom_from(5) == 1 && zoom_from(0) == 4);
 constexpr std::uint8_t bar_index_from(std::uint8_t v) { return low8((v - 1) & 31); }
 static_assert(bar_index_from(1) == 0 && bar_index_from(33) == 0 && bar_index_from(0) == 31);
 
-constexpr std::uint8_t clamp_x(std::uint8_t v) { return std::min<std::uint8_t>(v, last_x); }
-constexpr std::uint8_t clamp_y(std::uint8_t v) { return std::min<std::uint8_t>(v, last_y); }
+std::uint8_t clamped(std::uint8_t v, std::uint8_t last) {
+    if (v > last) remark(Remark::clamped, v, last);
+    return std::min(v, last);
+}
+std::uint8_t clamp_x(std::uint8_t v) { return clamped(v, last_x); }
+std::uint8_t clamp_y(std::uint8_t v) { return clamped(v, last_y); }
 
 constexpr bool is_digit(std::uint8_t b) { return b >= '0' && b <= '9'; }
 
@@ -58,16 +63,22 @@ bool read_next_byte() {
         sleep_ms(idle_sleep_ms);
     }
     if (macro_depth > 0) {
+        const std::uint8_t level = macro_depth;
         current_byte = next_macro_byte();
         spend_byte_time();
+        if (tracing()) [[unlikely]]
+            tell_byte(current_byte, source_of_level(level));
         return true;
     }
     if (rx_count() > 0) {
         // The one other consumer is a clearing, on this thread; a byte that is counted is there.
         current_byte = low8(rx_pipe_get());
         spend_byte_time();
+        if (tracing()) [[unlikely]]
+            tell_byte(current_byte, {rx_origin(), 0, 0});
         return true;
     }
+    trace(TraceKind::idle);
     sleep_until_input(idle_sleep_ms);
     return false;
 }
@@ -88,6 +99,7 @@ std::uint32_t read_number() {
     // Separators, blanks and stray letters in front of a number vanish here; a '-' does too.
     do {
         read_byte();
+        if (current_byte == '-') remark(Remark::sign_dropped);
     } while (!is_digit(current_byte) && current_byte != '$' && !breaking_off());
     if (current_byte == '$') return read_hex_digits();
     std::uint32_t value = 0;
@@ -97,8 +109,15 @@ std::uint32_t read_number() {
 }
 
 std::uint8_t read_param() {
-    if (lead_in == lead_in_esc) return read_byte();
-    return current_byte = low8(read_number());
+    if (lead_in == lead_in_esc) {
+        read_byte();
+    } else {
+        const std::uint32_t number = read_number();
+        current_byte = low8(number);
+        if (number != current_byte) remark(Remark::wrapped, static_cast<int>(number), current_byte);
+    }
+    trace(TraceKind::parameter, current_byte);
+    return current_byte;
 }
 
 void read_point1() {
@@ -118,9 +137,19 @@ void read_rect() {
     if (draw_area.y1 > draw_area.y2) std::swap(draw_area.y1, draw_area.y2);
 }
 
-std::uint8_t read_zoom() { return current_byte = zoom_from(read_param()); }
+std::uint8_t read_zoom() {
+    const std::uint8_t v = read_param();
+    const std::uint8_t zoom = zoom_from(v);
+    if (v != zoom) remark(Remark::wrapped, v, zoom);
+    return current_byte = zoom;
+}
 
-std::uint8_t read_bar_index() { return current_byte = bar_index_from(read_param()); }
+std::uint8_t read_bar_index() {
+    const std::uint8_t v = read_param();
+    const std::uint8_t slot = bar_index_from(v);
+    if (v != slot + 1) remark(Remark::wrapped, v, slot + 1);
+    return current_byte = slot;
+}
 
 void read_params(const std::array<Read, max_reads>& reads) {
     std::size_t count = 0;

@@ -1,6 +1,7 @@
 #include "firmware/raster/area_fill.h"
 
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/raster/rows.h"
@@ -90,7 +91,7 @@ void fill_area(std::uint8_t mode, std::uint8_t pattern) {
     if (is_empty(area)) return;
 
     const LinkRule& rule = link_rules[mode];
-    const Pattern& rows = pattern_table[pattern & 15];
+    const Pattern& rows = pattern_table[masked(pattern, 15)];
     int y1 = area.y1;
     if (area.x1 == 0 && area.x2 == last_x) y1 = fill_blocks(y1, area.y2, rule, rows);
     for_windows(area.x1, area.x2,

@@ -3,6 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/blit.h"
 #include "firmware/raster/line.h"
@@ -219,7 +220,10 @@ std::uint8_t draw_border(std::uint8_t n, std::uint8_t mode) {
         draw_rect();
         return 0;
     }
-    if (n > max_border) return 0;
+    if (n > max_border) {
+        remark(Remark::missing_border, n);
+        return 0;
+    }
     const int panel = n + (n & 1), outline = panel - 1;
     if (mode == link_invert) {
         draw_frame(panel, mode);

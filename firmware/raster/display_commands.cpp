@@ -1,6 +1,7 @@
 // The commands that switch or fill the whole display, and those that make areas flash.
 
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
@@ -69,7 +70,7 @@ void flash_pattern() {
 }
 
 void set_flash_period() {
-    const std::uint8_t period = params[0] & 15;
+    const std::uint8_t period = masked(params[0], 15);
     flash_period.store(period);
     flash_timer.store(period);
     // The tick may be turning the phase at this moment: it looks at the period again behind that.

@@ -2,6 +2,7 @@
 
 #include "firmware/core/bytes.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
@@ -240,7 +241,7 @@ void point_command() {
 
 void rect_command() { draw_rect(); }
 
-void set_pen_link() { pen_link = params[0] & 7; }
+void set_pen_link() { pen_link = masked(params[0], 7); }
 
 namespace {
 
@@ -248,11 +249,17 @@ namespace {
 constexpr std::uint8_t pen_size_from(std::uint8_t v) { return low8(((v - 1) & 15) + 1); }
 static_assert(pen_size_from(0) == 16 && pen_size_from(16) == 16 && pen_size_from(17) == 1);
 
+std::uint8_t pen_size(std::uint8_t v) {
+    const std::uint8_t size = pen_size_from(v);
+    if (v != size) remark(Remark::wrapped, v, size);
+    return size;
+}
+
 }  // namespace
 
 void set_pen_size() {
-    pen_width = pen_size_from(params[0]);
-    pen_height = pen_size_from(params[1]);
+    pen_width = pen_size(params[0]);
+    pen_height = pen_size(params[1]);
 }
 
 }  // namespace orvanel

@@ -3,6 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
@@ -33,7 +34,10 @@ bool picture_empty() { return picture_width == 0 || picture_height == 0; }
 bool seek_picture(std::uint8_t n) {
     eeprom_seek(static_cast<std::uint16_t>(picture_table + 2 * n));
     const std::uint16_t offset = eeprom_read16();
-    if (offset == no_entry) return false;
+    if (offset == no_entry) {
+        remark(Remark::missing_picture, n);
+        return false;
+    }
     eeprom_seek(offset);
     return true;
 }
@@ -62,6 +66,8 @@ void read_size(std::uint8_t (*next)()) {
 
 void draw_staged() {
     prepare_blit();
+    if (blit_width != picture_width * blit_zoom_x || blit_height != picture_height * blit_zoom_y)
+        remark(Remark::picture_cut);
     blit(staging_buffer);
 }
 
@@ -137,11 +143,11 @@ void hardcopy() {
     tx_pipe_put_block(rows);
 }
 
-void set_picture_flash() { bitmap_flash = params[0] & 3; }
+void set_picture_flash() { bitmap_flash = masked(params[0], 3); }
 
-void set_picture_link() { bitmap_style.link = params[0] & 7; }
+void set_picture_link() { bitmap_style.link = masked(params[0], 7); }
 
-void set_picture_rotation() { bitmap_style.rotation = params[0] & 1; }
+void set_picture_rotation() { bitmap_style.rotation = masked(params[0], 1); }
 
 void set_picture_zoom() {
     bitmap_style.zoom_x = params[0];

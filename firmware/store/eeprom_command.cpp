@@ -3,6 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/read.h"
 #include "firmware/core/requests.h"
+#include "firmware/core/trace.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/timers.h"
 #include "host/host_calls.h"
@@ -34,6 +35,7 @@ std::uint16_t read_raw16() {
 void program_byte(std::uint8_t byte) {
     if (eeprom_state == EepromState::overflowed || eeprom_write(byte)) return;
     if (shutdown_requested.load()) return;
+    remark(Remark::eeprom_overflow);
     answer_byte(overflow_report);
     eeprom_state = EepromState::overflowed;
 }

@@ -1,6 +1,7 @@
 #include "firmware/store/macro.h"
 
 #include "firmware/core/bytes.h"
+#include "firmware/core/trace.h"
 #include "firmware/store/eeprom.h"
 
 #include <array>
@@ -27,6 +28,9 @@ constinit MacroFrame running{};
 // level is always `running`.
 constinit std::array<MacroFrame, max_macro_depth> suspended{};
 
+// Of all levels, for a trace.
+constinit std::array<ByteSource, max_macro_depth + 1> names{};
+
 }  // namespace
 
 void power_on_macros() {
@@ -35,7 +39,10 @@ void power_on_macros() {
 }
 
 bool run_macro(std::uint16_t table, std::uint8_t index) {
-    if (macro_depth == max_macro_depth) return false;
+    if (macro_depth == max_macro_depth) {
+        remark(Remark::macros_nested, index);
+        return false;
+    }
     eeprom_seek(static_cast<std::uint16_t>(table + record_size * index));
     const int offset = eeprom_read16();
     const int length = eeprom_read16();
@@ -43,8 +50,16 @@ bool run_macro(std::uint16_t table, std::uint8_t index) {
     if (macro_depth > 0) suspended[macro_depth] = running;
     ++macro_depth;
     running = {offset, length};
+    names[macro_depth] = {ByteOrigin::macro, index, table};
     return true;
 }
+
+void start_macro(std::uint16_t table, std::uint8_t index) {
+    const bool room = macro_depth < max_macro_depth;
+    if (!run_macro(table, index) && room) remark(Remark::missing_macro, index);
+}
+
+ByteSource source_of_level(std::uint8_t level) { return names[level]; }
 
 std::uint8_t next_macro_byte() {
     const std::uint8_t byte = eeprom_at(running.pos);

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "firmware/core/trace.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -25,6 +27,12 @@ extern std::atomic<std::uint8_t> auto_macro_mode;
 /// Makes the macro the source of the next read. `table` is one of the tables above. False, and
 /// nothing changed, if the record is empty or the stack is full. Reads no byte of the macro.
 bool run_macro(std::uint16_t table, std::uint8_t index);
+
+/// As run_macro, for a macro that is expected to be there: a missing one is remarked.
+void start_macro(std::uint16_t table, std::uint8_t index);
+
+/// For a trace: the macro that runs in level 1..max_macro_depth, or ran there last.
+ByteSource source_of_level(std::uint8_t level);
 
 /// The next byte of the innermost macro, 0 where its record points outside the image. The level
 /// ends in the call that delivers its last byte, so that a start command at a macro's end doesn't

@@ -5,10 +5,10 @@
 
 namespace orvanel {
 
-void run_normal_macro() { run_macro(normal_macro_table, params[0]); }
+void run_normal_macro() { start_macro(normal_macro_table, params[0]); }
 
-void run_touch_macro() { run_macro(touch_macro_table, params[0]); }
+void run_touch_macro() { start_macro(touch_macro_table, params[0]); }
 
-void run_menu_macro() { run_macro(menu_macro_table, params[0]); }
+void run_menu_macro() { start_macro(menu_macro_table, params[0]); }
 
 }  // namespace orvanel

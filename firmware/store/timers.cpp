@@ -6,6 +6,7 @@
 #include "firmware/core/requests.h"
 #include "firmware/core/tick_counter.h"
 #include "firmware/core/tone.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/store/macro.h"
 #include "firmware/text/terminal.h"
@@ -108,7 +109,7 @@ void power_on_timers() {
 }
 
 void run_auto_macro() {
-    run_macro(normal_macro_table, automatic.current);
+    start_macro(normal_macro_table, automatic.current);
     std::uint8_t seen = auto_macro_mode.load();
     automatic.mode = seen;
     const bool ended = step_sequence(automatic);
@@ -120,7 +121,7 @@ void run_auto_macro() {
 void run_process_macro(int i) {
     AutoMacroTimer& process = process_macros[static_cast<std::size_t>(i)];
     MacroSequence& sequence = process.sequence;
-    run_macro(normal_macro_table, sequence.current);
+    start_macro(normal_macro_table, sequence.current);
     if (step_sequence(sequence)) {
         // Ready to start again from where it began, when ESC M Z gives it a new period.
         process.period = 0;
@@ -142,10 +143,11 @@ void delayed_macro() {
 
 void define_process_macro() {
     const auto [number, kind, a, b, period, unused] = params;
-    if (number < 1 || number > process_macros.size()) return;
+    if (number < 1 || number > process_macros.size())
+        return remark(Remark::missing_process, number);
     AutoMacroTimer& process = process_macros[number - 1U];
     constexpr std::array<std::uint8_t, 4> mode_of_kind{5, 5, 1, 3};
-    process.sequence = sequence_from(a, b, mode_of_kind[kind & 3]);
+    process.sequence = sequence_from(a, b, mode_of_kind[masked(kind, 3)]);
     process.period = period;
     process.clock.store(period);
 }
@@ -153,7 +155,8 @@ void define_process_macro() {
 void set_process_period() {
     const auto number = params[0];
     const auto period = params[1];
-    if (number < 1 || number > process_macros.size()) return;
+    if (number < 1 || number > process_macros.size())
+        return remark(Remark::missing_process, number);
     AutoMacroTimer& process = process_macros[number - 1U];
     if (process.sequence.mode == 0) return;
     process.period = period;
@@ -164,7 +167,7 @@ void set_process_period() {
     }
 }
 
-void enable_process_macros() { macro_processes_enabled = (params[0] & 1) != 0; }
+void enable_process_macros() { macro_processes_enabled = masked(params[0], 1) != 0; }
 
 void firmware_tick() {
     if (!tick_enabled.load()) return;

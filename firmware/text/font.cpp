@@ -2,6 +2,7 @@
 
 #include "firmware/core/bytes.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/blit.h"
 #include "firmware/store/eeprom.h"
 
@@ -56,12 +57,12 @@ void select_anew(std::uint8_t n, FontRef& font) {
     select_font(n, font);
 }
 
-std::uint8_t gap_param() { return static_cast<std::uint8_t>(params[0] & max_gap); }
+std::uint8_t gap_param() { return masked(params[0], max_gap); }
 
 }  // namespace
 
 void select_font(std::uint8_t n, FontRef& font) {
-    n &= 15;
+    n = masked(n, 15);
     if (n == font.id) return;
     font.id = n;
     const bool builtin = n == 0;
@@ -70,12 +71,13 @@ void select_font(std::uint8_t n, FontRef& font) {
         // The table is read at the image cursor, which stays behind the entry.
         eeprom_seek(static_cast<std::uint16_t>(font_table + 2 * n));
         start = eeprom_read16();
-        if (start == no_entry) return;
+        if (start == no_entry) return remark(Remark::missing_font, n);
     }
     const auto header = [memory = font_memory(builtin), start](std::int32_t i) {
         return byte_at(memory, start + i);
     };
-    if (header(0) != 'F' || header(1) != 'H' || header(2) != '7') return;
+    if (header(0) != 'F' || header(1) != 'H' || header(2) != '7')
+        return remark(Remark::missing_font, n);
     font.first = header(4);
     font.last = header(5);
     font.width = header(6);

@@ -2,6 +2,7 @@
 
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
@@ -80,7 +81,8 @@ void append(OpenLine& line, RunEntry entry) {
 }
 
 void append_character(OpenLine& line, std::uint8_t code) {
-    if (code < active_font->first || code > active_font->last) return;
+    if (code < active_font->first || code > active_font->last)
+        return remark(Remark::missing_glyph, code);
     append(line, {glyph_entry(*active_font, code).width, code});
 }
 
@@ -205,7 +207,8 @@ std::uint8_t layout_string(StringSource source, bool check_align) {
     std::uint8_t first_character = 0;
     OpenLine line{};
     // A full buffer leaves the open line unclosed and the rest of the string with its source.
-    for (bool ended = false; !ended && !buffer_full(line);) {
+    bool ended = false;
+    while (!ended && !buffer_full(line)) {
         std::uint8_t b = next_byte(source);
         const bool escaped = b == escape;
         if (escaped) b = next_byte(source);
@@ -224,6 +227,7 @@ std::uint8_t layout_string(StringSource source, bool check_align) {
             append_character(line, b);
         }
     }
+    if (!ended) remark(Remark::text_cut);
     max_width *= active_style->zoom_x;
     total_height = line_count * active_font->height * active_style->zoom_y;
     if (line_count != 0) total_height += (line_count - 1) * active_font->line_gap;
@@ -307,11 +311,11 @@ void set_string_zoom() {
     string_style.zoom_y = params[1];
 }
 
-void set_string_link() { string_style.link = params[0] & 7; }
-void set_string_rotation() { string_style.rotation = params[0] & 1; }
+void set_string_link() { string_style.link = masked(params[0], 7); }
+void set_string_rotation() { string_style.rotation = masked(params[0], 1); }
 
 void set_string_flash() {
-    const std::uint8_t attr = params[0] & 3;
+    const std::uint8_t attr = masked(params[0], 3);
     string_flash = attr == 3 ? flash_none : attr;
 }
 

@@ -1,6 +1,7 @@
 #include "firmware/text/terminal.h"
 
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/blit.h"
 #include "firmware/raster/screen_store.h"
@@ -170,7 +171,7 @@ void terminal_show() {
     refresh_all();
 }
 
-void set_cursor() { terminal.cursor_on = (params[0] & 1) != 0; }
+void set_cursor() { terminal.cursor_on = masked(params[0], 1) != 0; }
 
 void set_position() {
     terminal.pending_scroll = false;

@@ -1,5 +1,6 @@
 #include "firmware/touch/areas.h"
 
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/touch/look.h"
@@ -63,7 +64,10 @@ void publish_touch_areas() {
 }
 
 TouchArea& new_touch_area() {
-    if (area_count == max_touch_areas) remove_touch_area(max_touch_areas - 1, false);
+    if (area_count == max_touch_areas) {
+        remark(Remark::areas_full);
+        remove_touch_area(max_touch_areas - 1, false);
+    }
     TouchArea& area = touch_areas[area_count];
     area = {};
     return area;

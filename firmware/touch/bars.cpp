@@ -3,6 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/touch/areas.h"
@@ -44,6 +45,13 @@ bool select_bar(int slot) {
     bar_work = bar_slots[static_cast<std::size_t>(slot)];
     bar_current = bar_work.dir == 0 ? no_bar : slot;
     return bar_current != no_bar;
+}
+
+/// As select_bar, for a command that needs the bar.
+bool select_bar_or_remark(int slot) {
+    const bool found = select_bar(slot);
+    if (!found) remark(Remark::missing_bar, slot + 1);
+    return found;
 }
 
 DrawArea bar_rectangle() { return {bar_work.x1, bar_work.y1, bar_work.x2, bar_work.y2}; }
@@ -198,16 +206,20 @@ void define_bar_up() { define_bar('O'); }
 void define_bar_down() { define_bar('U'); }
 
 void set_bar_command() {
-    if (select_bar(params[0])) set_bar_value(params[1]);
+    if (!select_bar_or_remark(params[0])) return;
+    const int highest = bar_work.low + bar_work.steps - 1;
+    if (params[1] < bar_work.low || params[1] > highest)
+        remark(Remark::clamped, params[1], std::clamp<int>(params[1], bar_work.low, highest));
+    set_bar_value(params[1]);
 }
 
 void delete_bar_command() {
     const int slot = params[0];
-    if (!select_bar(slot)) return;
+    if (!select_bar_or_remark(slot)) return;
     remove_touch_areas(
         [slot](const TouchArea& area) { return area.type == AreaType::bar && area.state == slot; },
         false);
-    if ((params[1] & 1) != 0) {
+    if (masked(params[1], 1) != 0) {
         draw_area = bar_rectangle();
         fill_area(link_replace, pattern_clear);
         refresh_area();
@@ -225,12 +237,12 @@ void query_bar() {
 }
 
 void redraw_bar_command() {
-    if (select_bar(params[0])) redraw_bar();
+    if (select_bar_or_remark(params[0])) redraw_bar();
 }
 
 void make_bar_touchable() {
     const std::uint8_t slot = read_bar_index();
-    if (!select_bar(slot)) return;
+    if (!select_bar_or_remark(slot)) return;
     TouchArea& area = new_touch_area();
     area.type = AreaType::bar;
     area.state = slot;
@@ -239,7 +251,7 @@ void make_bar_touchable() {
 }
 
 void set_bar_report() {
-    const int mode = params[0] & 3;
+    const int mode = masked(params[0], 3);
     bar_send_mode = mode == 3 ? BarReport::never : static_cast<BarReport>(mode);
 }
 

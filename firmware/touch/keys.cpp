@@ -3,6 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/border.h"
 #include "firmware/raster/picture.h"
@@ -140,7 +141,7 @@ void query_switch() {
 
 void set_switches() {
     const std::uint8_t code = params[0];
-    const bool on = (params[1] & 1) != 0;
+    const bool on = masked(params[1], 1) != 0;
     for (int i = area_count - 1; i >= 0; --i) {
         TouchArea& area = touch_area(i);
         if (area.type != AreaType::toggle || !has_code(area, code) || is_on(area) == on) continue;
@@ -158,7 +159,7 @@ void invert_by_code() {
 
 void remove_by_code() {
     const std::uint8_t code = params[0];
-    const bool erase = (params[1] & 1) != 0;
+    const bool erase = masked(params[1], 1) != 0;
     if (code == 0)
         remove_all(erase);
     else
@@ -173,13 +174,13 @@ void remove_at_point() {
         [x, y](const TouchArea& area) {
             return area.x1 <= x && x <= area.x2 && area.y1 <= y && y <= area.y2;
         },
-        (params[0] & 1) != 0);
+        masked(params[0], 1) != 0);
 }
 
 void set_touch_border() { touch_border = params[0]; }
 
 void set_touch_invert() {
-    const bool inverts = (params[0] & 1) != 0;
+    const bool inverts = masked(params[0], 1) != 0;
     // A key that is held shows the new way at once.
     if (cur_area != 0 && touch_area(cur_area - 1).type == AreaType::key && inverts != touch_invert)
         invert_touch_area(cur_area - 1);
@@ -188,7 +189,7 @@ void set_touch_invert() {
 
 void set_switch_group() { switch_group = params[0]; }
 
-void set_label_rotation() { touch_style.rotation = params[0] & 1; }
+void set_label_rotation() { touch_style.rotation = masked(params[0], 1); }
 
 void set_label_zoom() {
     touch_style.zoom_x = params[0];

@@ -3,6 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/border.h"
 #include "firmware/raster/planes.h"
@@ -74,18 +75,23 @@ void read_menu_text(MenuBox& menu) {
     menu.direction = 'U';
     menu.items_text = 0;
     std::size_t length = 0;
+    bool cut = false;
     std::uint8_t b = read_byte();
     if (b == 'U' || b == 'O' || b == 'L' || b == 'R') {
         menu.direction = b;
         b = read_byte();
     }
     for (; !ends_text(b); b = read_byte()) {
-        if (length == menu_text_size - 1) continue;
+        if (length == menu_text_size - 1) {
+            cut = true;
+            continue;
+        }
         const bool splits = b == '|' && menu.items_text == 0;  // also behind a backslash
         menu.text[length++] = splits ? std::uint8_t{0} : b;
         if (splits) menu.items_text = static_cast<std::uint16_t>(length);
     }
     menu.text[length] = 0;
+    if (cut) remark(Remark::text_cut);
 }
 
 void drop_text() {
@@ -186,6 +192,7 @@ void open_box(StringSource source, const TouchArea* opener) {
     layout_string(source, false);
     menu_items = line_count;
     if (menu_items == 0) return;
+    if (menu_selection > menu_items) remark(Remark::clamped, menu_selection, menu_items);
     menu_selection = std::min(menu_selection, menu_items);
     menu_rotation = menu_style.rotation;
     menu_pitch = low8(menu_font.height * menu_style.zoom_y + menu_font.line_gap);
@@ -347,7 +354,10 @@ void define_touch_menu() {
     const std::uint8_t up_code = read_param();
     const std::uint8_t list_code = read_param();
     const std::uint8_t slot = free_slot();
-    if (slot == no_menu_slot) return drop_text();
+    if (slot == no_menu_slot) {
+        remark(Remark::menus_full);
+        return drop_text();
+    }
     TouchArea& opener = new_touch_area();
     MenuBox& menu = menu_defs[slot];
     read_menu_text(menu);
@@ -384,7 +394,7 @@ void send_menu_selection() {
 
 void start_menu_selection() {
     close_menu();
-    if (menu_selection != 0) run_macro(menu_macro_table, low8(params[0] + menu_selection - 1));
+    if (menu_selection != 0) start_macro(menu_macro_table, low8(params[0] + menu_selection - 1));
     menu_selection = 0;
 }
 
@@ -395,7 +405,7 @@ void previous_menu_row() {
 }
 
 void set_menu_opening() {
-    const int mode = params[0] & 3;
+    const int mode = masked(params[0], 3);
     if (mode < 2) menu_auto_open = mode == 1;
     if (!menu_pending || mode == 0) return;
     // A request whose opener is gone is dropped.
@@ -403,7 +413,7 @@ void set_menu_opening() {
     menu_pending = false;
 }
 
-void set_menu_rotation() { menu_style.rotation = params[0] & 1; }
+void set_menu_rotation() { menu_style.rotation = masked(params[0], 1); }
 
 void set_menu_zoom() {
     menu_style.zoom_x = params[0];

@@ -4,6 +4,7 @@
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
 #include "firmware/core/tone.h"
+#include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/line.h"
 #include "firmware/raster/planes.h"
@@ -130,6 +131,17 @@ void list_event() {
         set_menu_selection(menu_row_at_touch());
 }
 
+void trace_event() {
+    if (!tracing()) return;
+    constexpr std::array<TraceKind, 4> kinds{TraceKind::press, TraceKind::press, TraceKind::drag,
+                                             TraceKind::release};  // by TouchEvent
+    constexpr std::array<const char*, 8> areas{
+        "nothing", "key", "switch", "bar", "draw area", "menu opener", "menu list", "report area"};
+    const auto type = area_in_hand == 0 ? AreaType::none : touch_area(index_in_hand()).type;
+    trace(kinds[static_cast<std::size_t>(event_kind)], cur_x, cur_y,
+          areas[static_cast<std::size_t>(type)]);
+}
+
 /// Press and drag tell their place, a release the last of these: its own is the 0 of no finger.
 void report_event() {
     constexpr std::array<std::uint8_t, 4> report_kinds{0, 1, 2, 0};  // by TouchEvent
@@ -205,6 +217,7 @@ void poll_touch() {
 
 void handle_touch_event() {
     area_in_hand = event_kind == TouchEvent::release ? prev_area : cur_area;
+    trace_event();
     if (area_in_hand == 0) return;
     const AreaType type = touch_area(index_in_hand()).type;
     const bool of_menu = type == AreaType::opener || type == AreaType::list;
@@ -241,7 +254,7 @@ void fire_touch_code(std::uint8_t code) {
 }
 
 void enable_touch() {
-    touch_enabled = (params[0] & 1) != 0;
+    touch_enabled = masked(params[0], 1) != 0;
     if (cur_area != 0) {
         event_kind = TouchEvent::release;
         prev_area = cur_area;
@@ -255,6 +268,6 @@ void enable_touch() {
     cur_area = 0;
 }
 
-void enable_touch_beep() { touch_beep = (params[0] & 1) != 0; }
+void enable_touch_beep() { touch_beep = masked(params[0], 1) != 0; }
 
 }  // namespace orvanel

@@ -77,6 +77,17 @@ class ScenarioProgram : public testing::Test {
 const std::string identify = "send 1B \"?\"\n";
 const std::string identity = " FF FF 48 F0 00 80 00 01 42\n";
 
+/// The last field of each trace line of a command, and touches, answers and resets as they stand.
+std::string verdicts(const std::string& trace) {
+    std::istringstream lines(trace);
+    std::string all;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t bar = line.rfind("| ");
+        all += line.substr(bar == std::string::npos ? line.find(' ') + 1 : bar + 2) + '\n';
+    }
+    return all;
+}
+
 }  // namespace
 
 TEST_F(ScenarioProgram, begins_at_the_end_of_the_first_move) {
@@ -243,6 +254,60 @@ TEST_F(ScenarioProgram, a_wrong_line_ends_the_run_and_says_why) {
     }
 }
 
+TEST_F(ScenarioProgram, a_trace_tells_what_the_module_did_in_silence) {
+    put("feed", "\x1BGP\x05\x06");
+    put("a.scn",
+        "feed feed\nsettle\nsend \"ab\" 1B \"GD\" 0A 14 FF 05 \"#GD-1,20,300,50,\"\n"
+        "send 1B \"%\" 1B \"GY\" 1B \"ZF\" 09 "
+        "\"#ZV12,#MN7,#UE3,#UI0,0,9,#GZ17,1,#RR0,0,40,40,19,\"\n"
+        "send \"#BA3,1,#ZZ5,1,#BR1,0,0,50,9,1,5,0,1,#BA1,9,#MD9,1,1,1,1,#ND0,0,0,a\" 0D \"#NA\"\n"
+        "send \"#SB2,\" 01 02 1B \"ZL\" 00 00 \"a\\x80\" 00 \"#AT0,0,40,40,1,0,k\" 0D\nsettle\n"
+        "touch 9 9\nwait 20\nlift\nsettle\nreset 2\nsettle\n");
+    ASSERT_EQ(run({"--trace", "t", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("t").substr(0, get("t").find("feed")), "0.000 reset 0\n105.050 ");
+    EXPECT_EQ(verdicts(get("t")),
+              "reset 0\n"
+              "ok\n"
+              "ok\n"
+              "255 clamped to 239\n"
+              "a '-' was skipped; 300 taken as 44\n"
+              "undefined group, its letter went to the terminal\n"
+              "undefined command, dropped\n"
+              "font 9 is missing\n"
+              "12 taken as 4\n"
+              "macro 7 is missing\n"
+              "undefined command, dropped\n"
+              "ok\n"
+              "picture 9 is missing\n"
+              "17 taken as 1\n"
+              "border 19 is missing\n"
+              "bar 3 is not defined\n"
+              "5 taken as 1\n"
+              "ok\n"
+              "9 clamped to 5\n"
+              "there is no process macro 9\n"
+              "character 61 is not in the font\n"
+              "ok\n"
+              "ok\n"
+              "answer 01 02\n"
+              "character 61 is not in the font; character 80 is not in the font\n"
+              "character 6B is not in the font\n"
+              "press 9 9 on key\n"
+              "answer 1B 41 01 01\n"
+              "release on key\n"
+              "ok\n"
+              "reset 2\n");
+    // As objects, and as a failure of the run.
+    ASSERT_EQ(run({"--trace-json", "t", "--strict", "a.scn"}), 1);
+    EXPECT_NE(get("t").find(R"({"time":105.050,"source":"feed","bytes":"1B47500506","count":5,)"
+                            R"("command":"ESC G P","parameters":[5,6],)"),
+              std::string::npos)
+        << get("t");
+    EXPECT_NE(get("err").find("255 clamped to 239"), std::string::npos);
+    ASSERT_EQ(run({"--trace", "no/t", "a.scn"}), 2);
+    EXPECT_EQ(get("err"), "a.scn: error: can't write no/t: No such file or directory\n");
+}
+
 TEST_F(ScenarioProgram, a_wrong_command_line_gives_2) {
     for (const std::vector<std::string>& words : {std::vector<std::string>{"--mem", "48"},
                                                   {"--image", "missing"},
@@ -252,7 +317,8 @@ TEST_F(ScenarioProgram, a_wrong_command_line_gives_2) {
                                                   {"--dir", ".", "--image", "in"},
                                                   {"--dir", ".", "a.scn", "b.scn"},
                                                   {"--dir", "/dev/null/x"},
-                                                  {"--strict"},
+                                                  {"--trace", "t", "a.scn", "b.scn"},
+                                                  {"--trace", "t", "--trace-json", "u", "a.scn"},
                                                   {"--nonsense"},
                                                   {"missing.scn"},
                                                   {"."},

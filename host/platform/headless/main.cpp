@@ -50,6 +50,7 @@ int run(int argc, char** argv) {
     serial_option = options.serial;
     name_devices(options.serial, options.folder);
     real_time = options.real_time;
+    trace_options = options.trace;
     take_end_signals();
     // The results of a lone scenario have to outlive its crash; what it says goes out at once.
     const bool several = options.scenarios.size() > 1;

@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <array>
 
 namespace orvanel {
 
@@ -14,21 +13,21 @@ namespace {
 
 constexpr int most_jobs = 256;
 
-/// Options that belong to this program and are known, but not available yet.
-constexpr const char* later_group = "Not available in this version";
-constexpr std::array later_options{"--trace"};
-constexpr std::array later_flags{"--strict"};
-
-[[noreturn]] void refuse(const char* name) {
-    throw CLI::ValidationError(name, "is not available in this version");
-}
-
-void add_later_options(CLI::App& app) {
-    for (const char* name : later_options)
-        app.add_option_function<std::string>(name, [name](const std::string&) { refuse(name); })
-            ->group(later_group);
-    for (const char* name : later_flags)
-        app.add_flag_callback(name, [name] { refuse(name); })->group(later_group);
+void add_trace_options(CLI::App& app, TraceOptions& trace) {
+    const auto takes_file = [&trace](TraceForm form) {
+        return [&trace, form](const std::string& file) { trace = {form, file, trace.strict}; };
+    };
+    auto* text = app.add_option_function<std::string>(
+                        "--trace", takes_file(TraceForm::text),
+                        "Write a line for each command of the module's language to FILE, - for "
+                        "standard error")
+                     ->option_text("FILE");
+    app.add_option_function<std::string>("--trace-json", takes_file(TraceForm::json),
+                                         "The same as one JSON object a line")
+        ->excludes(text)
+        ->option_text("FILE");
+    app.add_flag("--strict", trace.strict,
+                 "A remark in the trace makes the run fail, whether or not it is written");
 }
 
 void add_options(CLI::App& app, Options& options) {
@@ -66,6 +65,7 @@ void add_options(CLI::App& app, Options& options) {
         ->option_text("DIR");
     app.add_option("--junit", options.junit, "Write the results to FILE, for CI servers")
         ->option_text("FILE");
+    add_trace_options(app, options.trace);
     app.add_option("--jobs", options.jobs, "Run N scenarios side by side")
         ->option_text("N")
         ->check(CLI::Range(1, most_jobs));
@@ -85,7 +85,6 @@ int parse_options(int argc, char** argv, Options& options) {
     CLI::App app{"Runs the HD Orvanel42 display module without a window, driven by scenarios",
                  "orvanel42-headless"};
     add_options(app, options);
-    add_later_options(app);
     try {
         app.parse(argc, argv);
         if (options.scenarios.empty()) options.scenarios = {options.serial.empty() ? "-" : ""};
@@ -99,6 +98,9 @@ int parse_options(int argc, char** argv, Options& options) {
             throw CLI::ValidationError("--serial", "is the line of one scenario");
         if (options.serial == "stdio" && options.scenarios.front() == "-")
             throw CLI::ValidationError("SCENARIO", "standard input is the line: name a file");
+        if (!options.trace.file.empty() && options.trace.file != "-" &&
+            options.scenarios.size() > 1)
+            throw CLI::ValidationError("--trace", "takes the trace of one scenario");
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? all_well : wrong_line;
     }

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "host/scenario/trace.h"
+
 #include <string>
 #include <vector>
 
@@ -18,7 +20,8 @@ struct Options {
     std::string junit;
     int jobs;
     bool real_time;
-    std::string serial;                  // what stands behind COM1, in real time; empty for none
+    std::string serial;  // what stands behind COM1, in real time; empty for none
+    TraceOptions trace;
     bool commands;                       // print the command reference and do nothing else
     std::vector<std::string> scenarios;  // an empty name: none, until a signal comes
 };

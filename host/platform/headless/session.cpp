@@ -29,6 +29,7 @@ namespace orvanel {
 constinit bool real_time = false;
 std::string image_save_path;
 std::string serial_option;
+TraceOptions trace_options;
 constinit std::int64_t next_fade_us = never;
 
 namespace {
@@ -111,6 +112,7 @@ std::int32_t line_speed() {
 
 int run_session(const std::string& name) {
     const std::string fault = open_scenario(name);
+    start_trace(trace_options);
     if (!fault.empty())
         report_fault(wrong_line, "can't be opened: " + fault);
     else if (real_time)
@@ -121,6 +123,7 @@ int run_session(const std::string& name) {
     }
     close_scenario();
     stop_feed();
+    finish_trace();
     save_all();
     write_end_record();
     return fault_status();

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "host/scenario/trace.h"
+
 #include <cstdint>
 #include <string>
 
@@ -21,6 +23,9 @@ extern std::string serial_option;
 /// The result is empty on success, else why the one of serial_option can't be opened; that of the
 /// settings may fail, which is told. Before the firmware runs.
 std::string open_first_port();
+
+/// How the module is listened to. Set before run_session.
+extern TraceOptions trace_options;
 
 /// When the next step of the backlight's fade is due, in the time of clock_us; `never` (waits.h)
 /// while it doesn't run.

@@ -1,0 +1,466 @@
+#include "host/scenario/trace.h"
+
+#include "firmware/core/trace.h"
+#include "firmware/store/macro.h"
+#include "host/scenario/report.h"
+#include "host/scenario/world.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::size_t most_kept = 4096;      // bytes of one command
+constexpr std::size_t most_shown = 64;       // bytes in a line of text
+constexpr std::size_t most_text_bytes = 64;  // of terminal text to a line
+constexpr std::size_t most_faults = 20;
+
+/// What one line is made of: a command, or a stretch of text for the terminal.
+struct Step {
+    bool open;
+    bool is_text;
+    ByteSource source;
+    std::vector<std::uint8_t> bytes;  // the first most_kept of `count`
+    std::size_t count;
+    std::string letters;
+    std::vector<int> parameters;
+    std::size_t raw_start;  // bytes from here on are no numbers
+    const char* role;
+    std::vector<std::string> remarks;
+};
+
+struct Trace {
+    TraceOptions options;
+    std::FILE* file;
+    int write_fault;  // errno of the first line that couldn't be written
+    Step step;
+    ByteSource last_source;
+    std::uint8_t last_byte;
+    std::vector<std::uint8_t> answer;
+    std::vector<std::string> faults;
+    std::size_t fault_count;
+    bool in_reset;  // what a reset finds missing is nobody's command
+};
+
+std::unique_ptr<Trace> running;
+
+std::string hex(std::span<const std::uint8_t> bytes, const char* between) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        if (!text.empty()) text += between;
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+std::string hex4(int value) {
+    const std::array<std::uint8_t, 2> bytes{static_cast<std::uint8_t>(value >> 8),
+                                            static_cast<std::uint8_t>(value)};
+    return hex(bytes, "");
+}
+
+bool is_plain(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
+
+/// A text in double quotes as a scenario writes it.
+std::string quoted(std::span<const std::uint8_t> bytes) {
+    std::string text = "\"";
+    for (const std::uint8_t byte : bytes) {
+        if (byte == '"' || byte == '\\') text += '\\';
+        if (is_plain(byte))
+            text += static_cast<char>(byte);
+        else if (byte == '\n')
+            text += "\\n";
+        else if (byte == '\r')
+            text += "\\r";
+        else
+            text += "\\x" + hex({&byte, 1}, "");
+    }
+    return text + '"';
+}
+
+/// The same for JSON, where a byte is the character of that number.
+std::string json_quoted(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        const auto byte = static_cast<std::uint8_t>(c);
+        if (c == '"' || c == '\\')
+            (quoted += '\\') += c;
+        else if (is_plain(byte))
+            quoted += c;
+        else
+            quoted += "\\u00" + hex({&byte, 1}, "");
+    }
+    return quoted + '"';
+}
+
+std::string name_of(const ByteSource& source) {
+    switch (source.origin) {
+    case ByteOrigin::companion:
+        return "companion";
+    case ByteOrigin::feed:
+        return "feed";
+    case ByteOrigin::line:
+        return "line";
+    case ByteOrigin::macro:
+        break;
+    }
+    const char* kind = source.macro_table == touch_macro_table      ? "touch"
+                       : source.macro_table == menu_macro_table     ? "menu"
+                       : source.macro_table == power_on_macro_table ? "power-on"
+                                                                    : "normal";
+    return std::string(kind) + " macro " + std::to_string(source.macro_number);
+}
+
+std::string words_of(Remark remark, int from, int to) {
+    const std::string n = std::to_string(from);
+    switch (remark) {
+    case Remark::clamped:
+        return n + " clamped to " + std::to_string(to);
+    case Remark::wrapped:
+        return n + " taken as " + std::to_string(to);
+    case Remark::sign_dropped:
+        return "a '-' was skipped";
+    case Remark::undefined_group:
+        return "undefined group, its letter went to the terminal";
+    case Remark::undefined_op:
+        return "undefined command, dropped";
+    case Remark::missing_font:
+        return "font " + n + " is missing";
+    case Remark::missing_glyph:
+        return "character " + hex4(from).substr(2) + " is not in the font";
+    case Remark::missing_picture:
+        return "picture " + n + " is missing";
+    case Remark::missing_border:
+        return "border " + n + " is missing";
+    case Remark::missing_macro:
+        return "macro " + n + " is missing";
+    case Remark::missing_bar:
+        return "bar " + n + " is not defined";
+    case Remark::missing_process:
+        return "there is no process macro " + n;
+    case Remark::macros_nested:
+        return "macro " + n + " was not started, " + std::to_string(max_macro_depth) +
+               " are running";
+    case Remark::text_cut:
+        return "text cut, its buffer is full";
+    case Remark::picture_cut:
+        return "cut at the edge of the glass";
+    case Remark::menus_full:
+        return "no menu is free, not defined";
+    case Remark::areas_full:
+        return "no touch area is free, the last one is replaced";
+    case Remark::wrong_crc:
+        return "the image holds CRC " + hex4(from) + " and has " + hex4(to);
+    case Remark::eeprom_overflow:
+        return "the EEPROM is full";
+    }
+    return "";
+}
+
+/// Milliseconds with three places.
+std::string time_now() {
+    const std::int64_t us = clock_us();
+    std::string places = std::to_string(us % 1000);
+    places.insert(0, 3 - places.size(), '0');
+    return std::to_string(us / 1000) + "." + places;
+}
+
+void write_line(const std::string& line) {
+    if (running->file == nullptr || running->write_fault != 0) return;
+    if (std::fputs((line + '\n').c_str(), running->file) < 0) running->write_fault = errno;
+}
+
+/// One JSON object: its members one behind the other, each value written out already.
+std::string json_object(std::initializer_list<std::pair<std::string_view, std::string>> members) {
+    std::string object = "{\"time\":" + time_now();
+    for (const auto& [name, value] : members)
+        if (!value.empty()) object += ",\"" + std::string(name) + "\":" + value;
+    return object + '}';
+}
+
+template <typename List, typename Form>
+std::string joined(const List& list, const char* between, Form form) {
+    std::string text;
+    for (const auto& item : list) {
+        if (!text.empty()) text += between;
+        text += form(item);
+    }
+    return text;
+}
+
+std::span<const std::uint8_t> raw_bytes(const Step& step) {
+    const std::span<const std::uint8_t> bytes(step.bytes);
+    return bytes.subspan(std::min(step.raw_start, bytes.size()));
+}
+
+/// Bytes behind the numbers, without the one that ends a text; whether they are one.
+bool as_text(std::span<const std::uint8_t>& raw) {
+    const bool ends = !raw.empty() && (raw.back() == 0 || raw.back() == '\n' || raw.back() == '\r');
+    const auto inside = ends ? raw.first(raw.size() - 1) : raw;
+    if (!std::all_of(inside.begin(), inside.end(),
+                     [](std::uint8_t b) { return is_plain(b) || b >= 0x80; }))
+        return false;
+    raw = inside;
+    return true;
+}
+
+std::string shown_bytes(const Step& step) {
+    const auto shown = std::span(step.bytes).first(std::min(step.bytes.size(), most_shown));
+    std::string text = hex(shown, " ");
+    if (step.count > shown.size()) text += " ... (" + std::to_string(step.count) + " bytes)";
+    return text;
+}
+
+std::string raw_words(const Step& step) {
+    auto raw = raw_bytes(step);
+    if (raw.empty()) return "";
+    const std::size_t all = step.count - step.raw_start;
+    if (as_text(raw) && all <= most_shown) return ' ' + quoted(raw);
+    return " + " + std::to_string(all) + (all == 1 ? " byte" : " bytes");
+}
+
+std::string text_line(const Step& step) {
+    std::string line = time_now() + ' ' + name_of(step.source) + ' ' + shown_bytes(step) + " | ";
+    if (step.is_text) {
+        line += quoted(step.bytes) + " | text for the terminal";
+    } else {
+        line += step.letters;
+        for (const int parameter : step.parameters)
+            line += ' ' + std::to_string(parameter);
+        line += raw_words(step) + " | " + (step.role == nullptr ? "undefined" : step.role);
+    }
+    const std::string remarks = joined(step.remarks, "; ", [](const auto& r) { return r; });
+    return line + " | " + (remarks.empty() ? "ok" : remarks);
+}
+
+std::string json_line(const Step& step) {
+    const std::string remarks = '[' + joined(step.remarks, ",", json_quoted) + ']';
+    const std::string bytes = '"' + hex(step.bytes, "") + '"';
+    const std::string count = std::to_string(step.count);
+    const std::string source = json_quoted(name_of(step.source));
+    const auto text_of = [](std::span<const std::uint8_t> text) {
+        return json_quoted({reinterpret_cast<const char*>(text.data()), text.size()});
+    };
+    if (step.is_text)
+        return json_object({{"source", source},
+                            {"bytes", bytes},
+                            {"count", count},
+                            {"text", text_of(step.bytes)},
+                            {"role", json_quoted("text for the terminal")},
+                            {"remarks", remarks}});
+    auto raw = raw_bytes(step);
+    const std::string text = !raw.empty() && as_text(raw) ? text_of(raw) : "";
+    const auto number = [](int n) { return std::to_string(n); };
+    return json_object({{"source", source},
+                        {"bytes", bytes},
+                        {"count", count},
+                        {"command", json_quoted(step.letters)},
+                        {"parameters", '[' + joined(step.parameters, ",", number) + ']'},
+                        {"text", text},
+                        {"role", step.role == nullptr ? "" : json_quoted(step.role)},
+                        {"remarks", remarks}});
+}
+
+void keep_fault(const Step& step) {
+    if (!running->options.strict || step.remarks.empty()) return;
+    ++running->fault_count;
+    if (running->faults.size() < most_faults) running->faults.push_back(text_line(step));
+}
+
+void flush_answer() {
+    if (running->answer.empty()) return;
+    const std::string text = hex(running->answer, " ");
+    if (running->options.form == TraceForm::json)
+        write_line(json_object({{"answer", '"' + hex(running->answer, "") + '"'}}));
+    else
+        write_line(time_now() + " answer " + text);
+    running->answer.clear();
+}
+
+void flush_step() {
+    Step& step = running->step;
+    if (step.open) {
+        write_line(running->options.form == TraceForm::json ? json_line(step) : text_line(step));
+        keep_fault(step);
+    }
+    step = {};
+    flush_answer();
+}
+
+void flush_text() {
+    if (running->step.is_text || !running->step.open) flush_step();
+}
+
+void add_byte(Step& step, std::uint8_t byte) {
+    if (step.bytes.size() < most_kept) step.bytes.push_back(byte);
+    ++step.count;
+}
+
+void begin_step(bool is_text) {
+    flush_text();
+    running->step.open = true;
+    running->step.is_text = is_text;
+    running->step.source = running->last_source;
+}
+
+bool same(const ByteSource& a, const ByteSource& b) {
+    return a.origin == b.origin && a.macro_number == b.macro_number &&
+           a.macro_table == b.macro_table;
+}
+
+void take_text(std::uint8_t byte) {
+    const Step& step = running->step;
+    if (!step.is_text || !same(step.source, running->last_source) || step.count == most_text_bytes)
+        begin_step(true);
+    add_byte(running->step, byte);
+}
+
+void take_remark(const TraceEvent& event) {
+    const std::string words = words_of(event.remark, event.from, event.to);
+    Step& step = running->step;
+    if (step.open && !step.is_text) {
+        if (std::find(step.remarks.begin(), step.remarks.end(), words) == step.remarks.end())
+            step.remarks.push_back(words);
+        return;
+    }
+    if (running->in_reset) return;
+    // What no command asked for: a timed macro that isn't there.
+    flush_step();
+    step.open = true;
+    step.letters = "-";
+    step.role = "timed macro";
+    step.remarks.push_back(words);
+    flush_step();
+}
+
+void take_touch(const TraceEvent& event, const char* kind) {
+    flush_text();
+    const bool at = event.kind != TraceKind::release;
+    if (running->options.form == TraceForm::json)
+        write_line(json_object({{"touch", json_quoted(kind)},
+                                {"x", at ? std::to_string(event.from) : ""},
+                                {"y", at ? std::to_string(event.to) : ""},
+                                {"area", json_quoted(event.role)}}));
+    else
+        write_line(time_now() + ' ' + kind +
+                   (at ? ' ' + std::to_string(event.from) + ' ' + std::to_string(event.to) : "") +
+                   " on " + event.role);
+}
+
+void take_reset(int kind) {
+    flush_step();
+    running->in_reset = true;
+    if (running->options.form == TraceForm::json)
+        write_line(json_object({{"reset", std::to_string(kind)}}));
+    else
+        write_line(time_now() + " reset " + std::to_string(kind));
+}
+
+void listen(const TraceEvent& event) {
+    Step& step = running->step;
+    if (event.kind == TraceKind::byte || event.kind == TraceKind::idle) running->in_reset = false;
+    switch (event.kind) {
+    case TraceKind::byte:
+        running->last_source = event.source;
+        running->last_byte = static_cast<std::uint8_t>(event.from);
+        if (step.open && !step.is_text) add_byte(step, running->last_byte);
+        break;
+    case TraceKind::begin:
+        begin_step(false);
+        add_byte(step, running->last_byte);
+        break;
+    case TraceKind::letters:
+        step.letters = step.bytes.front() == '#' ? "#" : "ESC";
+        for (const int letter : {event.from, event.to})
+            if (letter != 0) {
+                const auto byte = static_cast<std::uint8_t>(letter);
+                step.letters += ' ' + (is_plain(byte) ? std::string(1, static_cast<char>(byte))
+                                                      : "\\x" + hex({&byte, 1}, ""));
+            }
+        step.role = event.role;
+        step.raw_start = step.count;
+        break;
+    case TraceKind::parameter:
+        step.parameters.push_back(event.from);
+        step.raw_start = step.count;
+        break;
+    case TraceKind::remark:
+        take_remark(event);
+        break;
+    case TraceKind::end:
+        flush_step();
+        break;
+    case TraceKind::text:
+        take_text(running->last_byte);
+        break;
+    case TraceKind::idle:
+        flush_text();
+        break;
+    case TraceKind::answer:
+        running->answer.insert(running->answer.end(), event.bytes.begin(), event.bytes.end());
+        break;
+    case TraceKind::press:
+        take_touch(event, "press");
+        break;
+    case TraceKind::drag:
+        take_touch(event, "drag");
+        break;
+    case TraceKind::release:
+        take_touch(event, "release");
+        break;
+    case TraceKind::reset:
+        take_reset(event.from);
+        break;
+    }
+}
+
+std::string reason(int fault) { return std::generic_category().message(fault); }
+
+}  // namespace
+
+void start_trace(const TraceOptions& options) {
+    if (options.form == TraceForm::none && !options.strict) return;
+    running = std::make_unique<Trace>();
+    running->options = options;
+    if (options.form != TraceForm::none) {
+        running->file = options.file == "-" ? stderr : std::fopen(options.file.c_str(), "we");
+        if (running->file == nullptr)
+            running->write_fault = errno;
+        else if (running->file != stderr)
+            // Line by line, so that a run that dies has told all that it did.
+            (void)std::setvbuf(running->file, nullptr, _IOLBF, BUFSIZ);
+    }
+    trace_listener = listen;
+}
+
+void finish_trace() {
+    if (running == nullptr) return;
+    trace_listener = nullptr;
+    scenario_line = 0;
+    flush_step();
+    if (running->file != nullptr && running->file != stderr && std::fclose(running->file) != 0 &&
+        running->write_fault == 0)
+        running->write_fault = errno;
+    if (running->write_fault != 0)
+        report_fault(wrong_line,
+                     "can't write " + running->options.file + ": " + reason(running->write_fault));
+    for (const std::string& fault : running->faults)
+        report_fault(expectation_failed, fault);
+    if (running->fault_count > running->faults.size())
+        report_fault(expectation_failed,
+                     "and " + std::to_string(running->fault_count - running->faults.size()) +
+                         " commands more");
+    running.reset();
+}
+
+}  // namespace orvanel
