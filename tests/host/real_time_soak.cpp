@@ -44,6 +44,7 @@ int main() {
     real_time = true;
     eeprom_reset_to(eeprom_small, {});
     take_end_signals();
+    open_painter();  // as if there were a window: the hand-over of paints is soaked, too
     if (!open_real_session().empty()) return 1;
     int resets = 0;
     std::int64_t next_reset_us = between_resets_us;

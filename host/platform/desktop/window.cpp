@@ -3,6 +3,7 @@
 #include "firmware/core/backlight.h"
 #include "host/line_summary.h"
 #include "host/main_requests.h"
+#include "host/painter.h"
 #include "host/painting.h"
 #include "host/platform/platform.h"
 #include "host/platform/shared/real_time.h"
@@ -187,6 +188,7 @@ bool open_window(const std::string& file, const std::string& serial) {
     make_fade_timer();
     start_window_timer();
     open_port(serial);
+    open_painter();
     start_module();
     if (!file.empty()) open_feed(file);
     return true;

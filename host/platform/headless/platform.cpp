@@ -1,5 +1,4 @@
-// The seam of platform.h for the program without a window: module time, or real time with a frame
-// in memory.
+// The seam of platform.h for the program without a window, in module time or in real time.
 
 #include "host/platform/platform.h"
 
@@ -113,9 +112,8 @@ void wake_main() {
     if (real_time) wake_real_session();
 }
 
-void paint_window(PixelRect rect) {
-    if (real_time) paint_frame(rect);
-}
+// Nobody looks. A scenario's pictures are made of the display images.
+void paint_window(PixelRect) {}
 
 void set_fade_timer(bool runs) { next_fade_us = runs ? clock_us() + fade_step_us : never; }
 

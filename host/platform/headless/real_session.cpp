@@ -1,7 +1,6 @@
 #include "host/platform/headless/real_session.h"
 
 #include "host/main_requests.h"
-#include "host/painting.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/wake.h"
@@ -16,7 +15,6 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <vector>
 
 namespace orvanel {
 
@@ -32,7 +30,6 @@ constinit steady_clock::time_point start{};
 constinit std::int64_t next_window_timer_us = 0;
 constinit int timers_run = 0;
 constinit int main_wake = -1;
-constinit std::vector<std::uint32_t> frame{};  // the window's client area
 
 // The reset cycle of the start, which clears the pipes, is over when the firmware first sleeps or
 // takes a byte. Not before does the scenario begin.
@@ -79,14 +76,10 @@ int window_timers_run() { return timers_run; }
 
 void wake_real_session() { set_wake(main_wake); }
 
-void paint_frame(PixelRect rect) { compose_window(frame, rect); }
-
 std::string open_real_session() {
     main_wake = open_wake();
     if (main_wake < 0 || !open_real_time()) return "no file descriptor left";
     if (std::string fault = open_first_port(); !fault.empty()) return fault;
-    frame.resize(static_cast<std::size_t>(window_width()) *
-                 static_cast<std::size_t>(window_height()));
     start = steady_clock::now();
     next_window_timer_us = window_timer_us;
     start_module();

@@ -1,9 +1,7 @@
 // real_session.h: a scenario in real time. The firmware has a thread of its own; the calling
-// thread is the main one: it runs the timer and the scenario, and paints into a frame in memory.
+// thread is the main one: it runs the timer and the scenario.
 
 #pragma once
-
-#include "host/platform/platform.h"
 
 #include <cstdint>
 #include <string>
@@ -33,8 +31,5 @@ int window_timers_run();
 
 /// Has turn_real_session serve the painter. From any thread.
 void wake_real_session();
-
-/// Paints the part of the frame. Main thread only.
-void paint_frame(PixelRect rect);
 
 }  // namespace orvanel

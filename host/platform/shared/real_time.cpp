@@ -74,7 +74,6 @@ void real_wake_firmware() {
 bool real_on_main_thread() { return std::this_thread::get_id() == main_thread; }
 
 void start_module() {
-    open_painter();
     open_messages();
     try {
         firmware_thread.emplace(run_firmware);

@@ -29,8 +29,9 @@ void real_wake_firmware();
 /// True on the thread that called open_real_time.
 bool real_on_main_thread();
 
-/// Opens the painter and starts firmware_thread and link_thread. The platform has to sleep, wake
-/// and paint already, and nothing may touch the EEPROM image from here to the end of stop_module.
+/// Starts firmware_thread and link_thread. A program that shows what it paints has opened its
+/// painter (host/painter.h). The platform has to sleep, wake and paint already, and nothing may
+/// touch the EEPROM image from here to the end of stop_module.
 void start_module();
 
 /// Ends everything in order: shutdown requested, painter sealed, sleepers woken, the threads
