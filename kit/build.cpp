@@ -1,0 +1,69 @@
+#include "kit/build.h"
+
+#include "firmware/store/eeprom.h"
+#include "host/files.h"
+#include "kit/image.h"
+#include "kit/stream.h"
+
+#include <algorithm>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::size_t longest_stream = std::size_t{16} << 20;  // bytes of a file
+
+Built build_lines(const std::string& name, const std::vector<SourceLine>& lines,
+                  const BuildOptions& options, const Progress& progress, Faults& faults) {
+    Built built{read_kit(name, lines, progress, faults), {}};
+    if (options.length >= 0) built.kit.length = options.length;
+    if (options.crc >= 0) built.kit.crc = options.crc;
+    if (options.stream_length >= 0) built.kit.stream.length = options.stream_length;
+    if (faults.empty()) built.image = lay_out(built.kit, faults);
+    return built;
+}
+
+/// The smaller of the two memories if that holds all that a stream writes.
+Bytes play_stream(const Bytes& stream) {
+    Bytes image = image_from_stream(stream, eeprom_large);
+    const auto beyond = image.begin() + eeprom_small;
+    const bool small =
+        std::all_of(beyond, image.end(), [](std::uint8_t byte) { return byte == 0xFF; });
+    if (small) image.resize(eeprom_small);
+    return image;
+}
+
+}  // namespace
+
+Built build_kit(const std::string& path, const BuildOptions& options, const Progress& progress,
+                Faults& faults) {
+    return build_lines(path, read_source(path, faults), options, progress, faults);
+}
+
+Built build_text(const std::string& name, std::string_view text, const BuildOptions& options,
+                 const Progress& progress, Faults& faults) {
+    return build_lines(name, lines_of(name, text, faults), options, progress, faults);
+}
+
+bool ends_in(std::string_view path, std::string_view ending) {
+    if (path.size() <= ending.size()) return false;
+    const auto same = [](char a, char b) {
+        return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b;
+    };
+    return std::equal(ending.begin(), ending.end(), path.end() - std::ssize(ending), same);
+}
+
+Bytes load_any(const std::string& path, const Progress& progress, Faults& faults) {
+    if (ends_in(path, ".kit")) return build_kit(path, {-1, -1, -1}, progress, faults).image;
+    Bytes content;
+    const bool stream = ends_in(path, ".eep");
+    const std::string fault =
+        read_file(path, stream ? longest_stream : std::size_t{eeprom_large}, content);
+    if (!fault.empty()) throw Fault({path, 0, 0}, fault);
+    if (stream) return play_stream(content);
+    // What a short file leaves out is erased.
+    content.resize(content.size() > eeprom_small ? eeprom_large : eeprom_small, 0xFF);
+    return content;
+}
+
+}  // namespace orvanel

@@ -1,0 +1,39 @@
+// build.h: from any file that holds a kit, an image or a stream to the image in memory.
+
+#pragma once
+
+#include "kit/kit.h"
+
+#include <cstdint>
+#include <string>
+
+namespace orvanel {
+
+/// What the command line asks for over what the source says; -1 leaves it to the source.
+struct BuildOptions {
+    int length;         // of the image
+    int crc;            // of the image
+    int stream_length;  // bytes
+};
+
+struct Built {
+    Kit kit;
+    Bytes image;
+};
+
+/// Builds a kit source. With a fault the image is empty.
+Built build_kit(const std::string& path, const BuildOptions& options, const Progress& progress,
+                Faults& faults);
+
+/// The same from memory; files that it names are taken from the folder of `name`.
+Built build_text(const std::string& name, std::string_view text, const BuildOptions& options,
+                 const Progress& progress, Faults& faults);
+
+/// The image of a file: a .kit is built, an .eep played, anything else taken as it is. Throws a
+/// Fault if that can't be.
+Bytes load_any(const std::string& path, const Progress& progress, Faults& faults);
+
+/// Whether the path has this ending, in either case.
+bool ends_in(std::string_view path, std::string_view ending);
+
+}  // namespace orvanel

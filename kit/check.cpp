@@ -1,0 +1,140 @@
+#include "kit/check.h"
+
+#include "kit/forms.h"
+#include "kit/objects.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace orvanel {
+
+namespace {
+
+using MacroId = std::pair<Kind, int>;
+
+/// The macros that a macro starts at once; those that a timer starts are no part of it.
+std::vector<MacroId> starts_of(std::span<const std::uint8_t> macro) {
+    std::vector<MacroId> starts;
+    while (!macro.empty()) {
+        const bool command = macro[0] == 0x1B || macro[0] == '#';
+        const std::optional<Parsed> parsed = command ? parse_command(macro) : std::nullopt;
+        if (command && !parsed) break;
+        if (parsed && parsed->form != nullptr && parsed->form->group == 'M') {
+            const int number = parsed->params[0];
+            if (parsed->form->op == 'N') starts.emplace_back(Kind::normal, number);
+            if (parsed->form->op == 'T') starts.emplace_back(Kind::touch, number);
+            if (parsed->form->op == 'M') starts.emplace_back(Kind::menu, number);
+        }
+        macro = macro.subspan(parsed ? parsed->size : 1);
+    }
+    return starts;
+}
+
+using StartGraph = std::map<MacroId, std::vector<MacroId>>;
+
+/// The shortest way from a macro back to itself; empty if there is none.
+std::vector<MacroId> way_back(const StartGraph& graph, const MacroId& from) {
+    std::map<MacroId, MacroId> reached_from;
+    std::vector<MacroId> queue{from};
+    for (std::size_t i = 0; i < queue.size(); ++i) {
+        const auto found = graph.find(queue[i]);
+        if (found == graph.end()) continue;
+        for (const MacroId& next : found->second) {
+            if (next == from) {
+                std::vector<MacroId> way{from};
+                for (MacroId at = queue[i]; at != from; at = reached_from.at(at))
+                    way.push_back(at);
+                std::reverse(way.begin() + 1, way.end());
+                return way;
+            }
+            if (reached_from.emplace(next, queue[i]).second) queue.push_back(next);
+        }
+    }
+    return {};
+}
+
+std::string title_of(const MacroId& macro) {
+    return std::string(kind_name(macro.first)) + " " + std::to_string(macro.second);
+}
+
+void find_loops(std::span<const std::uint8_t> image, const std::vector<Object>& objects,
+                std::vector<std::string>& findings) {
+    StartGraph graph;
+    for (const Object& object : objects)
+        if (is_macro(object.kind) && object.fault.empty())
+            graph[{object.kind, object.number}] = starts_of(bytes_of(image, object));
+    std::set<MacroId> told;  // in a ring that has been told
+    for (const auto& [macro, starts] : graph) {
+        if (told.contains(macro)) continue;
+        const std::vector<MacroId> way = way_back(graph, macro);
+        if (way.empty()) continue;
+        told.insert(way.begin(), way.end());
+        std::string text = title_of(macro) + " starts itself";
+        for (std::size_t i = 1; i < way.size(); ++i)
+            text += (i == 1 ? ", by way of " : ", ") + title_of(way[i]);
+        findings.push_back(text);
+    }
+}
+
+/// A stretch of the image.
+struct Stretch {
+    int first, end;
+    std::string title;
+};
+
+void find_overlaps(const std::vector<Object>& objects, int crc_at,
+                   std::vector<std::string>& findings) {
+    std::vector<Stretch> stretches;
+    for (const Object& object : objects)
+        if (object.fault.empty())
+            stretches.push_back({object.offset, object.offset + object.size, title_of(object)});
+    if (crc_at >= 0) stretches.push_back({crc_at, crc_at + 2, "the CRC"});
+    std::stable_sort(stretches.begin(), stretches.end(), [](const Stretch& a, const Stretch& b) {
+        return std::pair(a.first, a.end) < std::pair(b.first, b.end);
+    });
+    const Stretch* farthest = nullptr;
+    for (const Stretch& stretch : stretches) {
+        // Two entries for the same bytes share them on purpose.
+        const bool shared =
+            farthest != nullptr && stretch.first == farthest->first && stretch.end == farthest->end;
+        if (farthest != nullptr && stretch.first < farthest->end && !shared)
+            findings.push_back(stretch.title + " at " + hex4(stretch.first) + " overlaps " +
+                               farthest->title + ", which ends at " + hex4(farthest->end));
+        if (farthest == nullptr || stretch.end > farthest->end) farthest = &stretch;
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> findings_of(std::span<const std::uint8_t> image) {
+    std::vector<std::string> findings;
+    const int length = pair_at(image, 0);
+    const bool has_crc = length != unprogrammed && length + 2 <= std::ssize(image);
+    if (length == unprogrammed) {
+        findings.emplace_back("the image is not programmed: its length is 0xFFFF");
+    } else if (!has_crc) {
+        findings.push_back("the image is overfull: its length and CRC end at " +
+                           std::to_string(length + 2) + ", and the EEPROM has " +
+                           std::to_string(image.size()) + " bytes");
+    } else {
+        const int stored = pair_at(image, length);
+        const int computed = crc_of(image.first(static_cast<std::size_t>(length)));
+        if (stored != computed)
+            findings.push_back("the CRC is " + hex4(stored) + " and should be " + hex4(computed));
+    }
+    const std::vector<Object> objects = objects_of(image);
+    for (const Object& object : objects) {
+        if (!object.fault.empty())
+            findings.push_back(title_of(object) + " is unusable: " + object.fault);
+        else if (has_crc && object.offset + object.size > length + 2)
+            findings.push_back(title_of(object) + " ends at " + hex4(object.offset + object.size) +
+                               ", behind the length that the CRC covers");
+    }
+    find_overlaps(objects, has_crc ? length : -1, findings);
+    find_loops(image, objects, findings);
+    return findings;
+}
+
+}  // namespace orvanel

@@ -1,0 +1,16 @@
+// check.h: what is wrong with an image, as far as its bytes tell.
+
+#pragma once
+
+#include "kit/fault.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+/// One finding a line: bad offsets, overlaps, a wrong length or CRC, macros that start themselves.
+std::vector<std::string> findings_of(std::span<const std::uint8_t> image);
+
+}  // namespace orvanel

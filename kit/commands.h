@@ -1,0 +1,29 @@
+// commands.h: lines of a macro to the bytes of the command language, and back.
+
+#pragma once
+
+#include "kit/forms.h"
+
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+/// What the lines may name.
+struct Assembly {
+    const Names* names;
+    /// The bytes of a picture, for `#UL x,y,picture NAME`; empty if there is none.
+    std::function<Bytes(int number)> picture;
+};
+
+/// Appends the bytes of one line: a command under ESC or #, `text`, or `bytes`. A blank line is
+/// none. Throws a Fault.
+void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& bytes);
+
+/// The lines from which assemble_line makes exactly these bytes. What is no command written in the
+/// plainest way comes as `text` or `bytes`.
+std::vector<std::string> lines_from(std::span<const std::uint8_t> bytes);
+
+}  // namespace orvanel

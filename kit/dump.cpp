@@ -1,0 +1,181 @@
+#include "kit/dump.h"
+
+#include "firmware/store/eeprom.h"
+#include "host/scenario/line.h"
+#include "kit/bdf.h"
+#include "kit/commands.h"
+#include "kit/objects.h"
+
+#include <algorithm>
+#include <array>
+
+namespace orvanel {
+
+namespace {
+
+using Image = std::span<const std::uint8_t>;
+
+constexpr std::size_t bytes_a_line = 32;
+// A stretch of bytes goes on over so many that need not be there, rather than begin anew.
+constexpr std::size_t shortest_gap = 8;
+
+/// A dump on its way, and the kit that it describes.
+struct Dump {
+    Image image;
+    Kit kit;
+    std::vector<DumpFile> files;
+    std::string source;
+    int cursor;  // where the next item of the source falls by itself
+};
+
+Bytes bytes_from(std::string_view text) { return {text.begin(), text.end()}; }
+
+/// `picture-03.png`
+std::string file_name(const Object& object, std::string_view part, std::string_view ending) {
+    const std::string number = std::to_string(object.number);
+    return std::string(kind_name(object.kind)) + (number.size() < 2 ? "-0" : "-") + number +
+           std::string(part) + std::string(ending);
+}
+
+std::string codes_text(const Font& font) {
+    return std::to_string(font.glyphs.begin()->first) + ".." +
+           std::to_string(font.glyphs.rbegin()->first);
+}
+
+/// The settings of a font, whose BDF becomes a file; empty if a BDF can't stand for it.
+std::string font_text(Dump& dump, const Object& object) {
+    Font font;
+    std::size_t size = 0;
+    if (!read_font_bytes(bytes_of(dump.image, object), font, size)) return {};
+    const std::string name = file_name(object, "", ".bdf");
+    dump.files.push_back(
+        {name, bytes_from(write_bdf(font, "font" + std::to_string(object.number)))});
+    return "file = " + name + "\nrange = " + codes_text(font) +
+           "\ngap = " + std::to_string(font.gap) + "\nwidth = " + std::to_string(font.cell_width) +
+           "\nformat = " + std::to_string(font.format) + "\n";
+}
+
+std::string picture_text(Dump& dump, const Object& object) {
+    PictureView view{};
+    std::size_t size = 0;
+    if (!read_picture_bytes(bytes_of(dump.image, object), view, size)) return {};
+    const bool both = view.second.height > 0;
+    const std::string name = file_name(object, both ? "-off" : "", ".png");
+    dump.files.push_back({name, encode_png(gray_of(view.first))});
+    if (!both) return "file = " + name + "\n";
+    const std::string second = file_name(object, "-on", ".png");
+    dump.files.push_back({second, encode_png(gray_of(view.second))});
+    return "file = " + name + "\nsecond = " + second + "\n";
+}
+
+std::string macro_text(Dump& dump, const Object& object) {
+    std::string text;
+    for (const std::string& line : lines_from(bytes_of(dump.image, object)))
+        text += line + "\n";
+    return text;
+}
+
+std::string body_text(Dump& dump, const Object& object) {
+    if (object.kind == Kind::font) return font_text(dump, object);
+    if (object.kind == Kind::picture) return picture_text(dump, object);
+    return macro_text(dump, object);
+}
+
+/// The index of an item that lies exactly where the object does and may share its bytes, -1 if
+/// there is none.
+int shared_with(const Kit& kit, const Object& object) {
+    for (std::size_t i = 0; i < kit.items.size(); ++i) {
+        const Item& item = kit.items[i];
+        const bool like =
+            item.kind == object.kind || (is_macro(item.kind) && is_macro(object.kind));
+        if (like && item.same < 0 && item.at == object.offset &&
+            std::ssize(item.bytes) == object.size)
+            return static_cast<int>(i);
+    }
+    return -1;
+}
+
+/// Adds the object as an item, or leaves it to the bytes at the end of the source.
+void add_object(Dump& dump, const Object& object) {
+    Kit& kit = dump.kit;
+    Item item{object.kind, object.number, {}, {}, object.offset, -1, {}};
+    const std::string heading = "\n[" + title_of(object) + "]\n";
+    item.same = shared_with(kit, object);
+    if (item.same >= 0) {
+        dump.source +=
+            heading + "same = " + title_of(kit.items[static_cast<std::size_t>(item.same)]) + "\n";
+        kit.items.push_back(std::move(item));
+        return;
+    }
+    // Objects come in the order of their places, so only the last one can be in the way.
+    // Room for a CRC stays behind it, wherever the image has its own.
+    if (object.offset < dump.cursor || object.offset + object.size + 2 > std::ssize(dump.image))
+        return;
+    const std::string body = body_text(dump, object);
+    if (body.empty()) return;
+    dump.source += heading;
+    if (object.offset != dump.cursor) dump.source += "at = " + hex4(object.offset) + "\n";
+    dump.source += body;
+    dump.cursor = object.offset + object.size;
+    const auto bytes = bytes_of(dump.image, object);
+    item.bytes.assign(bytes.begin(), bytes.end());
+    kit.items.push_back(std::move(item));
+}
+
+/// The length as a setting, if the image's own fits what the items take.
+void add_length(Dump& dump) {
+    const int length = pair_at(dump.image, 0);
+    const bool sound = length >= dump.cursor && length + 2 <= std::ssize(dump.image);
+    // Else any length will do; the bytes at the end of the source put the real one in its place.
+    dump.kit.length = sound ? length : -1;
+}
+
+/// Adds the bytes in which the kit's image differs from the wanted one.
+void add_patches(Dump& dump, Image made) {
+    const Image wanted = dump.image;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        if (wanted[i] == made[i]) continue;
+        std::size_t end = i + 1;
+        for (std::size_t k = end; k < wanted.size() && k < end + shortest_gap; ++k)
+            if (wanted[k] != made[k]) end = k + 1;
+        const auto bytes = wanted.subspan(i, end - i);
+        dump.kit.patches.push_back({{}, static_cast<int>(i), {bytes.begin(), bytes.end()}});
+        i = end - 1;
+    }
+}
+
+std::string patch_text(const Patch& patch) {
+    std::string text = "\n[bytes " + hex4(patch.at) + "]\n";
+    const std::span bytes(patch.bytes);
+    for (std::size_t i = 0; i < bytes.size(); i += bytes_a_line)
+        text += hex_of(bytes.subspan(i, std::min(bytes_a_line, bytes.size() - i))).substr(1) + "\n";
+    return text;
+}
+
+}  // namespace
+
+std::vector<DumpFile> dump_of(Image image, const std::string& name) {
+    Dump dump{image, {}, {}, {}, data_start};
+    dump.kit.memory = static_cast<int>(image.size());
+    dump.kit.crc = -1;
+    std::vector<Object> objects = objects_of(image);
+    std::stable_sort(objects.begin(), objects.end(),
+                     [](const Object& a, const Object& b) { return a.offset < b.offset; });
+    for (const Object& object : objects)
+        if (object.fault.empty()) add_object(dump, object);
+    add_length(dump);
+    // A patch can move the length, and with it the place of a CRC that then is to be put right too.
+    Faults faults;
+    for (Bytes made = lay_out(dump.kit, faults);
+         !std::equal(made.begin(), made.end(), image.begin()); made = lay_out(dump.kit, faults))
+        add_patches(dump, made);
+    for (const Patch& patch : dump.kit.patches)
+        dump.source += patch_text(patch);
+    std::string head = "kit 1\n; " + summary_of(image) +
+                       "\n\n[image]\nmemory = " + std::to_string(image.size() / 1024) + "\n";
+    if (dump.kit.length >= 0) head += "length = " + hex4(dump.kit.length) + "\n";
+    dump.files.insert(dump.files.begin(), {name + ".kit", bytes_from(head + dump.source)});
+    return dump.files;
+}
+
+}  // namespace orvanel

@@ -1,0 +1,34 @@
+// fault.h: what is wrong with a source, and where.
+
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// A character of a source file.
+struct Place {
+    std::string file;  // as the user named it, or as an include line did
+    int line;          // from 1; 0: the file as a whole
+    int column;        // characters, from 1; 0: the line as a whole
+};
+
+/// Thrown where reading a source can't go on; whoever holds the next line or section catches it.
+struct Fault : std::runtime_error {
+    Fault(Place where, const std::string& what_is_wrong)
+        : std::runtime_error(what_is_wrong), place(std::move(where)) {}
+    Place place;
+};
+
+/// All that is wrong, in the order in which it was found.
+using Faults = std::vector<Fault>;
+
+/// `FILE:LINE:COLUMN: error: ...`, without what isn't known of the place.
+std::string message_of(const Fault& fault);
+
+}  // namespace orvanel

@@ -1,0 +1,167 @@
+#include "kit/font.h"
+
+#include "firmware/core/bytes.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::size_t head_size = 16;
+constexpr std::size_t entry_size = 3;
+constexpr int widest_glyph = 255;
+constexpr int tallest_font = 255;
+constexpr std::size_t largest_offset = 0xFFFF;
+
+void append_pair(Bytes& bytes, std::size_t value) {
+    bytes.push_back(static_cast<std::uint8_t>(value & 0xFF));
+    bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+}
+
+bool row_is_clear(const Font& font, int y) {
+    return std::all_of(font.glyphs.begin(), font.glyphs.end(), [y](const auto& entry) {
+        const Dots& glyph = entry.second;
+        const auto row = glyph.rows.begin() + y * stride_of(glyph.width);
+        return std::all_of(row, row + stride_of(glyph.width),
+                           [](std::uint8_t byte) { return byte == 0; });
+    });
+}
+
+int widest_of(const Font& font) {
+    int widest = 0;
+    for (const auto& [code, glyph] : font.glyphs)
+        widest = std::max(widest, glyph.width);
+    return widest;
+}
+
+std::string fault_of(const Font& font) {
+    if (font.glyphs.empty()) return "has none of the characters that are wanted";
+    if (font.height < 1 || font.height > tallest_font)
+        return "has glyphs of " + std::to_string(font.height) + " rows; 1 to " +
+               std::to_string(tallest_font) + " are possible";
+    if (const int widest = widest_of(font); widest > widest_glyph)
+        return "has a glyph " + std::to_string(widest) + " dots wide; " +
+               std::to_string(widest_glyph) + " are possible";
+    return {};
+}
+
+std::uint16_t pair_at(std::span<const std::uint8_t> bytes, std::size_t at) {
+    return le16(bytes[at], bytes[at + 1]);
+}
+
+}  // namespace
+
+Font font_of(const std::map<int, DrawnGlyph>& drawn, int ascent, int descent) {
+    for (const auto& [code, glyph] : drawn) {
+        ascent = std::max(ascent, glyph.top);
+        descent = std::max(descent, glyph.dots.height - glyph.top);
+    }
+    Font font{ascent + descent, ascent, 0, 0, 1, {}};
+    for (const auto& [code, glyph] : drawn) {
+        const int left = std::min(0, glyph.left);
+        const int right = std::max(glyph.advance, glyph.left + glyph.dots.width);
+        if (right <= left) continue;
+        Dots cell = blank_dots(right - left, font.height);
+        for (int y = 0; y < glyph.dots.height; ++y)
+            for (int x = 0; x < glyph.dots.width; ++x)
+                if (dot_at(glyph.dots, x, y))
+                    set_dot(cell, x + glyph.left - left, y + ascent - glyph.top);
+        font.glyphs.emplace(code, std::move(cell));
+    }
+    return font;
+}
+
+void trim_rows(Font& font) {
+    int top = 0, bottom = font.height;
+    while (top < bottom - 1 && row_is_clear(font, top))
+        ++top;
+    while (bottom > top + 1 && row_is_clear(font, bottom - 1))
+        --bottom;
+    for (auto& [code, glyph] : font.glyphs) {
+        const int stride = stride_of(glyph.width);
+        glyph.rows = Bytes(glyph.rows.begin() + top * stride, glyph.rows.begin() + bottom * stride);
+        glyph.height = bottom - top;
+    }
+    font.height = bottom - top;
+    font.ascent -= top;
+}
+
+void widen(Font& font, int columns) {
+    for (auto& [code, glyph] : font.glyphs) {
+        Dots wider = blank_dots(glyph.width + columns, glyph.height);
+        for (int y = 0; y < glyph.height; ++y)
+            for (int x = 0; x < glyph.width; ++x)
+                if (dot_at(glyph, x, y)) set_dot(wider, x, y);
+        glyph = std::move(wider);
+    }
+}
+
+Bytes font_bytes(const Font& font, std::string& fault) {
+    fault = fault_of(font);
+    if (!fault.empty()) return {};
+    const int first = font.glyphs.begin()->first, last = font.glyphs.rbegin()->first;
+    const int cell = font.cell_width > 0 ? font.cell_width : widest_of(font);
+    const std::size_t glyphs_at =
+        head_size + entry_size * static_cast<std::size_t>(last - first + 1);
+    Bytes bytes{'F', 'H', '7'};
+    for (const int value : {font.format, first, last, cell, font.height})
+        bytes.push_back(static_cast<std::uint8_t>(value));
+    append_pair(bytes, glyphs_at);
+    bytes.push_back(static_cast<std::uint8_t>(font.gap));
+    bytes.resize(head_size);
+    Bytes bits;
+    for (int code = first; code <= last; ++code) {
+        const auto found = font.glyphs.find(code);
+        const Dots none = blank_dots(0, font.height);
+        const Dots& glyph = found == font.glyphs.end() ? none : found->second;
+        bytes.push_back(static_cast<std::uint8_t>(glyph.width));
+        append_pair(bytes, glyph.width == 0 ? 0 : bits.size());
+        bits.insert(bits.end(), glyph.rows.begin(), glyph.rows.end());
+        if (bits.size() > largest_offset) {
+            fault = "takes more than 65535 bytes; take fewer characters or a smaller size";
+            return {};
+        }
+    }
+    bytes.insert(bytes.end(), bits.begin(), bits.end());
+    return bytes;
+}
+
+bool read_font_head(std::span<const std::uint8_t> bytes, FontHead& head) {
+    if (bytes.size() < head_size || bytes[0] != 'F' || bytes[1] != 'H' || bytes[2] != '7')
+        return false;
+    head = {bytes[4], bytes[5], bytes[6], bytes[7], bytes[10], bytes[3], pair_at(bytes, 8), 0, 0};
+    const int entries = std::max(0, head.last - head.first + 1);
+    head.size = head_size + entry_size * static_cast<std::size_t>(entries);
+    if (head.size > bytes.size()) return false;
+    for (std::size_t at = head_size;
+         at < head_size + entry_size * static_cast<std::size_t>(entries); at += entry_size) {
+        if (bytes[at] == 0) continue;
+        ++head.glyph_count;
+        const auto rows = static_cast<std::size_t>(stride_of(bytes[at]) * head.height);
+        head.size = std::max(head.size, head.glyphs_at + pair_at(bytes, at + 1) + rows);
+    }
+    return true;
+}
+
+bool read_font_bytes(std::span<const std::uint8_t> bytes, Font& font, std::size_t& size) {
+    FontHead head{};
+    if (!read_font_head(bytes, head) || head.size > bytes.size()) return false;
+    font = {head.height, head.height, head.cell_width, head.gap, head.format, {}};
+    for (int code = head.first; code <= head.last; ++code) {
+        const std::size_t at = head_size + entry_size * static_cast<std::size_t>(code - head.first);
+        if (bytes[at] == 0) continue;
+        Dots glyph = blank_dots(bytes[at], head.height);
+        const std::size_t start = head.glyphs_at + pair_at(bytes, at + 1);
+        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(start), glyph.rows.size(),
+                    glyph.rows.begin());
+        font.glyphs.emplace(code, std::move(glyph));
+    }
+    size = head.size;
+    std::string fault;
+    const Bytes again = font_bytes(font, fault);
+    return again.size() == size && std::equal(again.begin(), again.end(), bytes.begin());
+}
+
+}  // namespace orvanel

@@ -1,0 +1,226 @@
+#include "kit/image.h"
+
+#include "firmware/core/bytes.h"
+#include "firmware/store/eeprom.h"
+#include "firmware/store/macro.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace orvanel {
+
+namespace {
+
+constexpr int polynomial = 0x1021;
+constexpr std::uint8_t erased = 0xFF;
+
+/// An image on its way.
+struct Layout {
+    const Kit* kit;
+    Bytes image;
+    std::vector<bool> patched;  // which bytes a [bytes] section has set
+    std::vector<int> offsets;   // of each item
+    int end;                    // behind the last item
+    Faults* faults;
+};
+
+constexpr std::array<std::uint16_t, 256> crc_steps() {
+    std::array<std::uint16_t, 256> steps{};
+    for (int i = 0; i < 256; ++i) {
+        int crc = i << 8;
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc & 0x8000) != 0 ? (crc << 1 ^ polynomial) & 0xFFFF : crc << 1 & 0xFFFF;
+        steps[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(crc);
+    }
+    return steps;
+}
+
+constexpr std::array<std::uint16_t, 256> crc_table = crc_steps();
+
+/// The two bytes that bring a CRC from `crc` to `wanted`: sixteen steps of it, run backwards.
+std::array<std::uint8_t, 2> bytes_for_crc(std::uint16_t crc, int wanted) {
+    int before = wanted;
+    for (int bit = 0; bit < 16; ++bit)
+        before = (before & 1) != 0 ? (before ^ polynomial) >> 1 | 0x8000 : before >> 1;
+    const int bytes = before ^ crc;
+    return {low8(bytes >> 8), low8(bytes)};
+}
+
+void put_pair(Bytes& image, int at, int value) {
+    image[static_cast<std::size_t>(at)] = low8(value);
+    image[static_cast<std::size_t>(at) + 1] = low8(value >> 8);
+}
+
+/// Gives each item with bytes of its own its place.
+void place_items(Layout& layout) {
+    int cursor = data_start;
+    for (const Item& item : layout.kit->items) {
+        const int offset = item.at >= 0 && item.same < 0 ? item.at : cursor;
+        layout.offsets.push_back(offset);
+        if (item.same >= 0) continue;
+        if (offset < data_start)
+            layout.faults->emplace_back(item.place, title_of(item) +
+                                                        " lies in the tables, which end at " +
+                                                        hex4(data_start));
+        cursor = offset + static_cast<int>(item.bytes.size());
+        layout.end = std::max(layout.end, cursor);
+    }
+}
+
+void find_overlaps(const Layout& layout) {
+    const std::vector<Item>& items = layout.kit->items;
+    std::vector<std::size_t> order;
+    for (std::size_t i = 0; i < items.size(); ++i)
+        if (!items[i].bytes.empty()) order.push_back(i);
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        return std::pair(layout.offsets[a], a) < std::pair(layout.offsets[b], b);
+    });
+    for (std::size_t k = 1; k < order.size(); ++k) {
+        const std::size_t before = order[k - 1], after = order[k];
+        const int end = layout.offsets[before] + static_cast<int>(items[before].bytes.size());
+        if (end > layout.offsets[after])
+            layout.faults->emplace_back(
+                items[after].place, title_of(items[after]) + " at " + hex4(layout.offsets[after]) +
+                                        " overlaps " + title_of(items[before]) +
+                                        ", which ends at " + hex4(end));
+    }
+}
+
+void put_items(Layout& layout) {
+    const Kit& kit = *layout.kit;
+    for (std::size_t i = 0; i < kit.items.size(); ++i) {
+        const Item& item = kit.items[i];
+        const std::size_t owner = item.same < 0 ? i : static_cast<std::size_t>(item.same);
+        const Bytes& bytes = kit.items[owner].bytes;
+        const int entry = table_of(item.kind) + entry_size(item.kind) * item.number;
+        if (bytes.empty()) continue;  // an empty macro is one that isn't there
+        put_pair(layout.image, entry, layout.offsets[owner]);
+        if (is_macro(item.kind)) put_pair(layout.image, entry + 2, static_cast<int>(bytes.size()));
+        if (owner == i)
+            std::copy(bytes.begin(), bytes.end(), layout.image.begin() + layout.offsets[i]);
+    }
+}
+
+void put_patches(Layout& layout) {
+    for (const Patch& patch : layout.kit->patches) {
+        if (patch.at + std::ssize(patch.bytes) > std::ssize(layout.image)) {
+            layout.faults->emplace_back(patch.place, "these bytes reach beyond the EEPROM");
+            continue;
+        }
+        std::copy(patch.bytes.begin(), patch.bytes.end(), layout.image.begin() + patch.at);
+        std::fill_n(layout.patched.begin() + patch.at, patch.bytes.size(), true);
+    }
+}
+
+/// The image's length, -1 if it can't be as wanted.
+int choose_length(const Layout& layout) {
+    const Kit& kit = *layout.kit;
+    const int needed = layout.end + (kit.crc >= 0 ? 2 : 0);
+    const Place place{kit.file, 0, 0};
+    if (kit.length >= 0 && kit.length < needed) {
+        layout.faults->emplace_back(
+            place, "the image takes " + std::to_string(needed) +
+                       " bytes, more than the wanted length of " + std::to_string(kit.length) +
+                       (kit.crc >= 0 ? "; two of them are for the wanted CRC" : ""));
+        return -1;
+    }
+    const int length = kit.length >= 0 ? kit.length : needed;
+    if (length + 2 > kit.memory) {
+        layout.faults->emplace_back(place, "the image takes " + std::to_string(length + 2) +
+                                               " bytes with its CRC, and the EEPROM has " +
+                                               std::to_string(kit.memory));
+        return -1;
+    }
+    return length;
+}
+
+/// Whether neither of the two bytes is a patch.
+bool is_free(const Layout& layout, int at) {
+    return !layout.patched[static_cast<std::size_t>(at)] &&
+           !layout.patched[static_cast<std::size_t>(at) + 1];
+}
+
+void put_crc_filler(Layout& layout, int length) {
+    const int at = length - 2;
+    if (!is_free(layout, at)) {
+        layout.faults->push_back(
+            Fault({layout.kit->file, 0, 0},
+                  "a [bytes] section holds the two bytes in front of the CRC, which would bring it "
+                  "to the wanted value"));
+        return;
+    }
+    const auto before = std::span(layout.image).first(static_cast<std::size_t>(at));
+    const auto filler = bytes_for_crc(crc_of(before), layout.kit->crc);
+    std::copy(filler.begin(), filler.end(), layout.image.begin() + at);
+}
+
+}  // namespace
+
+std::uint16_t crc_of(std::span<const std::uint8_t> bytes) {
+    unsigned crc = 0;
+    for (const std::uint8_t byte : bytes)
+        crc = (crc << 8 & 0xFFFF) ^ crc_table[(crc >> 8 ^ byte) & 0xFF];
+    return static_cast<std::uint16_t>(crc);
+}
+
+int table_of(Kind kind) {
+    switch (kind) {
+    case Kind::number:
+    case Kind::font:
+        break;
+    case Kind::picture:
+        return picture_table;
+    case Kind::power_on:
+        return power_on_macro_table;
+    case Kind::normal:
+        return normal_macro_table;
+    case Kind::touch:
+        return touch_macro_table;
+    case Kind::menu:
+        return menu_macro_table;
+    }
+    return font_table;
+}
+
+int entry_size(Kind kind) { return is_macro(kind) ? 4 : 2; }
+
+int pair_at(std::span<const std::uint8_t> bytes, int at) {
+    const auto i = static_cast<std::size_t>(at);
+    return le16(bytes[i], bytes[i + 1]);
+}
+
+void put_crc(Bytes& image) {
+    const int length = pair_at(image, 0);
+    if (length == unprogrammed || length + 2 > std::ssize(image)) return;
+    put_pair(image, length, crc_of(std::span(image).first(static_cast<std::size_t>(length))));
+}
+
+std::string hex4(int value) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text = "0x";
+    for (int shift = 12; shift >= 0; shift -= 4)
+        text += digits[static_cast<std::size_t>(value >> shift & 15)];
+    return text;
+}
+
+Bytes lay_out(const Kit& kit, Faults& faults) {
+    const auto memory = static_cast<std::size_t>(kit.memory);
+    Layout layout{&kit, Bytes(memory, erased), std::vector<bool>(memory), {}, data_start, &faults};
+    const std::size_t faults_before = faults.size();
+    place_items(layout);
+    find_overlaps(layout);
+    const int length = choose_length(layout);
+    if (faults.size() > faults_before) return {};
+    put_items(layout);
+    put_pair(layout.image, 0, length);
+    put_patches(layout);
+    if (faults.size() > faults_before) return {};
+    if (kit.crc >= 0) put_crc_filler(layout, length);
+    // A [bytes] section may have given another length, or a CRC of its own.
+    const int covered = pair_at(layout.image, 0);
+    if (covered + 2 <= kit.memory && is_free(layout, covered)) put_crc(layout.image);
+    return std::move(layout.image);
+}
+
+}  // namespace orvanel

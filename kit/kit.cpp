@@ -1,0 +1,288 @@
+#include "kit/kit.h"
+
+#include "firmware/store/eeprom.h"
+#include "host/scenario/line.h"
+#include "kit/commands.h"
+#include "kit/resources.h"
+#include "kit/sections.h"
+
+#include <algorithm>
+#include <array>
+
+namespace orvanel {
+
+namespace {
+
+constexpr int default_block = 1024;
+constexpr int largest_block = 0xFFFF;
+constexpr int largest_stream = 1 << 24;
+constexpr int largest_macro = 0xFFFE;  // 0xFFFF would be an empty record
+constexpr std::array<std::string_view, 3> stream_names{"block", "blocks", "percent"};
+
+/// A kit on its way.
+struct KitReader {
+    Kit kit;
+    std::vector<const Section*> item_sections;  // one for each item of the kit
+    const Progress* progress;
+    Faults* faults;
+};
+
+template <typename Action> void guarded(Faults& faults, Action action) {
+    try {
+        action();
+    } catch (const Fault& fault) {
+        faults.push_back(fault);
+    }
+}
+
+void read_image_section(const Section& section, KitReader& reader) {
+    Kit& kit = reader.kit;
+    for_settings(section.lines, *reader.faults, [&](Setting& setting) {
+        if (setting.key == "memory") {
+            const Scanner start = setting.value;
+            const int size = take_number(setting.value, 0, 64);
+            if (size != 32 && size != 64) fail(start, "expected 32 or 64");
+            kit.memory = size == 64 ? eeprom_large : eeprom_small;
+        } else if (setting.key == "length") {
+            kit.length = take_number(setting.value, 0, 0xFFFE);
+        } else if (setting.key == "crc") {
+            kit.crc = take_number(setting.value, 0, 0xFFFF);
+        } else {
+            fail_key(setting, "memory, length or crc");
+        }
+    });
+}
+
+void read_stream_section(const Section& section, KitReader& reader) {
+    StreamPlan& stream = reader.kit.stream;
+    for_settings(section.lines, *reader.faults, [&](Setting& setting) {
+        if (setting.key == "block")
+            stream.block = take_number(setting.value, 16, largest_block);
+        else if (setting.key == "length")
+            stream.length = take_number(setting.value, 0, largest_stream);
+        else if (setting.key == "restart")
+            stream.restart = take_yes(setting.value);
+        else
+            fail_key(setting, "block, length or restart");
+    });
+}
+
+void append(std::vector<SourceLine>& lines, const std::vector<SourceLine>& more) {
+    lines.insert(lines.end(), more.begin(), more.end());
+}
+
+/// Makes the name known; throws if it is taken.
+void add_name(KitReader& reader, const Place& place, std::string_view name, Named named) {
+    const bool reserved =
+        std::find(stream_names.begin(), stream_names.end(), name) != stream_names.end();
+    if (reserved || !reader.kit.names.emplace(name, named).second)
+        throw Fault(place, "the name " + in_quotes(name) + " is taken");
+}
+
+void read_constants(const Section& section, KitReader& reader) {
+    for_settings(section.lines, *reader.faults, [&](Setting& setting) {
+        const int value =
+            take_sum(setting.value, reader.kit.names, Kind::number, setting.key, 0, 0xFFFF);
+        add_name(reader, place_of(setting.key_place), setting.key, {Kind::number, value});
+    });
+}
+
+const Item* find_item(const Kit& kit, Kind kind, int number) {
+    const auto found = std::find_if(kit.items.begin(), kit.items.end(), [&](const Item& item) {
+        return item.kind == kind && item.number == number;
+    });
+    return found == kit.items.end() ? nullptr : &*found;
+}
+
+/// Makes the items of the sections, in their order and still without bytes. Those that the source
+/// leaves without a number get the lowest that are free.
+void list_items(const std::vector<Section>& sections, KitReader& reader) {
+    Kit& kit = reader.kit;
+    for (const Section& section : sections) {
+        if (section.topic != Topic::item) continue;
+        const Item* taken =
+            section.number < 0 ? nullptr : find_item(kit, section.kind, section.number);
+        if (taken != nullptr) {
+            reader.faults->emplace_back(section.place, title_of(*taken) + " stands in line " +
+                                                           std::to_string(taken->place.line) +
+                                                           " already");
+            continue;
+        }
+        kit.items.push_back(
+            {section.kind, section.number, section.name, section.place, -1, -1, {}});
+        reader.item_sections.push_back(&section);
+    }
+}
+
+void number_items(KitReader& reader) {
+    Kit& kit = reader.kit;
+    for (Item& item : kit.items)
+        guarded(*reader.faults, [&] {
+            if (item.number < 0) {
+                int number = least_of(item.kind);
+                while (find_item(kit, item.kind, number) != nullptr)
+                    ++number;
+                if (number > most_of(item.kind))
+                    throw Fault(item.place, "no number is free, the last " +
+                                                std::string(kind_name(item.kind)) + " is " +
+                                                std::to_string(most_of(item.kind)));
+                item.number = number;
+            }
+            if (!item.name.empty())
+                add_name(reader, item.place, item.name, {item.kind, item.number});
+        });
+}
+
+/// `normal macro 5`, or a name.
+int take_item(Scanner& scanner, const Kit& kit) {
+    peek(scanner);
+    const Scanner start = scanner;
+    Named wanted{Kind::number, -1};
+    if (const auto named = kit.names.find(take_word(scanner)); named != kit.names.end())
+        wanted = named->second;
+    scanner = wanted.kind == Kind::number ? start : scanner;
+    if (wanted.kind == Kind::number) {
+        const std::string_view rest = std::string_view(start.line->text).substr(start.at);
+        for (int i = 1; i <= static_cast<int>(Kind::menu); ++i)
+            if (rest.starts_with(kind_name(Kind(i)))) wanted.kind = Kind(i);
+        if (wanted.kind == Kind::number)
+            fail(start, "expected a name, or a kind and a number: picture 3, touch macro 7");
+        scanner.at += kind_name(wanted.kind).size();
+        wanted.number = take_number(scanner, least_of(wanted.kind), most_of(wanted.kind));
+    }
+    const Item* item = find_item(kit, wanted.kind, wanted.number);
+    if (item == nullptr) fail(start, "there is no such item here");
+    return static_cast<int>(item - kit.items.data());
+}
+
+/// Takes the settings that every item may have.
+bool take_place_setting(Setting& setting, Item& item, const Kit& kit) {
+    if (setting.key == "at") {
+        item.at = take_number(setting.value, 0, 0xFFFF);
+        return true;
+    }
+    if (setting.key != "same") return false;
+    const Scanner start = setting.value;
+    item.same = take_item(setting.value, kit);
+    const Item& other = kit.items[static_cast<std::size_t>(item.same)];
+    if (&other == &item) fail(start, "that is this item itself");
+    if (other.kind != item.kind && !(is_macro(other.kind) && is_macro(item.kind)))
+        fail(start, title_of(other) + " can't serve as a " + std::string(kind_name(item.kind)));
+    return true;
+}
+
+/// Lines of a macro: settings of its place, and commands.
+Bytes macro_of_section(const Section& section, const Assembly& assembly, const TakePlace& take,
+                       Faults& faults) {
+    std::vector<SourceLine> settings;
+    Bytes bytes;
+    for (const SourceLine& line : section.lines)
+        if (is_setting(line))
+            settings.push_back(line);
+        else
+            guarded(faults, [&] { assemble_line(line, assembly, bytes); });
+    for_settings(settings, faults, [&](Setting& setting) {
+        if (!take(setting)) fail_key(setting, "at or same");
+    });
+    if (bytes.size() > largest_macro)
+        faults.emplace_back(section.place, "the macro takes more than " +
+                                               std::to_string(largest_macro) + " bytes");
+    return bytes;
+}
+
+void read_item(std::size_t i, KitReader& reader) {
+    Kit& kit = reader.kit;
+    Item& item = kit.items[i];
+    const Section& section = *reader.item_sections[i];
+    const TakePlace take = [&](Setting& setting) { return take_place_setting(setting, item, kit); };
+    if (item.kind == Kind::font) {
+        item.bytes = font_of_section(section, kit.names, take, *reader.faults);
+    } else if (item.kind == Kind::picture) {
+        item.bytes = picture_of_section(section, kit.names, take, *reader.faults);
+    } else {
+        const Assembly assembly{&kit.names, [&kit](int number) {
+                                    const Item* picture = find_item(kit, Kind::picture, number);
+                                    return picture == nullptr ? Bytes() : bytes_of(kit, *picture);
+                                }};
+        item.bytes = macro_of_section(section, assembly, take, *reader.faults);
+        if (item.same >= 0 && !item.bytes.empty())
+            reader.faults->emplace_back(item.place, "the macro has same, and commands beside it");
+    }
+}
+
+/// Fonts and pictures first, since macros may hold a picture.
+void read_items(KitReader& reader) {
+    for (const bool macros : {false, true})
+        for (std::size_t i = 0; i < reader.kit.items.size(); ++i) {
+            if (is_macro(reader.kit.items[i].kind) != macros) continue;
+            (*reader.progress)(title_of(reader.kit.items[i]));
+            read_item(i, reader);
+        }
+    for (const Item& item : reader.kit.items)
+        if (item.same >= 0 && reader.kit.items[static_cast<std::size_t>(item.same)].same >= 0)
+            reader.faults->emplace_back(item.place,
+                                        "shares the bytes of an item that has none of its own");
+}
+
+void read_patch(const Section& section, KitReader& reader) {
+    Patch patch{section.place, section.number, {}};
+    for (const SourceLine& line : section.lines)
+        guarded(*reader.faults, [&] {
+            Scanner scanner{&line, 0};
+            const Bytes bytes = take_bytes(scanner);
+            patch.bytes.insert(patch.bytes.end(), bytes.begin(), bytes.end());
+        });
+    reader.kit.patches.push_back(std::move(patch));
+}
+
+void read_plain_section(const Section& section, KitReader& reader) {
+    StreamPlan& stream = reader.kit.stream;
+    switch (section.topic) {
+    case Topic::image:
+        return read_image_section(section, reader);
+    case Topic::stream:
+        return read_stream_section(section, reader);
+    case Topic::stream_before:
+        return append(stream.before, section.lines);
+    case Topic::stream_after_block:
+        return append(stream.after_block, section.lines);
+    case Topic::stream_behind:
+        return append(stream.behind, section.lines);
+    case Topic::constants:
+        return read_constants(section, reader);
+    case Topic::bytes:
+        return read_patch(section, reader);
+    case Topic::item:
+        return;
+    }
+}
+
+}  // namespace
+
+Kit read_kit(const std::string& file, const std::vector<SourceLine>& lines,
+             const Progress& progress, Faults& faults) {
+    KitReader reader{
+        {file, eeprom_small, -1, -1, {}, {}, {default_block, -1, true, {}, {}, {}}, {}},
+        {},
+        &progress,
+        &faults};
+    const std::vector<Section> sections = sections_of(lines, faults);
+    for (const Section& section : sections)
+        read_plain_section(section, reader);
+    list_items(sections, reader);
+    number_items(reader);
+    read_items(reader);
+    return std::move(reader.kit);
+}
+
+std::string title_of(const Item& item) {
+    std::string title(kind_name(item.kind));
+    if (item.number >= 0) title += " " + std::to_string(item.number);
+    return item.name.empty() ? title : title + " (" + item.name + ")";
+}
+
+const Bytes& bytes_of(const Kit& kit, const Item& item) {
+    return item.same < 0 ? item.bytes : kit.items[static_cast<std::size_t>(item.same)].bytes;
+}
+
+}  // namespace orvanel

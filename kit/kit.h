@@ -1,0 +1,64 @@
+// kit.h: what a kit source says, with its fonts and pictures read and its macros assembled.
+// docs/kit.md tells the syntax.
+
+#pragma once
+
+#include "kit/names.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+/// A font, a picture or a macro.
+struct Item {
+    Kind kind;
+    int number;
+    std::string name;  // empty if it has none
+    Place place;       // of its heading
+    int at;            // image offset that the source asks for, -1 if it leaves it open
+    int same;          // index of the item whose bytes it shares, -1 if it has its own
+    Bytes bytes;
+};
+
+/// Bytes at a fixed place of the image, over whatever else would be there.
+struct Patch {
+    Place place;
+    int at;
+    Bytes bytes;
+};
+
+/// What stands around the image's blocks in a stream.
+struct StreamPlan {
+    int block;     // bytes of the image in each write
+    int length;    // bytes of the whole stream, -1: as it comes
+    bool restart;  // ends in a restart
+    std::vector<SourceLine> before, after_block, behind;
+};
+
+struct Kit {
+    std::string file;
+    int memory;               // bytes of the EEPROM
+    int length;               // image length, -1: as it comes
+    int crc;                  // -1: as it comes
+    std::vector<Item> items;  // in the order of the source
+    std::vector<Patch> patches;
+    StreamPlan stream;
+    Names names;
+};
+
+/// Called with what is being worked on.
+using Progress = std::function<void(const std::string& what)>;
+
+/// Reads the kit from its lines. What can't be read is left out and told in `faults`.
+Kit read_kit(const std::string& file, const std::vector<SourceLine>& lines,
+             const Progress& progress, Faults& faults);
+
+/// `normal macro 5 (clock)`, for messages.
+std::string title_of(const Item& item);
+
+/// The bytes of an item, its own or shared.
+const Bytes& bytes_of(const Kit& kit, const Item& item);
+
+}  // namespace orvanel

@@ -1,0 +1,250 @@
+// orvanel42-kit: fonts, pictures and macros from readable sources into an EEPROM image or the
+// stream that programs it, and back.
+
+#include "host/platform/shared/safe_file.h"
+#include "kit/build.h"
+#include "kit/check.h"
+#include "kit/diff.h"
+#include "kit/dump.h"
+#include "kit/objects.h"
+#include "kit/stream.h"
+
+#include <CLI/CLI.hpp>
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+using namespace orvanel;
+
+constexpr const char* program = "orvanel42-kit";
+constexpr std::size_t most_messages = 20;
+
+enum Status { all_well = 0, wrong_content = 1, wrong_call = 2 };
+
+struct Options {
+    std::string source, other;  // the files to read
+    std::vector<std::string> outputs;
+    std::string folder;
+    BuildOptions build;
+};
+
+/// Shows what is being worked on in one line that is gone at the end, if somebody watches.
+class ProgressLine {
+  public:
+    void show(const std::string& what) {
+        if (!watched) return;
+        std::fprintf(stderr, "\r\x1B[K%s ...", what.c_str());
+        shown = true;
+    }
+    ~ProgressLine() {
+        if (shown) std::fputs("\r\x1B[K", stderr);
+    }
+    ProgressLine() = default;
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+  private:
+    bool watched = isatty(STDERR_FILENO) != 0;
+    bool shown = false;
+};
+
+/// Tells the faults, first those that stand first in the source.
+Status tell(const Faults& faults) {
+    for (std::size_t i = 0; i < faults.size() && i < most_messages; ++i)
+        std::fprintf(stderr, "%s\n", message_of(faults[i]).c_str());
+    if (faults.size() > most_messages)
+        std::fprintf(stderr, "%s: error: and %zu more\n", program, faults.size() - most_messages);
+    return faults.empty() ? all_well : wrong_content;
+}
+
+void put(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+
+/// Writes a file; a failure is told.
+bool write(const std::string& path, const Bytes& content) {
+    const std::string fault = replace_file(path, content, Backup::none);
+    if (!fault.empty())
+        std::fprintf(stderr, "%s: error: cannot write %s: %s\n", program, path.c_str(),
+                     fault.c_str());
+    return fault.empty();
+}
+
+Built build_source(const Options& options, Faults& faults) {
+    ProgressLine progress;
+    return build_kit(
+        options.source, options.build, [&](const std::string& what) { progress.show(what); },
+        faults);
+}
+
+Bytes load(const std::string& path, Faults& faults) {
+    ProgressLine progress;
+    return load_any(
+        path, [&](const std::string& what) { progress.show(what); }, faults);
+}
+
+int build(const Options& options) {
+    Faults faults;
+    const Built built = build_source(options, faults);
+    if (!faults.empty()) return tell(faults);
+    // All of them first, so that a fault leaves every old file as it was.
+    std::vector<Bytes> contents;
+    for (const std::string& path : options.outputs)
+        contents.push_back(ends_in(path, ".eep") ? stream_of(built.kit, built.image, faults)
+                                                 : built.image);
+    if (!faults.empty()) return tell(faults);
+    for (std::size_t i = 0; i < contents.size(); ++i) {
+        if (!write(options.outputs[i], contents[i])) return wrong_call;
+        put(options.outputs[i] + ": " + std::to_string(contents[i].size()) + " bytes\n");
+    }
+    put("image: " + summary_of(built.image) + "\n");
+    return all_well;
+}
+
+int write_dump(const Options& options, const Bytes& image) {
+    namespace fs = std::filesystem;
+    const fs::path folder = options.folder;
+    std::error_code fault;
+    fs::create_directories(folder, fault);
+    if (!fault && !fs::is_empty(folder, fault) && !fault) {
+        std::fprintf(stderr, "%s: error: %s isn't empty; name a new folder\n", program,
+                     folder.c_str());
+        return wrong_call;
+    }
+    if (fault) {
+        std::fprintf(stderr, "%s: error: %s: %s\n", program, folder.c_str(),
+                     fault.message().c_str());
+        return wrong_call;
+    }
+    for (const DumpFile& file : dump_of(image, fs::path(options.source).stem().string()))
+        if (!write((folder / file.name).string(), file.content)) return wrong_call;
+    return all_well;
+}
+
+int dump(const Options& options) {
+    Faults faults;
+    const Bytes image = load(options.source, faults);
+    if (!faults.empty()) return tell(faults);
+    put(options.source + ": " + listing_of(image));
+    return options.folder.empty() ? all_well : write_dump(options, image);
+}
+
+int check(const Options& options) {
+    Faults faults;
+    const Bytes image = load(options.source, faults);
+    if (!faults.empty()) return tell(faults);
+    const std::vector<std::string> findings = findings_of(image);
+    for (const std::string& finding : findings)
+        put(options.source + ": " + finding + "\n");
+    return findings.empty() ? all_well : wrong_content;
+}
+
+int diff(const Options& options) {
+    Faults faults;
+    const Bytes before = load(options.source, faults);
+    const Bytes after = load(options.other, faults);
+    if (!faults.empty()) return tell(faults);
+    const std::string text = difference_of(before, after);
+    put(text);
+    return text.empty() ? all_well : wrong_content;
+}
+
+/// An option whose value is a number, decimal or hexadecimal.
+void add_number(CLI::App& app, const std::string& name, int most, int& value,
+                const std::string& help) {
+    app.add_option_function<std::string>(
+           name,
+           [name, most, &value](const std::string& text) {
+               if (!number_of(text, 0, most, value))
+                   throw CLI::ValidationError(name, "takes a number, 0 to " + std::to_string(most));
+           },
+           help)
+        ->option_text("N");
+}
+
+void check_outputs(const Options& options) {
+    for (const std::string& path : options.outputs)
+        if (!ends_in(path, ".eep") && !ends_in(path, ".bin"))
+            throw CLI::ValidationError(
+                "-o", path + " ends in neither .eep (a stream) nor .bin (an image)");
+}
+
+void add_file(CLI::App& app, const char* name, std::string& value, const char* help) {
+    app.add_option(name, value, help)->required()->option_text(" ");
+}
+
+int run(int argc, char** argv) {
+    Options options;
+    options.build = {-1, -1, -1};
+    CLI::App app{"Turns sources of fonts, pictures and macros into an EEPROM image, and back",
+                 program};
+    app.require_subcommand(1);
+    app.set_version_flag("--version", std::string(program) + " " ORVANEL_VERSION);
+    app.footer("FILE is a kit source (.kit), a stream (.eep) or an image.\n"
+               "Exit status: 0 all well; 1 the source is wrong, check found something, or diff "
+               "found a difference;\n2 a wrong command line, or a file that can't be read or "
+               "written.");
+    constexpr const char* any_file = "Kit source, stream or image";
+
+    CLI::App* build_app = app.add_subcommand("build", "Build a kit into a stream or an image");
+    add_file(*build_app, "KIT", options.source, "Kit source");
+    build_app
+        ->add_option("-o,--output", options.outputs,
+                     "Write NAME.eep, a stream, or NAME.bin, an image; may come again")
+        ->required()
+        ->option_text("FILE");
+    add_number(*build_app, "--image-length", 0xFFFE, options.build.length,
+               "Bring the image to this length by filler bytes");
+    add_number(*build_app, "--crc", 0xFFFF, options.build.crc,
+               "Bring the image to this CRC by two filler bytes");
+    add_number(*build_app, "--stream-length", 1 << 24, options.build.stream_length,
+               "Bring the stream to this length by commands that do nothing");
+
+    CLI::App* dump_app = app.add_subcommand("dump", "List what an image holds");
+    add_file(*dump_app, "FILE", options.source, any_file);
+    dump_app
+        ->add_option("-o,--output", options.folder,
+                     "Write a kit source, with its fonts and pictures, into DIR")
+        ->option_text("DIR");
+
+    CLI::App* check_app = app.add_subcommand("check", "Tell what is wrong with an image");
+    add_file(*check_app, "FILE", options.source, any_file);
+
+    CLI::App* diff_app = app.add_subcommand("diff", "Tell what differs between two images");
+    add_file(*diff_app, "A", options.source, any_file);
+    add_file(*diff_app, "B", options.other, any_file);
+
+    try {
+        app.parse(argc, argv);
+        check_outputs(options);
+    } catch (const CLI::ParseError& fault) {
+        return app.exit(fault) == 0 ? all_well : wrong_call;
+    }
+    try {
+        if (*build_app) return build(options);
+        if (*dump_app) return dump(options);
+        if (*check_app) return check(options);
+        return diff(options);
+    } catch (const Fault& fault) {
+        // A file of the command line itself.
+        std::fprintf(stderr, "%s\n", message_of(fault).c_str());
+        return wrong_call;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& fault) {
+        // The system has no memory left.
+        std::fprintf(stderr, "%s: error: %s\n", program, fault.what());
+        return wrong_call;
+    }
+}

@@ -1,0 +1,83 @@
+#include "kit/names.h"
+
+#include "host/scenario/line.h"
+
+#include <array>
+#include <cstddef>
+
+namespace orvanel {
+
+namespace {
+
+struct KindRow {
+    Kind kind;
+    std::string_view name;
+    int least, most;
+};
+constexpr std::array<KindRow, 7> kinds{{
+    {Kind::number, "number", 0, 0},
+    {Kind::font, "font", 1, 15},
+    {Kind::picture, "picture", 0, 255},
+    {Kind::power_on, "power-on macro", 0, 3},
+    {Kind::normal, "normal macro", 0, 255},
+    {Kind::touch, "touch macro", 0, 255},
+    {Kind::menu, "menu macro", 0, 255},
+}};
+
+const KindRow& row_of(Kind kind) { return kinds[static_cast<std::size_t>(kind)]; }
+
+constexpr int widest = 1'000'000;  // of a number in a sum
+
+/// A term of a sum.
+int take_term(Scanner& scanner, const Names& names, Kind wanted, std::string_view what) {
+    peek(scanner);
+    const Scanner start = scanner;
+    const std::string_view name = take_name(scanner);
+    if (name.empty()) {
+        const char c = peek(scanner);
+        if (c != '$' && (c < '0' || c > '9'))
+            fail(start, "expected " + std::string(what) + ", a number or a name");
+        return take_number(scanner, 0, widest);
+    }
+    const auto found = names.find(name);
+    if (found == names.end()) fail(start, in_quotes(name) + " is the name of nothing here");
+    const Named& named = found->second;
+    if (named.kind != Kind::number && named.kind != wanted)
+        fail(start, in_quotes(name) + " is a " + std::string(kind_name(named.kind)) + ", and " +
+                        std::string(what) + " is " +
+                        (wanted == Kind::number ? "a plain number"
+                                                : "a " + std::string(kind_name(wanted))));
+    return named.number;
+}
+
+}  // namespace
+
+std::string_view kind_name(Kind kind) { return row_of(kind).name; }
+int most_of(Kind kind) { return row_of(kind).most; }
+int least_of(Kind kind) { return row_of(kind).least; }
+bool is_macro(Kind kind) { return kind >= Kind::power_on; }
+
+int take_sum(Scanner& scanner, const Names& names, Kind wanted, std::string_view what, int least,
+             int most) {
+    constexpr int beyond = 100'000'000;  // no sum that is still of use
+    peek(scanner);
+    const Scanner start = scanner;
+    int sum = 0;
+    int sign = take_char(scanner, '-') ? -1 : 1;
+    for (;;) {
+        sum += sign * take_term(scanner, names, wanted, what);
+        if (take_char(scanner, '+'))
+            sign = 1;
+        else if (take_char(scanner, '-'))
+            sign = -1;
+        else
+            break;
+        if (sum > beyond || sum < -beyond) break;
+    }
+    if (sum < least || sum > most)
+        fail(start, std::string(what) + " is " + std::to_string(sum) + ", outside " +
+                        std::to_string(least) + " to " + std::to_string(most));
+    return sum;
+}
+
+}  // namespace orvanel

@@ -1,0 +1,39 @@
+// names.h: names for the numbers of a kit, and the sums they may stand in.
+
+#pragma once
+
+#include "kit/source.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace orvanel {
+
+/// What a number counts.
+enum class Kind { number, font, picture, power_on, normal, touch, menu };
+
+/// `font`, `picture`, `power-on macro`, ... as headings and listings have it.
+std::string_view kind_name(Kind kind);
+
+/// How many of a kind there can be, and the lowest number.
+int most_of(Kind kind);
+int least_of(Kind kind);
+
+bool is_macro(Kind kind);
+
+struct Named {
+    Kind kind;
+    int number;
+};
+
+using Names = std::map<std::string, Named, std::less<>>;
+
+/// Numbers and names joined by + and -, e.g. `left + 8`. Throws unless the sum lies in least..most
+/// and its names are plain numbers or of the kind that is wanted. `what` names the value in
+/// messages.
+int take_sum(Scanner& scanner, const Names& names, Kind wanted, std::string_view what, int least,
+             int most);
+
+}  // namespace orvanel

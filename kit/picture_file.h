@@ -1,0 +1,29 @@
+// picture_file.h: pictures out of PNG, 1-bit BMP and PBM files, and into PNG.
+
+#pragma once
+
+#include "kit/fault.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace orvanel {
+
+/// Larger pictures are refused before their dots are looked at.
+constexpr int most_picture_dots = 1 << 20;
+
+/// A picture in shades of gray, top row first.
+struct GrayPicture {
+    int width, height;
+    Bytes light;  // width * height, 0 black to 255 white
+};
+
+/// Reads a picture by its content, whatever the file is called. What is transparent shows white
+/// behind it. The result is empty on success, else what is wrong with the file.
+std::string decode_picture(std::span<const std::uint8_t> file, GrayPicture& picture);
+
+/// The picture as a PNG; the same picture gives the same bytes. Throws std::bad_alloc.
+Bytes encode_png(const GrayPicture& picture);
+
+}  // namespace orvanel

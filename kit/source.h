@@ -1,0 +1,79 @@
+// source.h: the lines of a kit source, those of its includes in their places, and taking one line
+// apart.
+
+#pragma once
+
+#include "kit/fault.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvanel {
+
+struct SourceLine {
+    std::string file;
+    int number;  // from 1
+    std::string text;
+};
+
+/// The lines of the file, each `include` replaced by the lines of the file it names. A file that
+/// can't be read, or includes itself, is a fault.
+std::vector<SourceLine> read_source(const std::string& path, Faults& faults);
+
+/// The same from memory; `name` stands in messages, and its folder is where includes start from.
+std::vector<SourceLine> lines_of(const std::string& name, std::string_view text, Faults& faults);
+
+/// `path` as seen from the folder of the file that names it.
+std::string path_beside(const std::string& file, std::string_view path);
+
+/// A place in a line that moves on as words are taken. Borrows the line.
+struct Scanner {
+    const SourceLine* line;
+    std::size_t at;  // bytes
+};
+
+/// Where the scanner stands, for messages.
+Place place_of(const Scanner& scanner);
+
+/// Throws a Fault where the scanner stands.
+[[noreturn]] void fail(const Scanner& scanner, const std::string& what);
+
+void skip_blanks(Scanner& scanner);
+
+/// The next character behind blanks, which are skipped; 0 at the end of the line or its comment.
+char peek(Scanner& scanner);
+
+/// Takes `c` if it comes next behind blanks.
+bool take_char(Scanner& scanner, char c);
+
+/// Takes `c`, or throws that it is expected.
+void expect_char(Scanner& scanner, char c);
+
+/// Throws unless only blanks and a comment are left.
+void expect_end(Scanner& scanner);
+
+/// Letters, digits and _, not beginning with a digit; empty if none comes next.
+std::string_view take_name(Scanner& scanner);
+
+/// Up to the next blank, comment or one of `ends`; empty if there is none.
+std::string_view take_word(Scanner& scanner, std::string_view ends = {});
+
+/// What stands between double quotes, or a word. Throws if there is neither.
+std::string take_path(Scanner& scanner);
+
+/// A decimal number, or a hexadecimal one behind $ or 0x. Throws unless it lies in least..most.
+int take_number(Scanner& scanner, int least, int most);
+
+/// As take_number, from a command line: the whole text. False if it is no such number.
+bool number_of(std::string_view text, int least, int most, int& value);
+
+/// A text in double quotes, turned to the module's code page. \\ \" \n \r \t \e \xHH are escapes;
+/// \| \~ \@ stay as they are, since the module reads them so.
+Bytes take_text(Scanner& scanner);
+
+/// Pairs of hexadecimal digits and texts up to the end of the line.
+Bytes take_bytes(Scanner& scanner);
+
+}  // namespace orvanel
