@@ -63,6 +63,14 @@ void step_over_comma(Writer& writer, bool needed) {
     fail(scanner, "expected a comma; " + usage_of(*writer.form));
 }
 
+/// To what stands behind the numbers. Throws if nothing does.
+Scanner start_of_tail(Writer& writer) {
+    step_over_comma(writer, false);
+    if (peek(*writer.scanner) == 0)
+        fail(*writer.scanner, "the rest is missing; " + usage_of(*writer.form));
+    return *writer.scanner;
+}
+
 int take_param(Writer& writer, const Param& param, int most) {
     step_over_comma(writer, true);
     Scanner& scanner = *writer.scanner;
@@ -72,9 +80,7 @@ int take_param(Writer& writer, const Param& param, int most) {
 }
 
 void put_string(Writer& writer) {
-    step_over_comma(writer, false);
-    peek(*writer.scanner);
-    const Scanner start = *writer.scanner;
+    const Scanner start = start_of_tail(writer);
     const Bytes text = take_text(*writer.scanner);
     const auto ends = [](std::uint8_t c) { return c == 0 || c == '\n' || c == '\r'; };
     if (std::any_of(text.begin(), text.end(), ends))
@@ -84,10 +90,8 @@ void put_string(Writer& writer) {
 }
 
 void put_picture(Writer& writer) {
-    step_over_comma(writer, false);
+    const Scanner start = start_of_tail(writer);
     Scanner& scanner = *writer.scanner;
-    peek(scanner);
-    const Scanner start = scanner;
     Bytes picture;
     if (take_name(scanner) == "picture") {
         const int number = take_sum(scanner, *writer.assembly->names, Kind::picture, "picture", 0,
@@ -109,9 +113,7 @@ void put_picture(Writer& writer) {
 }
 
 void put_counted(Writer& writer) {
-    step_over_comma(writer, false);
-    peek(*writer.scanner);
-    const Scanner start = *writer.scanner;
+    const Scanner start = start_of_tail(writer);
     const Bytes bytes = take_bytes(*writer.scanner);
     if (bytes.size() > 255) fail(start, "these are more than 255 bytes");
     put_number(writer, static_cast<int>(bytes.size()), ',');

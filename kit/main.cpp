@@ -33,6 +33,7 @@ struct Options {
     std::vector<std::string> outputs;
     std::string folder;
     BuildOptions build;
+    bool quiet;
 };
 
 /// Shows what is being worked on in one line that is gone at the end, if somebody watches.
@@ -100,9 +101,10 @@ int build(const Options& options) {
     if (!faults.empty()) return tell(faults);
     for (std::size_t i = 0; i < contents.size(); ++i) {
         if (!write(options.outputs[i], contents[i])) return wrong_call;
-        put(options.outputs[i] + ": " + std::to_string(contents[i].size()) + " bytes\n");
+        if (!options.quiet)
+            put(options.outputs[i] + ": " + std::to_string(contents[i].size()) + " bytes\n");
     }
-    put("image: " + summary_of(built.image) + "\n");
+    if (!options.quiet) put("image: " + summary_of(built.image) + "\n");
     return all_well;
 }
 
@@ -179,7 +181,7 @@ void add_file(CLI::App& app, const char* name, std::string& value, const char* h
 }
 
 int run(int argc, char** argv) {
-    Options options;
+    Options options{};
     options.build = {-1, -1, -1};
     CLI::App app{"Turns sources of fonts, pictures and macros into an EEPROM image, and back",
                  program};
@@ -204,6 +206,8 @@ int run(int argc, char** argv) {
                "Bring the image to this CRC by two filler bytes");
     add_number(*build_app, "--stream-length", 1 << 24, options.build.stream_length,
                "Bring the stream to this length by commands that do nothing");
+
+    build_app->add_flag("-q,--quiet", options.quiet, "Say nothing when all is well");
 
     CLI::App* dump_app = app.add_subcommand("dump", "List what an image holds");
     add_file(*dump_app, "FILE", options.source, any_file);
