@@ -62,11 +62,12 @@ int hex_value(char c) {
 void read_row(BdfReader& reader, Dots& dots, int y) {
     if (!next_line(reader)) fail(reader, "the file ends within a character");
     const int digits = stride_of(dots.width) * 2;
-    if (std::ssize(reader.line) < digits)
+    const std::string_view row = reader.line.substr(0, static_cast<std::size_t>(digits));
+    const bool hex = std::all_of(row.begin(), row.end(), [](char c) { return hex_value(c) >= 0; });
+    if (std::ssize(row) < digits || !hex)
         fail(reader, "expected a row of " + std::to_string(digits) + " hexadecimal digits");
     for (int x = 0; x < dots.width; ++x) {
-        const int value = hex_value(reader.line[static_cast<std::size_t>(x / 4)]);
-        if (value < 0) fail(reader, "expected hexadecimal digits");
+        const int value = hex_value(row[static_cast<std::size_t>(x / 4)]);
         if ((value >> (3 - x % 4) & 1) != 0) set_dot(dots, x, y);
     }
 }

@@ -42,14 +42,6 @@ Dots rows_of(const Dots& dots, int first, int height) {
     return part;
 }
 
-/// Whether the bits behind the last dot of each row are clear.
-bool is_clean(const Dots& dots) {
-    const int spare = stride_of(dots.width) * 8 - dots.width;
-    for (int y = 0; y < dots.height; ++y)
-        if ((dots.rows[byte_at(dots, dots.width - 1, y)] & ((1 << spare) - 1)) != 0) return false;
-    return true;
-}
-
 }  // namespace
 
 Dots blank_dots(int width, int height) {
@@ -64,6 +56,13 @@ bool dot_at(const Dots& dots, int x, int y) {
 void set_dot(Dots& dots, int x, int y) {
     std::uint8_t& byte = dots.rows[byte_at(dots, x, y)];
     byte = static_cast<std::uint8_t>(byte | 0x80 >> x % 8);
+}
+
+bool is_clean(const Dots& dots) {
+    const int spare = stride_of(dots.width) * 8 - dots.width;
+    for (int y = 0; y < dots.height; ++y)
+        if ((dots.rows[byte_at(dots, dots.width - 1, y)] & ((1 << spare) - 1)) != 0) return false;
+    return true;
 }
 
 Dots by_threshold(const GrayPicture& picture, int percent) {

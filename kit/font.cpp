@@ -156,6 +156,7 @@ bool read_font_bytes(std::span<const std::uint8_t> bytes, Font& font, std::size_
         const std::size_t start = head.glyphs_at + pair_at(bytes, at + 1);
         std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(start), glyph.rows.size(),
                     glyph.rows.begin());
+        if (!is_clean(glyph)) return false;
         font.glyphs.emplace(code, std::move(glyph));
     }
     size = head.size;

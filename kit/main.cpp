@@ -12,11 +12,14 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <string>
 #include <system_error>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -56,8 +59,13 @@ class ProgressLine {
     bool shown = false;
 };
 
-/// Tells the faults, first those that stand first in the source.
-Status tell(const Faults& faults) {
+/// Tells the faults, those of a file in the order of its lines.
+Status tell(Faults faults) {
+    const auto place = [](const Fault& fault) {
+        return std::tie(fault.place.file, fault.place.line, fault.place.column);
+    };
+    std::stable_sort(faults.begin(), faults.end(),
+                     [place](const Fault& a, const Fault& b) { return place(a) < place(b); });
     for (std::size_t i = 0; i < faults.size() && i < most_messages; ++i)
         std::fprintf(stderr, "%s\n", message_of(faults[i]).c_str());
     if (faults.size() > most_messages)
@@ -92,13 +100,13 @@ Bytes load(const std::string& path, Faults& faults) {
 int build(const Options& options) {
     Faults faults;
     const Built built = build_source(options, faults);
-    if (!faults.empty()) return tell(faults);
+    if (!faults.empty()) return tell(std::move(faults));
     // All of them first, so that a fault leaves every old file as it was.
     std::vector<Bytes> contents;
     for (const std::string& path : options.outputs)
         contents.push_back(ends_in(path, ".eep") ? stream_of(built.kit, built.image, faults)
                                                  : built.image);
-    if (!faults.empty()) return tell(faults);
+    if (!faults.empty()) return tell(std::move(faults));
     for (std::size_t i = 0; i < contents.size(); ++i) {
         if (!write(options.outputs[i], contents[i])) return wrong_call;
         if (!options.quiet)
@@ -131,7 +139,7 @@ int write_dump(const Options& options, const Bytes& image) {
 int dump(const Options& options) {
     Faults faults;
     const Bytes image = load(options.source, faults);
-    if (!faults.empty()) return tell(faults);
+    if (!faults.empty()) return tell(std::move(faults));
     put(options.source + ": " + listing_of(image));
     return options.folder.empty() ? all_well : write_dump(options, image);
 }
@@ -139,7 +147,7 @@ int dump(const Options& options) {
 int check(const Options& options) {
     Faults faults;
     const Bytes image = load(options.source, faults);
-    if (!faults.empty()) return tell(faults);
+    if (!faults.empty()) return tell(std::move(faults));
     const std::vector<std::string> findings = findings_of(image);
     for (const std::string& finding : findings)
         put(options.source + ": " + finding + "\n");
@@ -150,7 +158,7 @@ int diff(const Options& options) {
     Faults faults;
     const Bytes before = load(options.source, faults);
     const Bytes after = load(options.other, faults);
-    if (!faults.empty()) return tell(faults);
+    if (!faults.empty()) return tell(std::move(faults));
     const std::string text = difference_of(before, after);
     put(text);
     return text.empty() ? all_well : wrong_content;

@@ -40,6 +40,7 @@ void measure_font(std::span<const std::uint8_t> image, Object& object) {
 
 void measure_picture(std::span<const std::uint8_t> image, Object& object) {
     const auto bytes = rest_at(image, object.offset);
+    object.size = 2;
     if (bytes.size() < 2) return;  // told as lying beyond the image
     const int rows = bytes[1] > tallest_picture ? bytes[1] & 0x7F : bytes[1];
     object.size = 2 + stride_of(bytes[0]) * rows;

@@ -80,6 +80,7 @@ void read_opening(const SourceLine& line) {
     if (peek(scanner) == 0) return;
     const Scanner start = scanner;
     if (take_name(scanner) != "kit") fail(start, "expected a heading in brackets");
+    peek(scanner);
     const Scanner version = scanner;
     if (take_number(scanner, 0, 1'000'000) != 1) fail(version, "this program reads kit 1");
     expect_end(scanner);

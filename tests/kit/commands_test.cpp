@@ -1,0 +1,144 @@
+// Lines of a macro and the bytes of the command language.
+
+#include "kit/code_page.h"
+#include "kit/commands.h"
+#include "tests/kit/kit_support.h"
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+Bytes assembled(const std::vector<std::string>& lines) {
+    const Names names{{"code", {Kind::touch, 9}}, {"face", {Kind::picture, 3}}};
+    const Assembly assembly{&names, [](int) { return Bytes{1, 1, 0x80}; }};
+    Bytes bytes;
+    for (const std::string& text : lines)
+        assemble_line({"", 0, text}, assembly, bytes);
+    return bytes;
+}
+
+/// Parameters that a row of docs/commands.md counts before its raw part.
+int counted_params(std::string words) {
+    int count = 0;
+    for (const auto& [word, params] : {std::pair{"p, p raw bytes", 0},
+                                       {"pt1", 2},
+                                       {"pt2", 2},
+                                       {"rect", 4},
+                                       {"zoom", 1},
+                                       {"bar", 1},
+                                       {"p", 1}})
+        for (std::size_t at = words.find(word); at != std::string::npos; at = words.find(word)) {
+            if (std::string_view(word) == "p" && words.compare(at, 7, "picture") == 0) {
+                words.replace(at, 1, "_");
+                continue;
+            }
+            words.replace(at, std::string_view(word).size(), "_");
+            count += params;
+        }
+    return count;
+}
+
+}  // namespace
+
+TEST(KitCommands, knows_every_command_of_the_reference_and_its_parameters) {
+    std::istringstream page(file_text(ORVANEL_SOURCE_DIR "/docs/commands.md"));
+    int rows = 0;
+    for (std::string line; std::getline(page, line);) {
+        if (!line.starts_with("| `ESC ")) continue;
+        ++rows;
+        const std::string letters = line.substr(7, line.find('`', 7) - 7);
+        const Form* form = find_form(letters[0], letters.size() > 1 ? letters[2] : '\0');
+        ASSERT_NE(form, nullptr) << line;
+        const std::size_t params = line.find("| ", 8) + 2;
+        const std::string words = line.substr(params, line.find(" |", params) - params);
+        if (words.find("own") == std::string::npos) {
+            EXPECT_EQ(param_count(*form), counted_params(words)) << line;
+            EXPECT_EQ(form->tail != Tail::none, words.find("raw") != std::string::npos) << line;
+        }
+    }
+    EXPECT_EQ(rows, std::ssize(all_forms()));
+}
+
+TEST(KitCommands, writes_a_command_under_both_lead_ins) {
+    struct Case {
+        std::vector<std::string> lines;
+        Bytes bytes;
+    };
+    const std::vector<Case> cases{
+        {{"ESC GD 10,20,100,50"}, {0x1B, 'G', 'D', 10, 20, 100, 50}},
+        {{"#gd10,20,100,50"}, bytes_from("#GD10,20,100,50;")},
+        {{"#DL", "# Z F $F", "", "; nothing"}, bytes_from("#DL#ZF15;")},
+        {{"#ZL 1,2 \"a\\\"b\\|\""}, bytes_from("#ZL1,2,a\"b\\|\n")},
+        {{"esc zl 1,2,\"°\""}, {0x1B, 'Z', 'L', 1, 2, 0xF8, 0}},
+        {{"#AT 1,2,3,4,code,0,\"\""}, bytes_from("#AT1,2,3,4,9,0,\n")},
+        {{"#SB 1B \"ok\""}, bytes_from("#SB3,\x1Bok")},
+        {{"ESC SB \"ok\""}, {0x1B, 'S', 'B', 2, 'o', 'k'}},
+        {{"#YL 2"}, {'#', 'Y', 'L', 2}},
+        {{"#UL 5,6,picture face"}, {'#', 'U', 'L', '5', ',', '6', ',', 1, 1, 0x80}},
+        {{"ESC UL 5,6,08 01 AA"}, {0x1B, 'U', 'L', 5, 6, 8, 1, 0xAA}},
+        {{"#&E 0x220,0xC10,C"}, {'#', '&', 'E', 0x20, 2, 0x10, 0x0C, 'C'}},
+        {{"ESC &E 0x0E30,W,01 \"x\""}, {0x1B, '&', 'E', 0x30, 0x0E, 2, 0, 'W', 1, 'x'}},
+        {{"text \"Hi\\r\\n\" 00"}, {'H', 'i', 13, 10, 0}},
+    };
+    for (const auto& [lines, bytes] : cases)
+        EXPECT_EQ(assembled(lines), bytes) << lines[0];
+}
+
+TEST(KitCommands, reads_a_macro_back_as_it_would_be_written) {
+    const std::vector<std::string> lines{
+        "#TA",
+        "ESC ZL 1,2,\"Größe \\| ~x~ \\\\\"",
+        "#AM 1,2,3,4,5,6,7,\"UMenu|a|b\"",
+        "#SB \"abc\"",
+        "ESC &E 544,3088,C",
+        "#&E 16,W, 01 02",
+        "ESC UL 0,0,08 01 FF",
+        "text \"two lines\\r\\n\"",
+        "text \"on the glass\"",
+        "ESC =",
+        "#YL 1",
+    };
+    EXPECT_EQ(lines_from(assembled(lines)), lines);
+}
+
+// What the module takes but nobody writes: other separators, hexadecimal numbers, small letters,
+// unknown commands, a command that ends in the middle.
+TEST(KitCommands, gives_any_bytes_back_as_lines) {
+    std::vector<Bytes> samples{bytes_from("#GD10,20;$1F 50x#gp1,2,"),
+                               bytes_from("\x1BGX\x1BO#RQ1,2,3,4,#ZL1,2,abc"),
+                               {0x1B, 'S', 'B', 200, 1, 2},
+                               {0x1B, '&', 'E', 0, 0, 5, 0, 'W', 1},
+                               {0x1B, 0x1B, '#', '#', 0},
+                               {0x1B}};
+    std::mt19937 random(6);
+    for (int i = 0; i < 300; ++i) {
+        Bytes bytes(random() % 200);
+        for (std::uint8_t& byte : bytes) {
+            constexpr std::string_view frequent = "\x1B##GZAMURB&ELDTC0123,;\n";
+            byte = static_cast<std::uint8_t>(
+                random() % 3 == 0
+                    ? random()
+                    : static_cast<unsigned char>(frequent[random() % frequent.size()]));
+        }
+        samples.push_back(std::move(bytes));
+    }
+    for (const char* name : {"panel", "text", "pens", "mixed", "flashing", "terminal"})
+        samples.push_back(
+            bytes_from(file_text(std::string(ORVANEL_SOURCE_DIR "/examples/") + name + ".orv")));
+    for (const Bytes& bytes : samples)
+        ASSERT_EQ(assembled(lines_from(bytes)), bytes);
+}
+
+TEST(KitCodePage, turns_every_code_to_a_character_and_back) {
+    for (int code = ' '; code < 256; ++code)
+        EXPECT_EQ(code_of(character_of(code)), code);
+    EXPECT_EQ(code_of(0x3BC), 0xE6) << "the Greek letter serves as the micro sign";
+    EXPECT_EQ(code_of(0x20AC), -1) << "there is no euro sign";
+}
+
+}  // namespace orvanel

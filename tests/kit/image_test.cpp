@@ -1,0 +1,230 @@
+// The image and its stream: layout, CRC, filler, and the module that takes them.
+
+#include "firmware/store/eeprom.h"
+#include "kit/check.h"
+#include "kit/diff.h"
+#include "kit/dump.h"
+#include "kit/image.h"
+#include "kit/objects.h"
+#include "kit/stream.h"
+#include "tests/kit/kit_support.h"
+#include "tests/support/module.h"
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+namespace orvanel {
+
+namespace {
+
+using KitImage = KitFolder;
+
+std::string joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines)
+        text += line + "\n";
+    return text;
+}
+
+Bytes stream_from(const Kit& kit, const Bytes& image, std::string& fault) {
+    Faults faults;
+    Bytes stream = stream_of(kit, image, faults);
+    fault = faults.empty() ? "" : faults[0].what();
+    return stream;
+}
+
+}  // namespace
+
+TEST_F(KitImage, lays_items_out_in_the_order_of_the_source) {
+    put("dot.pbm", "P1 1 1 1");
+    const Bytes image =
+        build("[touch macro 2]\n#DL\n[picture 255]\nfile = dot.pbm\n"
+              "[power-on macro 3]\nsame = touch macro 2\n"
+              "[menu macro 255]\nat = 0x0E40\n#DS\n[normal macro 0]\n[normal macro 1]\n#DI\n")
+            .image;
+    ASSERT_EQ(messages, "");
+    EXPECT_EQ(listing_of(image), "32768 bytes, length 0x0E46, CRC " + hex4(pair_at(image, 0x0E46)) +
+                                     "\n"
+                                     "picture 255       0x0E33  3 bytes      1 x 1\n"
+                                     "power-on macro 3  0x0E30  3 bytes\n    #DL\n"
+                                     "normal macro 1    0x0E43  3 bytes\n    #DI\n"
+                                     "touch macro 2     0x0E30  3 bytes\n    #DL\n"
+                                     "menu macro 255    0x0E40  3 bytes\n    #DS\n");
+    EXPECT_EQ(joined(findings_of(image)), "");
+}
+
+TEST_F(KitImage, length_crc_and_stream_length_are_met_by_filler) {
+    EXPECT_EQ(crc_of(bytes_from("123456789")), 0x31C3);
+    const std::string_view source = "[stream before]\ntext \"hello\"\n[normal macro 0]\n#DL\n";
+    const Built built = build(source, {0x780D, 0xF59F, 32454});
+    ASSERT_EQ(messages, "");
+    EXPECT_EQ(summary_of(built.image), "32768 bytes, length 0x780D, CRC 0xF59F");
+    std::string fault;
+    const Bytes stream = stream_from(built.kit, built.image, fault);
+    EXPECT_EQ(fault, "");
+    EXPECT_EQ(stream.size(), 32454U);
+    EXPECT_EQ(image_from_stream(stream, eeprom_small), built.image);
+    // The CRC alone: two bytes behind the last item.
+    EXPECT_EQ(summary_of(build(source, {-1, 0, -1}).image),
+              "32768 bytes, length 0x0E35, CRC 0x0000");
+    // A stream can grow by any number of bytes but one.
+    Kit kit = built.kit;
+    kit.stream.length = -1;
+    const auto size = static_cast<int>(stream_from(kit, built.image, fault).size());
+    for (const auto& [more, good] :
+         {std::pair{-1, false}, {0, true}, {1, false}, {2, true}, {3, true}}) {
+        kit.stream.length = size + more;
+        EXPECT_EQ(std::ssize(stream_from(kit, built.image, fault)) == size + more, good) << more;
+        EXPECT_EQ(fault.empty(), good) << more;
+    }
+}
+
+TEST_F(KitImage, its_stream_programs_the_module_and_moves_with_the_blocks) {
+    const Built built = build("[stream]\nblock = 1000\n"
+                              "[stream before]\n#SB \"<\"\n"
+                              "[stream after-block]\n#MS block-block\n#GP blocks,percent\n"
+                              "[stream behind]\n#SB \">\"\n"
+                              "[normal macro 0]\n#SB \"never\"\n[power-on macro 0]\n#DL\n");
+    ASSERT_EQ(messages, "");
+    std::string fault;
+    const Bytes stream = stream_from(built.kit, built.image, fault);
+    const std::string text(stream.begin(), stream.end());
+    EXPECT_TRUE(text.starts_with("#SB1,<\x1B&E"));
+    EXPECT_NE(text.find("#MS0;#GP4,25;\x1B&E"), std::string::npos);
+    EXPECT_NE(text.find("#MS0;#GP4,100;#SB1,>\x1B&E"), std::string::npos);
+    fresh_module();
+    run_stream(stream);
+    EXPECT_TRUE(std::equal(built.image.begin(), built.image.end(), eeprom_image.begin()));
+    EXPECT_EQ(eeprom_state, EepromState::programmed);
+}
+
+TEST_F(KitImage, check_tells_what_is_wrong) {
+    const Built sound = build("[normal macro 1]\n#MN 2\n#DL\n[normal macro 2]\n#MT 3\n"
+                              "[touch macro 3]\nESC MN 1\n[normal macro 4]\nESC MN 4\n"
+                              "[normal macro 5]\n#MA 5,5,1\n");
+    EXPECT_EQ(joined(findings_of(sound.image)),
+              "normal macro 1 starts itself, by way of normal macro 2, touch macro 3\n"
+              "normal macro 4 starts itself\n");
+    EXPECT_EQ(joined(findings_of(Bytes(32768, 0xFF))),
+              "the image is not programmed: its length is 0xFFFF\n");
+    const Bytes damaged = build("[normal macro 1]\n#DL\n[bytes 0x002]\n00 00 30 0E 31 0E\n"
+                                "[bytes 0x020]\nFF 7F 30 0E\n"
+                                "[bytes 0x230]\n31 0E 09 00 30 0E 02 00\n"
+                                "[bytes 0xE33]\n12 34\n")
+                              .image;
+    EXPECT_EQ(joined(findings_of(damaged)),
+              "the CRC is 0x3412 and should be " + hex4(crc_of(std::span(damaged).first(0xE33))) +
+                  "\n"
+                  "font 1 is unusable: there is no font at 0x0000\n"
+                  "font 2 is unusable: there is no font at 0x0E30\n"
+                  "font 3 is unusable: there is no font at 0x0E31\n"
+                  "picture 0 is unusable: it ends beyond the image, at 0x8001\n"
+                  "picture 1 ends at 0x0F86, behind the length that the CRC covers\n"
+                  "normal macro 0 ends at 0x0E3A, behind the length that the CRC covers\n"
+                  "picture 1 at 0x0E30 overlaps normal macro 1, which ends at 0x0E32\n"
+                  "normal macro 0 at 0x0E31 overlaps picture 1, which ends at 0x0F86\n"
+                  "the CRC at 0x0E33 overlaps picture 1, which ends at 0x0F86\n");
+    EXPECT_EQ(joined(findings_of(build("[bytes 0]\nFF 7F\n").image)),
+              "the image is overfull: its length and CRC end at 32769, and the EEPROM has 32768 "
+              "bytes\n");
+}
+
+TEST_F(KitImage, diff_tells_in_the_words_of_a_listing) {
+    const Bytes before = build("[normal macro 1]\n#DL\n#GP 1,2\n#DS\n[touch macro 2]\n#DL\n").image;
+    const Bytes after = build("[normal macro 1]\n#DL\n#GP 1,20\n#DS\n[touch macro 2]\n#DL\n"
+                              "[menu macro 3]\n#DI\n[bytes 0x7000]\n01 02\n")
+                            .image;
+    EXPECT_EQ(difference_of(before, before), "");
+    EXPECT_EQ(difference_of(before, after), "- " + summary_of(before) + "\n+ " + summary_of(after) +
+                                                "\n"
+                                                "normal macro 1 differs\n"
+                                                "    - #GP 1,2\n"
+                                                "    + #GP 1,20\n"
+                                                "touch macro 2 has moved from 0x0E3D to 0x0E3E\n"
+                                                "+ menu macro 3: 3 bytes\n"
+                                                "bytes 0x7000 to 0x7001 differ\n");
+}
+
+// Any image comes back from its dump: sound ones, damaged ones, and bytes without sense.
+TEST_F(KitImage, a_dump_builds_the_same_image_again) {
+    Faults faults;
+    const Bytes device = build_kit(
+                             ORVANEL_SOURCE_DIR "/examples/device.kit", {-1, -1, -1},
+                             [](const std::string&) {}, faults)
+                             .image;
+    ASSERT_TRUE(faults.empty());
+    std::vector<Bytes> images{device, Bytes(65536, 0xFF), Bytes(32768, 0x00)};
+    std::mt19937 random(9);
+    for (int round = 0; round < 12; ++round) {
+        Bytes image = device;
+        for (unsigned i = 0; i < random() % 40; ++i)
+            image[random() % (round % 2 == 0 ? 0x0E30U : 0x4000U)] =
+                static_cast<std::uint8_t>(random());
+        images.push_back(image);
+    }
+    Bytes noise(32768);
+    for (std::uint8_t& byte : noise)
+        byte = static_cast<std::uint8_t>(random());
+    images.push_back(noise);
+    for (const Bytes& image : images) {
+        const std::vector<DumpFile> files = dump_of(image, "k");
+        for (const DumpFile& file : files)
+            put(file.name, file.content);
+        const Bytes again =
+            build(std::string(files[0].content.begin(), files[0].content.end())).image;
+        ASSERT_EQ(messages, "");
+        ASSERT_EQ(difference_of(image, again), "");
+        ASSERT_EQ(again, image);
+    }
+    // Of a sound image nothing is left to bare bytes.
+    const Bytes source = dump_of(device, "k")[0].content;
+    EXPECT_EQ(std::string(source.begin(), source.end()).find("[bytes"), std::string::npos);
+}
+
+// Random kits, through the image, its dump and its stream.
+TEST_F(KitImage, random_kits_come_back_whole) {
+    std::mt19937 random(12);
+    const auto below = [&](unsigned n) { return std::to_string(random() % n); };
+    for (int round = 0; round < 15; ++round) {
+        std::string source;
+        for (unsigned i = 0; i < random() % 6; ++i) {
+            const std::string name = "p" + std::to_string(i);
+            const auto width = 1 + random() % 40, height = 1 + random() % 40;
+            std::string dots;
+            for (unsigned k = 0; k < width * height; ++k)
+                dots += random() % 2 == 0 ? '0' : '1';
+            put(name + ".pbm",
+                "P1 " + std::to_string(width) + " " + std::to_string(height) + " " + dots);
+            source += "[picture " + name + "]\nfile = " + name + ".pbm\n";
+            if (random() % 2 == 0) source += "second = " + name + ".pbm\ndither = yes\n";
+        }
+        for (const char* kind : {"power-on", "normal", "touch", "menu"})
+            for (unsigned i = 0; i < random() % 4; ++i) {
+                source += std::string("[") + kind + " macro]\n";
+                if (random() % 3 == 0)
+                    source +=
+                        "#ZL " + below(240) + "," + below(128) + ",\"Größe " + below(9) + "\"\n";
+                if (random() % 3 == 0)
+                    source += "ESC GD " + below(256) + ",1,2," + below(256) + "\n";
+                if (random() % 3 == 0)
+                    source +=
+                        "bytes 1B 5A " + std::string(random() % 2 == 0 ? "00" : "4C 01") + "\n";
+                if (random() % 3 == 0) source += "text \"a\\r\\n\" 00 FF\n";
+            }
+        const Built built =
+            build(source, {random() % 2 == 0 ? -1 : 0x4000, random() % 2 == 0 ? -1 : 0x1234, -1});
+        ASSERT_EQ(messages, "") << source;
+        std::string fault;
+        EXPECT_EQ(image_from_stream(stream_from(built.kit, built.image, fault), eeprom_small),
+                  built.image);
+        const std::vector<DumpFile> files = dump_of(built.image, "k");
+        for (const DumpFile& file : files)
+            put(file.name, file.content);
+        EXPECT_EQ(build(std::string(files[0].content.begin(), files[0].content.end())).image,
+                  built.image);
+        EXPECT_EQ(messages, "");
+    }
+}
+
+}  // namespace orvanel
