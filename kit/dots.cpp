@@ -89,7 +89,10 @@ GrayPicture gray_of(const Dots& dots) {
 
 Bytes picture_bytes(const Dots& dots, const Dots* second) {
     const int height = second == nullptr ? dots.height : two_images | 2 * dots.height;
-    Bytes bytes{static_cast<std::uint8_t>(dots.width), static_cast<std::uint8_t>(height)};
+    Bytes bytes;
+    bytes.reserve(2 + 2 * dots.rows.size());
+    bytes.push_back(static_cast<std::uint8_t>(dots.width));
+    bytes.push_back(static_cast<std::uint8_t>(height));
     bytes.insert(bytes.end(), dots.rows.begin(), dots.rows.end());
     if (second != nullptr) bytes.insert(bytes.end(), second->rows.begin(), second->rows.end());
     return bytes;

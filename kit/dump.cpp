@@ -139,7 +139,9 @@ void add_patches(Dump& dump, Image made) {
         for (std::size_t k = end; k < wanted.size() && k < end + shortest_gap; ++k)
             if (wanted[k] != made[k]) end = k + 1;
         const auto bytes = wanted.subspan(i, end - i);
-        dump.kit.patches.push_back({{}, static_cast<int>(i), {bytes.begin(), bytes.end()}});
+        Patch& patch = dump.kit.patches.emplace_back();
+        patch.at = static_cast<int>(i);
+        patch.bytes.assign(bytes.begin(), bytes.end());
         i = end - 1;
     }
 }

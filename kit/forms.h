@@ -18,7 +18,7 @@ struct Param {
 };
 
 /// What comes behind the numbers, as raw bytes under both lead-ins.
-enum class Tail {
+enum class Tail : std::uint8_t {
     none,
     string,   // up to 0, LF or CR
     picture,  // width, height, rows
@@ -34,8 +34,8 @@ constexpr int most_params = 9;
 struct Form {
     char group;
     char op;
-    std::array<Param, most_params> params;
     Tail tail;
+    std::array<Param, most_params> params;
 };
 
 /// Null if there is no such command. Letters are upper-case.

@@ -74,9 +74,19 @@ Section take_heading(Scanner& scanner) {
     return section;
 }
 
+/// False, and told, if the heading can't be read.
+bool add_heading(Scanner& scanner, std::vector<Section>& sections, Faults& faults) {
+    try {
+        sections.push_back(take_heading(scanner));
+        return true;
+    } catch (const Fault& fault) {
+        faults.push_back(fault);
+        return false;
+    }
+}
+
 /// A line in front of the first heading: the version of the language, or nothing.
-void read_opening(const SourceLine& line) {
-    Scanner scanner{&line, 0};
+void take_opening(Scanner& scanner) {
     if (peek(scanner) == 0) return;
     const Scanner start = scanner;
     if (take_name(scanner) != "kit") fail(start, "expected a heading in brackets");
@@ -86,6 +96,15 @@ void read_opening(const SourceLine& line) {
     expect_end(scanner);
 }
 
+void read_opening(const SourceLine& line, Faults& faults) {
+    Scanner scanner{&line, 0};
+    try {
+        take_opening(scanner);
+    } catch (const Fault& fault) {
+        faults.push_back(fault);
+    }
+}
+
 }  // namespace
 
 std::vector<Section> sections_of(const std::vector<SourceLine>& lines, Faults& faults) {
@@ -93,18 +112,13 @@ std::vector<Section> sections_of(const std::vector<SourceLine>& lines, Faults& f
     bool opening = true, readable = false;
     for (const SourceLine& line : lines) {
         Scanner scanner{&line, 0};
-        try {
-            if (take_char(scanner, '[')) {
-                opening = readable = false;
-                sections.push_back(take_heading(scanner));
-                readable = true;
-            } else if (opening) {
-                read_opening(line);
-            } else if (readable) {
-                sections.back().lines.push_back(line);
-            }
-        } catch (const Fault& fault) {
-            faults.push_back(fault);
+        if (take_char(scanner, '[')) {
+            opening = false;
+            readable = add_heading(scanner, sections, faults);
+        } else if (opening) {
+            read_opening(line, faults);
+        } else if (readable) {
+            sections.back().lines.push_back(line);
         }
     }
     return sections;

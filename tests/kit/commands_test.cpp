@@ -52,7 +52,7 @@ TEST(KitCommands, knows_every_command_of_the_reference_and_its_parameters) {
         if (!line.starts_with("| `ESC ")) continue;
         ++rows;
         const std::string letters = line.substr(7, line.find('`', 7) - 7);
-        const Form* form = find_form(letters[0], letters.size() > 1 ? letters[2] : '\0');
+        const Form* form = find_form(letters[0], letters.size() > 2 ? letters[2] : '\0');
         ASSERT_NE(form, nullptr) << line;
         const std::size_t params = line.find("| ", 8) + 2;
         const std::string words = line.substr(params, line.find(" |", params) - params);

@@ -11,6 +11,7 @@
 #include "tests/support/module.h"
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <string>
 
@@ -18,7 +19,49 @@ namespace orvanel {
 
 namespace {
 
-using KitImage = KitFolder;
+class KitImage : public KitFolder {
+  protected:
+    /// The image that is built from the dump of another one.
+    Bytes build_dump(const Bytes& image) {
+        const std::vector<DumpFile> files = dump_of(image, "k");
+        for (const DumpFile& file : files)
+            put(file.name, file.content);
+        return build(std::string(files[0].content.begin(), files[0].content.end())).image;
+    }
+
+    std::string random_pictures(std::mt19937& random) const {
+        std::string source;
+        const auto count = random() % 6;
+        for (unsigned i = 0; i < count; ++i) {
+            const std::string name = "p" + std::to_string(i);
+            const auto width = 1 + random() % 40, height = 1 + random() % 40;
+            std::string file = "P1 " + std::to_string(width) + " " + std::to_string(height) + " ";
+            for (unsigned k = 0; k < width * height; ++k)
+                file += random() % 2 == 0 ? '0' : '1';
+            put(name + ".pbm", file);
+            source.append("[picture ").append(name).append("]\nfile = ").append(name);
+            source.append(".pbm\n");
+            if (random() % 2 == 0)
+                source.append("second = ").append(name).append(".pbm\ndither = yes\n");
+        }
+        return source;
+    }
+
+    static std::string random_macros(std::mt19937& random) {
+        const auto below = [&](unsigned n) { return std::to_string(random() % n); };
+        std::string source;
+        for (int i = 0; i < 4; ++i) {
+            constexpr std::array kinds{"power-on", "normal", "touch", "menu"};
+            source.append("[").append(kinds[random() % 4]).append(" macro]\n");
+            if (random() % 3 == 0)
+                source += "#ZL " + below(240) + "," + below(128) + ",\"Größe " + below(9) + "\"\n";
+            if (random() % 3 == 0) source += "ESC GD " + below(256) + ",1,2," + below(256) + "\n";
+            if (random() % 3 == 0) source += random() % 2 == 0 ? "bytes 1B 5A\n" : "bytes 1B4C\n";
+            if (random() % 3 == 0) source += "text \"a\\r\\n\" 00 FF\n";
+        }
+        return source;
+    }
+};
 
 std::string joined(const std::vector<std::string>& lines) {
     std::string text;
@@ -168,11 +211,7 @@ TEST_F(KitImage, a_dump_builds_the_same_image_again) {
         byte = static_cast<std::uint8_t>(random());
     images.push_back(noise);
     for (const Bytes& image : images) {
-        const std::vector<DumpFile> files = dump_of(image, "k");
-        for (const DumpFile& file : files)
-            put(file.name, file.content);
-        const Bytes again =
-            build(std::string(files[0].content.begin(), files[0].content.end())).image;
+        const Bytes again = build_dump(image);
         ASSERT_EQ(messages, "");
         ASSERT_EQ(difference_of(image, again), "");
         ASSERT_EQ(again, image);
@@ -185,44 +224,16 @@ TEST_F(KitImage, a_dump_builds_the_same_image_again) {
 // Random kits, through the image, its dump and its stream.
 TEST_F(KitImage, random_kits_come_back_whole) {
     std::mt19937 random(12);
-    const auto below = [&](unsigned n) { return std::to_string(random() % n); };
     for (int round = 0; round < 15; ++round) {
-        std::string source;
-        for (unsigned i = 0; i < random() % 6; ++i) {
-            const std::string name = "p" + std::to_string(i);
-            const auto width = 1 + random() % 40, height = 1 + random() % 40;
-            std::string dots;
-            for (unsigned k = 0; k < width * height; ++k)
-                dots += random() % 2 == 0 ? '0' : '1';
-            put(name + ".pbm",
-                "P1 " + std::to_string(width) + " " + std::to_string(height) + " " + dots);
-            source += "[picture " + name + "]\nfile = " + name + ".pbm\n";
-            if (random() % 2 == 0) source += "second = " + name + ".pbm\ndither = yes\n";
-        }
-        for (const char* kind : {"power-on", "normal", "touch", "menu"})
-            for (unsigned i = 0; i < random() % 4; ++i) {
-                source += std::string("[") + kind + " macro]\n";
-                if (random() % 3 == 0)
-                    source +=
-                        "#ZL " + below(240) + "," + below(128) + ",\"Größe " + below(9) + "\"\n";
-                if (random() % 3 == 0)
-                    source += "ESC GD " + below(256) + ",1,2," + below(256) + "\n";
-                if (random() % 3 == 0)
-                    source +=
-                        "bytes 1B 5A " + std::string(random() % 2 == 0 ? "00" : "4C 01") + "\n";
-                if (random() % 3 == 0) source += "text \"a\\r\\n\" 00 FF\n";
-            }
-        const Built built =
-            build(source, {random() % 2 == 0 ? -1 : 0x4000, random() % 2 == 0 ? -1 : 0x1234, -1});
+        const std::string source = random_pictures(random) + random_macros(random);
+        const BuildOptions options{random() % 2 == 0 ? -1 : 0x4000, random() % 2 == 0 ? -1 : 0x1234,
+                                   -1};
+        const Built built = build(source, options);
         ASSERT_EQ(messages, "") << source;
         std::string fault;
-        EXPECT_EQ(image_from_stream(stream_from(built.kit, built.image, fault), eeprom_small),
-                  built.image);
-        const std::vector<DumpFile> files = dump_of(built.image, "k");
-        for (const DumpFile& file : files)
-            put(file.name, file.content);
-        EXPECT_EQ(build(std::string(files[0].content.begin(), files[0].content.end())).image,
-                  built.image);
+        const Bytes stream = stream_from(built.kit, built.image, fault);
+        EXPECT_EQ(image_from_stream(stream, eeprom_small), built.image);
+        EXPECT_EQ(build_dump(built.image), built.image);
         EXPECT_EQ(messages, "");
     }
 }
