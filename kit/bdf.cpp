@@ -167,7 +167,7 @@ Font read_bdf(const std::string& name, std::string_view text, const Codes& wante
     std::map<int, DrawnGlyph> by_code;
     for (auto& [number, glyph] : reader.by_number)
         by_code.emplace(code_of_number(reader, number), std::move(glyph));
-    return font_of(by_code, std::max(reader.ascent, 0), std::max(reader.descent, 0));
+    return font_of(by_code, reader.ascent, reader.descent);
 }
 
 std::string write_bdf(const Font& font, std::string_view name) {

@@ -35,7 +35,7 @@ struct DrawnGlyph {
 };
 
 /// Puts glyphs into cells of one height: `ascent` rows above the base line and `descent` below it,
-/// or more where a glyph reaches farther. The module sets cell beside cell, so a glyph that
+/// or more where a glyph reaches farther; both may be negative. The module sets cell beside cell, so a glyph that
 /// reaches out of its advance gets a wider cell.
 Font font_of(const std::map<int, DrawnGlyph>& drawn, int ascent, int descent);
 

@@ -2,7 +2,6 @@
 
 #include "kit/code_page.h"
 
-#include <algorithm>
 #include <freetype/freetype.h>
 #include <freetype/ftmodapi.h>
 #include <memory>
@@ -78,8 +77,7 @@ std::string read_outlines(std::span<const std::uint8_t> file, int size, const Co
         drawn.emplace(code, glyph_of(*face->glyph));
     }
     const FT_Size_Metrics& metrics = face->size->metrics;
-    font = font_of(drawn, std::max(0, rounded_up(metrics.ascender)),
-                   std::max(0, rounded_up(-metrics.descender)));
+    font = font_of(drawn, rounded_up(metrics.ascender), rounded_up(-metrics.descender));
     return {};
 }
 
