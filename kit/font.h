@@ -35,8 +35,8 @@ struct DrawnGlyph {
 };
 
 /// Puts glyphs into cells of one height: `ascent` rows above the base line and `descent` below it,
-/// or more where a glyph reaches farther; both may be negative. The module sets cell beside cell, so a glyph that
-/// reaches out of its advance gets a wider cell.
+/// or more where a glyph reaches farther; both may be negative. The module sets cell beside cell,
+/// so a glyph that reaches out of its advance gets a wider cell.
 Font font_of(const std::map<int, DrawnGlyph>& drawn, int ascent, int descent);
 
 /// Takes off the rows above and below that none of the glyphs uses.
