@@ -184,8 +184,7 @@ void take_handed_line() {
     close_line();
     line = handed;
     if (line == 0) return;
-    // As it was opened. What ESC + or a full pipe asked of the line before is over with it.
-    com_restore_baud();
+    // What a full pipe asked of the line before is over with it.
     baud_set = 0;
     rts_wanted.store(true);
     rts_set = true;
@@ -207,6 +206,8 @@ void com_select(int port, std::int32_t baud) {
     const int opened = port > 0 ? open_port(port) : 0;
     const bool failed = port > 0 && opened == 0;
     com_port.store(failed ? 0 : port);
+    // Here and not when the line is taken: an ESC + in between is for the new one.
+    if (opened != 0) com_restore_baud();
     hand_over(opened);
     if (failed) tell_unopened(port);
 }
@@ -241,6 +242,8 @@ bool line_is_open() { return line != 0; }
 
 bool line_is_full() { return !unsent.empty(); }
 
+bool line_has_cts() { return serial_cts(line) == 0; }
+
 int com_queued_in() { return serial_queued_in(line); }
 
 int com_read(std::span<std::uint8_t> into) {
@@ -251,7 +254,12 @@ int com_read(std::span<std::uint8_t> into) {
 
 bool com_write(std::span<const std::uint8_t> data) {
     // What plain bytes have left over goes first.
-    return write_all(unsent) && write_all(data);
+    if (!write_all(unsent)) {
+        // They are lost with this; but a line that is to be closed still lets them out.
+        if (!called_away()) unsent = {};
+        return false;
+    }
+    return write_all(data);
 }
 
 LinkRest plain_turn() {

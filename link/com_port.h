@@ -51,6 +51,9 @@ void serve_line_words();
 bool line_is_open();
 bool line_is_full();
 
+/// CTS is on. A fault counts as off.
+bool line_has_cts();
+
 /// Bytes that wait to be read; below 0 on a fault, and once after a line error.
 int com_queued_in();
 

@@ -43,7 +43,9 @@ LinkRest link_turn() {
     if (!line_is_open()) return LinkRest::wake;
     const LinkRest rest = protocol_on.load() ? framed_turn() : plain_turn();
     const bool quiet = rest == LinkRest::input || rest == LinkRest::change;
-    return quiet && line_is_full() ? LinkRest::output : rest;
+    if (!quiet || !line_is_full()) return rest;
+    // With CTS off a device that takes bytes would wake us again and again.
+    return line_has_cts() ? LinkRest::output : LinkRest::change;
 }
 
 void run_link() {

@@ -202,6 +202,9 @@ TEST_F(ComPort, a_full_device_keeps_what_it_has_no_room_for) {
     EXPECT_EQ(rx_count(), 1) << "reading goes on";
     EXPECT_EQ(sent(), bytes("0123456789"));
     fake_line.room = 4;
+    fake_line.cts = 1;
+    EXPECT_EQ(link_turn(), LinkRest::change) << "a device with room is no end of the wait";
+    fake_line.cts = 0;
     choose_protocol(true);
     link_turn();
     fake_line.on_wait = [] { fake_line.room = 1; };
