@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -71,8 +72,7 @@ inline std::string dots_text(const Dots& dots) {
 
 /// Dots from such lines.
 inline Dots dots_from(std::string_view text) {
-    const auto first = text.find_first_of("#.");
-    text.remove_prefix(first);
+    text = text.substr(std::min(text.find_first_of("#."), text.size()));
     const auto width = text.find('\n');
     const auto rows = static_cast<int>((text.size() + 1) / (width + 1));
     Dots dots = blank_dots(static_cast<int>(width), rows);
