@@ -43,7 +43,7 @@ enum class StringSource : std::uint8_t {
 /// result is 0.
 std::uint8_t layout_string(StringSource source, bool check_align);
 
-/// Draws the last layout at x1, y1 of draw_area, aligned by the letter 'L', 'C' or 'R' (any other
+/// Draws the last layout at x1, y1 of draw_area, aligned as 'L', 'C' or 'R' says (any other
 /// acts as 'L'), and refreshes. Leaves the last glyph's box in draw_area.
 void draw_string(std::uint8_t align);
 
