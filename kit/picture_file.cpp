@@ -1,5 +1,7 @@
 #include "kit/picture_file.h"
 
+#include "host/pbm.h"
+
 #include <png.h>
 
 #include <algorithm>
@@ -105,29 +107,6 @@ std::string decode_bmp(std::span<const std::uint8_t> file, GrayPicture& picture)
     return {};
 }
 
-/// Steps over white space and comments of a PBM.
-void skip_pbm_space(std::span<const std::uint8_t>& rest) {
-    constexpr std::string_view space = " \t\n\v\f\r";
-    while (!rest.empty()) {
-        if (rest[0] == '#') {
-            const auto end = std::find(rest.begin(), rest.end(), '\n');
-            rest = rest.subspan(static_cast<std::size_t>(end - rest.begin()));
-        } else if (space.find(static_cast<char>(rest[0])) != std::string_view::npos) {
-            rest = rest.subspan(1);
-        } else {
-            return;
-        }
-    }
-}
-
-std::int64_t take_pbm_number(std::span<const std::uint8_t>& rest) {
-    skip_pbm_space(rest);
-    std::int64_t value = 0;
-    for (; !rest.empty() && rest[0] >= '0' && rest[0] <= '9'; rest = rest.subspan(1))
-        value = std::min<std::int64_t>(value * 10 + (rest[0] - '0'), 1'000'000'000);
-    return value;
-}
-
 /// Dots written as the digits 0 and 1.
 std::string decode_pbm_text(std::span<const std::uint8_t> rest, GrayPicture& picture) {
     for (int i = 0; i < picture.width * picture.height; ++i) {
@@ -144,6 +123,7 @@ std::string decode_pbm(std::span<const std::uint8_t> file, GrayPicture& picture)
     std::span<const std::uint8_t> rest = file.subspan(2);
     const std::int64_t width = take_pbm_number(rest);
     const std::int64_t height = take_pbm_number(rest);
+    if (width < 0 || height < 0) return "has a damaged head";
     if (std::string fault = size_fault(width, height); !fault.empty()) return fault;
     picture.width = static_cast<int>(width);
     picture.height = static_cast<int>(height);

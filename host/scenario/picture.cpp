@@ -2,6 +2,7 @@
 
 #include "firmware/raster/refresh.h"
 #include "host/files.h"
+#include "host/pbm.h"
 #include "host/platform/shared/safe_file.h"
 
 #include <png.h>
@@ -33,31 +34,6 @@ bool ends_in(std::string_view path, std::string_view ending) {
         return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b;
     };
     return std::equal(ending.begin(), ending.end(), path.end() - std::ssize(ending), same);
-}
-
-/// Steps over white space and comments of a PBM head.
-void skip_pbm_space(std::span<const std::uint8_t>& rest) {
-    constexpr std::string_view space = " \t\n\v\f\r";
-    while (!rest.empty()) {
-        if (rest[0] == '#') {
-            const auto end = std::find(rest.begin(), rest.end(), '\n');
-            rest = rest.subspan(static_cast<std::size_t>(end - rest.begin()));
-        } else if (space.find(static_cast<char>(rest[0])) != std::string_view::npos) {
-            rest = rest.subspan(1);
-        } else {
-            return;
-        }
-    }
-}
-
-/// The next number of a PBM head, -1 if none is there.
-long take_pbm_number(std::span<const std::uint8_t>& rest) {
-    constexpr long beyond_any_picture = 1'000'000;
-    skip_pbm_space(rest);
-    long value = -1;
-    for (; !rest.empty() && rest[0] >= '0' && rest[0] <= '9'; rest = rest.subspan(1))
-        value = std::min(std::max(value, 0L) * 10 + (rest[0] - '0'), beyond_any_picture);
-    return value;
 }
 
 std::string decode_pbm(std::span<const std::uint8_t> file, BitPlane& dots) {
