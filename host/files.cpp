@@ -11,27 +11,44 @@ namespace {
 
 std::string system_message() { return std::generic_category().message(errno); }
 
-}  // namespace
-
-std::string read_file(const std::string& path, std::size_t most,
-                      std::vector<std::uint8_t>& content) {
+/// Why the path can't be opened without waiting, empty if it can.
+std::string kind_fault(const std::string& path) {
     std::error_code fault;
     const auto kind = std::filesystem::status(path, fault).type();
     if (kind == std::filesystem::file_type::not_found) return "no such file";
     if (fault) return fault.message();
-    if (kind != std::filesystem::file_type::regular) return "not a plain file";
-    const std::uintmax_t size = std::filesystem::file_size(path, fault);
-    if (fault) return fault.message();
-    if (size > most) return "longer than " + std::to_string(most) + " bytes";
+    return kind == std::filesystem::file_type::regular ? "" : "not a plain file";
+}
+
+std::string read_up_to(const std::string& path, std::size_t most,
+                       std::vector<std::uint8_t>& content) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) return system_message();
-    content.resize(static_cast<std::size_t>(size) + 1);  // one more, so that there is an address
+    content.resize(most);
     const std::size_t n = std::fread(content.data(), 1, content.size(), file);
     const bool failed = std::ferror(file) != 0;
     std::string message = failed ? system_message() : "";
     std::fclose(file);
     content.resize(n);
     return message;
+}
+
+}  // namespace
+
+std::string read_file(const std::string& path, std::size_t most,
+                      std::vector<std::uint8_t>& content) {
+    if (std::string fault = kind_fault(path); !fault.empty()) return fault;
+    std::error_code fault;
+    const std::uintmax_t size = std::filesystem::file_size(path, fault);
+    if (fault) return fault.message();
+    if (size > most) return "longer than " + std::to_string(most) + " bytes";
+    return read_up_to(path, static_cast<std::size_t>(size) + 1, content);  // at least one address
+}
+
+std::string read_file_start(const std::string& path, std::size_t most,
+                            std::vector<std::uint8_t>& content) {
+    std::string fault = kind_fault(path);
+    return fault.empty() ? read_up_to(path, most, content) : fault;
 }
 
 }  // namespace orvanel

@@ -1,4 +1,4 @@
-// files.h: reading whole files.
+// files.h: reading whole files, or their start.
 
 #pragma once
 
@@ -12,5 +12,9 @@ namespace orvanel {
 /// wrong; `content` then says nothing.
 std::string read_file(const std::string& path, std::size_t most,
                       std::vector<std::uint8_t>& content);
+
+/// The same for the first `most` bytes of a plain file of any length.
+std::string read_file_start(const std::string& path, std::size_t most,
+                            std::vector<std::uint8_t>& content);
 
 }  // namespace orvanel

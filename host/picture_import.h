@@ -1,20 +1,36 @@
 // picture_import.h: every file that the user opens: pictures become a command that draws them, all
 // else runs into the module as it is. Main thread.
+//
+// A picture is a raw module bitmap (docs/formats.md), which nothing but its length tells, or a BMP
+// of one bit a dot.
 
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace orvanel {
 
-/// Tells what a file is and, for a picture, makes `ESC U L` with its dots in picture_command: above
-/// 0 the length of that command; 0 nothing to feed, the file can't be opened or a message told why
-/// the picture was refused; below 0 the file is no picture. The command that a running feed reads
-/// stays untouched until open_feed swaps it.
+/// The bytes of a file that are looked at. The largest BMP that passes has 4158, so what is cut
+/// here is no picture of ours.
+constexpr std::size_t picture_file_size = 4200;
+
+/// Tells what a file is, by its first picture_file_size bytes or all that it has, and for a picture
+/// makes `ESC U L` with its dots in picture_command, its upper left corner at x, y or as far left
+/// and up as it takes to stay on the glass. The result is above 0 the length of that command; 0 if
+/// a message told why the picture was refused; below 0 if the file is no picture.
+int picture_convert(std::span<const std::uint8_t> file, std::uint8_t x, std::uint8_t y);
+
+/// The same for a file by its path, taken as it comes; 0 too if it can't be opened.
 int picture_load(std::string_view path, std::uint8_t x, std::uint8_t y);
 
-/// Opens a file, whose path may stand in quotes, with its picture at module dot x, y.
+/// What the last picture_convert made. A second buffer holds the command that a running feed reads:
+/// they change places in open_feed alone.
+std::span<const std::uint8_t> picture_command();
+
+/// Opens a file, whose path may stand in quotes, with its picture at module dot x, y. It replaces a
+/// running feed at once, unless it can't be opened or is refused.
 void open_feed(std::string_view path, int x, int y);
 
 /// A file was dropped on the window, at window pixels. Nothing while a feed runs; while a box is

@@ -18,15 +18,6 @@ constinit std::FILE* feed_file = nullptr;
 constinit std::span<const std::uint8_t> feed_memory{};
 constinit std::array<std::uint8_t, feed_chunk> staging{};
 
-/// A path from a command line or a companion arrives quoted: one quote off each end.
-std::string unquoted(std::string_view path) {
-    const auto is_quote = [](char c) { return c == '"' || c == '\''; };
-    if (path.empty() || !is_quote(path.front())) return std::string(path);
-    path.remove_prefix(1);
-    if (!path.empty() && is_quote(path.back())) path.remove_suffix(1);
-    return std::string(path);
-}
-
 /// Directories, devices and pipes have no length to deliver, and opening a pipe could wait for
 /// ever.
 bool is_plain_file(const std::string& path) {
@@ -65,9 +56,17 @@ void start_feed_memory(std::span<const std::uint8_t> data) {
     left = static_cast<std::int64_t>(data.size());
 }
 
-void start_feed_file(std::string_view path) {
+std::string_view unquoted(std::string_view path) {
+    const auto is_quote = [](char c) { return c == '"' || c == '\''; };
+    if (path.empty() || !is_quote(path.front())) return path;
+    path.remove_prefix(1);
+    if (!path.empty() && is_quote(path.back())) path.remove_suffix(1);
+    return path;
+}
+
+void start_feed_of(std::string_view path) {
     stop_feed();
-    const std::string name = unquoted(path);
+    const std::string name(path);
     if (!is_plain_file(name)) return;
     feed_file = std::fopen(name.c_str(), "rb");
     if (feed_file == nullptr) return;
@@ -76,9 +75,7 @@ void start_feed_file(std::string_view path) {
     if (left == 0) stop_feed();
 }
 
-void open_feed(std::string_view path) {
-    if (is_plain_file(unquoted(path))) start_feed_file(path);
-}
+void start_feed_file(std::string_view path) { start_feed_of(unquoted(path)); }
 
 void drain_feed() {
     while (left > 0 && rx_count() <= high_mark) {

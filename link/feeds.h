@@ -18,13 +18,13 @@ std::int64_t feed_left();
 /// armed.
 void start_feed_memory(std::span<const std::uint8_t> data);
 
-/// Arms a feed of a regular file, whose path may stand in quotes. A file that can't be opened ends
-/// the running feed all the same, and nothing is told.
-void start_feed_file(std::string_view path);
+/// A path from a command line or a companion may arrive quoted: without one quote at each end.
+std::string_view unquoted(std::string_view path);
 
-/// Opens a file for the module: its bytes run through rx_pipe as if a peer had sent them. Nothing
-/// happens if it can't be read.
-void open_feed(std::string_view path);
+/// Arms a feed of a plain file. One that can't be opened ends the running feed all the same, and
+/// nothing is told. The path is taken as it comes, or may stand in quotes.
+void start_feed_of(std::string_view path);
+void start_feed_file(std::string_view path);
 
 /// Moves feed bytes into rx_pipe, chunk by chunk, until the pipe holds more than the high mark.
 void drain_feed();

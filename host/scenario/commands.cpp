@@ -6,6 +6,8 @@
 #include "firmware/core/requests.h"
 #include "firmware/store/macro.h"
 #include "firmware/touch/areas.h"
+#include "host/bridge.h"
+#include "host/picture_import.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/expectations.h"
 #include "host/scenario/line.h"
@@ -100,14 +102,22 @@ std::string unreadable(const std::string& path) {
     return std::ifstream(path) ? "" : "can't be read";
 }
 
+bool can_be_read(const std::string& path) {
+    const std::string fault = unreadable(path);
+    if (!fault.empty()) report_fault(wrong_line, path + ": " + fault);
+    return fault.empty();
+}
+
+/// In quotes, which whoever opens it takes off: the name may begin with one of its own.
+std::string quoted(const std::string& path) { return '"' + path + '"'; }
+
+void open(const Arguments& a) {
+    if (can_be_read(a.path))
+        open_feed(quoted(a.path), static_cast<int>(a.x), static_cast<int>(a.y));
+}
+
 void feed(const Arguments& a) {
-    const std::string fault = unreadable(a.path);
-    if (!fault.empty()) {
-        report_fault(wrong_line, a.path + ": " + fault);
-        return;
-    }
-    // In quotes, which the feed takes off: the name may begin with one of its own.
-    start_feed_file('"' + a.path + '"');
+    if (can_be_read(a.path)) start_feed_file(quoted(a.path));
 }
 
 void touch(const Arguments& a) { press_glass({static_cast<int>(a.x), static_cast<int>(a.y)}); }
@@ -174,6 +184,8 @@ void print_link(const Arguments& /*a*/) {
 
 void print_baud(const Arguments& /*a*/) { print_line("baud " + std::to_string(line_speed())); }
 
+void bridge(const Arguments& a) { print_line("bridge " + hex_number(bridge_message(a.message))); }
+
 void line_absent(const Arguments& a) {
     if (has_simulated_line()) set_line_absent(a.number != 0);
 }
@@ -187,6 +199,8 @@ constexpr Argument shown{Take::shown, 0, 0, required};
 constexpr Argument ms{Take::number, 0, longest_wait_ms, required};
 constexpr Argument ms_or_60000{Take::number, 0, longest_wait_ms, settle_ms};
 constexpr Argument dot{Take::dot, 0, 0, required};
+constexpr Argument place{Take::place, 0, 255, 0};
+constexpr Argument three_hex{Take::message, 0, 0, required};
 constexpr Argument setting_name{Take::word, 0, 0, required};
 constexpr Argument within{Take::within, 0, longest_wait_ms, await_ms};
 
@@ -215,7 +229,7 @@ constexpr ScenarioCommand commands[]{
     {"key",            "TEXT"},
     {"menu",           "ID"},
     {"drop",           "PATH PX PY"},
-    {"open",           "PATH [X Y]"},
+    {"open",           "PATH [X Y]",                       {path, place},            open},
     {"feed",           "PATH",                             {path},                   feed},
     {"demo",           ""},
     {"reset",          "[KIND]",                           {number_or(0, 3)},        reset},
@@ -245,7 +259,7 @@ constexpr ScenarioCommand commands[]{
     {"geometry",       ""},
     {"setting",        "KEY",                              {setting_name},          print_setting},
     {"mark",           "ID"},
-    {"bridge",         "NUMBER FIRST SECOND"},
+    {"bridge",         "NUMBER FIRST SECOND",             {three_hex},             bridge},
 };
 // clang-format on
 
@@ -278,6 +292,13 @@ std::string take_within(std::string_view& rest, const Argument& a, Arguments& in
     return take_number(rest, a.least, a.most, into.within_ms);
 }
 
+std::string take_message(std::string_view& rest, BridgeMessage& message) {
+    for (std::uint32_t* part :
+         {&message.number, &message.parameters.first, &message.parameters.second})
+        if (std::string fault = take_hex_number(rest, *part); !fault.empty()) return fault;
+    return {};
+}
+
 std::string take_argument(std::string_view& rest, const Argument& a, Arguments& into) {
     switch (a.take) {
     case Take::none:
@@ -302,6 +323,14 @@ std::string take_argument(std::string_view& rest, const Argument& a, Arguments& 
         std::string fault = take_number(rest, 0, last_x, into.x);
         return fault.empty() ? take_number(rest, 0, last_y, into.y) : fault;
     }
+    case Take::place: {
+        into.x = into.y = a.otherwise;
+        if (trimmed(rest).empty()) return {};
+        std::string fault = take_number(rest, a.least, a.most, into.x);
+        return fault.empty() ? take_number(rest, a.least, a.most, into.y) : fault;
+    }
+    case Take::message:
+        return take_message(rest, into.message);
     case Take::word:
         into.word = take_word(rest);
         return into.word.empty() ? "a name is missing" : "";

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "host/bridge.h"
 #include "host/scenario/picture.h"
 
 #include <array>
@@ -22,7 +23,9 @@ enum class Take : std::uint8_t {
     shown,    // `main`, `flash` or nothing
     number,   // least..most; `otherwise` if it is left out, where that isn't below 0
     dot,      // X and Y of a dot on the glass
+    place,    // X and Y as bytes, or nothing for 0, 0
     word,     // a name without blanks
+    message,  // NUMBER FIRST SECOND in hexadecimal
     within,   // `within MS` or nothing, then `otherwise`
 };
 
@@ -43,6 +46,7 @@ struct Arguments {
     std::int64_t x, y;
     std::string word;
     std::int64_t within_ms;
+    BridgeMessage message;
 };
 
 struct ScenarioCommand {

@@ -157,6 +157,20 @@ std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t
     return {};
 }
 
+std::string take_hex_number(std::string_view& rest, std::uint32_t& value) {
+    const std::string_view word = take_word(rest);
+    if (word.empty()) return "a hexadecimal number is missing";
+    const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), value, 16);
+    if (fault == std::errc{} && end == word.data() + word.size()) return {};
+    return in_quotes(word) + " is no hexadecimal number of 32 bits";
+}
+
+std::string hex_number(std::uint32_t value) {
+    std::array<char, 9> digits{};
+    std::snprintf(digits.data(), digits.size(), "%X", static_cast<unsigned>(value));
+    return digits.data();
+}
+
 std::string hex_of(std::span<const std::uint8_t> bytes) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;

@@ -28,6 +28,10 @@ std::string take_path(std::string_view& rest, std::string& path);
 std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t most,
                         std::int64_t& value);
 
+/// A hexadecimal number of at most 32 bits, without prefix; and back, in upper case.
+std::string take_hex_number(std::string_view& rest, std::uint32_t& value);
+std::string hex_number(std::uint32_t value);
+
 /// Each byte as ` HH`.
 std::string hex_of(std::span<const std::uint8_t> bytes);
 

@@ -5,6 +5,7 @@
 #include "host/main_requests.h"
 #include "host/painter.h"
 #include "host/painting.h"
+#include "host/picture_import.h"
 #include "host/platform/platform.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/start_port.h"
@@ -13,7 +14,6 @@
 #include "host/window_input.h"
 #include "host/window_place.h"
 #include "host/window_timer.h"
-#include "link/feeds.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -190,7 +190,7 @@ bool open_window(const std::string& file, const std::string& serial) {
     open_port(serial);
     open_painter();
     start_module();
-    if (!file.empty()) open_feed(file);
+    if (!file.empty()) open_feed(file, 0, 0);
     return true;
 }
 

@@ -1,0 +1,158 @@
+#include "host/bridge.h"
+
+#include "firmware/core/bytes.h"
+#include "firmware/store/macro.h"
+#include "host/picture_import.h"
+#include "link/feeds.h"
+#include "link/pipes.h"
+#include "link/port.h"
+
+#include <algorithm>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::uint32_t most_sent = bridge_send + bridge_piece;
+
+constinit bool terminal_known = false;  // typed bytes are kept
+constinit bool terminal_there = false;  // it hasn't gone since
+
+constinit std::array<char, longest_name + 1> open_name{};
+constinit std::size_t open_name_length = 0;
+constinit bool open_name_fits = true;
+
+constinit std::array<std::uint8_t, key_ring_size> key_ring{};
+constinit int key_head = 0;  // next write
+constinit int key_tail = 0;  // next read
+constinit int key_count = 0;
+
+int next_key(int at) { return at + 1 == key_ring_size ? 0 : at + 1; }
+
+void clear_name() {
+    open_name_length = 0;
+    open_name_fits = true;
+}
+
+/// A zero ends the name, so what stands behind it in its piece is lost.
+void append_name(std::span<const std::uint8_t> piece) {
+    for (const std::uint8_t byte : piece) {
+        if (byte == 0) return;
+        open_name_fits = open_name_fits && open_name_length < longest_name;
+        if (!open_name_fits) return;
+        open_name[open_name_length++] = static_cast<char>(byte);
+    }
+}
+
+void use_name(std::uint32_t what) {
+    const std::string_view name(open_name.data(), open_name_length);
+    if (what == name_clear)
+        clear_name();
+    else if (what == name_feed && open_name_fits)
+        start_feed_file(name);
+    else if (what == name_open && open_name_fits)
+        open_feed(name, 0, 0);
+}
+
+/// The status word tells the companion what it may fetch: with a port chosen the bytes are for that
+/// port.
+std::uint32_t status_word() {
+    const int waiting = com_port.load() == 0 ? tx_count() : 0;
+    return static_cast<std::uint32_t>(waiting) | static_cast<std::uint32_t>(key_count) << 24;
+}
+
+std::uint32_t take_bytes_packed(std::uint32_t n) {
+    std::uint32_t packed = 0;
+    for (std::uint32_t i = 0; i < n; ++i)
+        packed |= std::uint32_t{low8(tx_pipe_get())} << 8 * i;  // an empty pipe gives -1: 0xFF
+    return packed;
+}
+
+}  // namespace
+
+BridgeParameters bridge_pack(std::span<const std::uint8_t> data) {
+    std::array<std::uint32_t, bridge_piece> b{};
+    std::copy_n(data.begin(), std::min(data.size(), b.size()), b.begin());
+    return {b[0] | b[2] << 8, b[1] | b[3] << 8 | b[4] << 16 | b[5] << 24};
+}
+
+std::array<std::uint8_t, bridge_piece + 1> bridge_unpack(BridgeParameters parameters, int n) {
+    const auto [first, second] = parameters;
+    std::array<std::uint8_t, bridge_piece + 1> b{low8(first),        low8(second),
+                                                 low8(first >> 8),   low8(second >> 8),
+                                                 low8(second >> 16), low8(second >> 24)};
+    std::fill(b.begin() + n, b.end(), std::uint8_t{0});
+    return b;
+}
+
+std::vector<BridgeMessage> bridge_pieces(std::uint32_t base, std::span<const std::uint8_t> data) {
+    std::vector<BridgeMessage> messages;
+    while (!data.empty()) {
+        const auto piece = data.first(std::min(data.size(), bridge_piece));
+        messages.push_back({base + static_cast<std::uint32_t>(piece.size()), bridge_pack(piece)});
+        data = data.subspan(piece.size());
+    }
+    return messages;
+}
+
+std::vector<BridgeMessage> bridge_name_messages(std::string_view name) {
+    const std::vector<std::uint8_t> bytes(name.begin(), name.end());
+    std::vector<BridgeMessage> messages = bridge_pieces(bridge_name, bytes);
+    messages.insert(messages.begin(), {bridge_name, {name_clear, 0}});
+    return messages;
+}
+
+std::vector<BridgeMessage> bridge_open_messages(std::string_view name) {
+    std::vector<BridgeMessage> messages = bridge_name_messages(name);
+    messages.push_back({bridge_name, {name_open, 0}});
+    return messages;
+}
+
+std::uint32_t bridge_message(BridgeMessage message) {
+    const auto [number, parameters] = message;
+    if (makes_companion(number)) terminal_known = terminal_there = true;
+    if (number > bridge_send && number <= most_sent) {
+        const auto bytes = bridge_unpack(parameters, static_cast<int>(number - bridge_send));
+        auto_macro_mode.store(0);
+        rx_pipe_put_block(std::span(bytes).first(number - bridge_send));
+        return 0;
+    }
+    if (number == bridge_name) use_name(parameters.first);
+    if (number > bridge_name && number <= bridge_name_last) {
+        const auto bytes = bridge_unpack(parameters, static_cast<int>(number - bridge_name));
+        append_name(std::span(bytes).first(number - bridge_name));
+    }
+    if (number == bridge_status) return status_word();
+    if (number > bridge_status && number <= bridge_take_last)
+        return take_bytes_packed(number - bridge_status);
+    if (number == bridge_take_key) return static_cast<std::uint32_t>(key_ring_get());
+    return number == bridge_introduce ? 1 : 0;
+}
+
+bool makes_companion(std::uint32_t number) {
+    return number == bridge_status || number == bridge_introduce;
+}
+
+void companion_gone() { terminal_there = false; }
+
+bool activate_terminal() {
+    terminal_known = terminal_there;
+    return terminal_there;
+}
+
+void key_ring_put(std::uint8_t byte) {
+    if (!terminal_known || key_count == key_ring_size) return;
+    key_ring[static_cast<std::size_t>(key_head)] = byte;
+    key_head = next_key(key_head);
+    ++key_count;
+}
+
+int key_ring_get() {
+    if (key_count <= 0) return -1;
+    const std::uint8_t byte = key_ring[static_cast<std::size_t>(key_tail)];
+    key_tail = next_key(key_tail);
+    --key_count;
+    return byte;
+}
+
+}  // namespace orvanel
