@@ -70,6 +70,22 @@ void backlight_fade_step() {
     colours_changed();
 }
 
+void set_backlight_level(std::uint8_t level) {
+    BacklightLight seen = backlight_light.load();
+    while (!backlight_light.compare_exchange_weak(seen, {seen.current, level})) {
+    }
+}
+
+void adopt_backlight_level() {
+    const std::uint8_t level = backlight_light.load().level;
+    const std::uint8_t percent = level == level_full ? full : level;
+    put_current(percent);
+    backlight_brightness.store(percent);
+    BacklightGoal seen = backlight_goal.load();
+    while (!backlight_goal.compare_exchange_weak(seen, {percent, seen.off_timer})) {
+    }
+}
+
 void set_brightness() {
     // One step from the end, so that off and full come without a visible fade.
     constexpr std::uint8_t dark_at_once = 254, full_at_once = 255;

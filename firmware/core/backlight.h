@@ -35,6 +35,14 @@ void tick_backlight_limit();
 /// target is reached, else steps and shows the new colours.
 void backlight_fade_step();
 
+/// The user sets what shows by hand, as BacklightLight's `level`; where the fade stands stays. From
+/// the main thread.
+void set_backlight_level(std::uint8_t level);
+
+/// What shows becomes the brightness, and the fade has come and goes there. A time limit runs on.
+/// From the main thread.
+void adopt_backlight_level();
+
 /// Power-on: full. The colours on the glass change with the next step or colour action only.
 void power_on_backlight();
 
