@@ -3,7 +3,10 @@
 
 #pragma once
 
+#include "host/platform/window_system.h"
+
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -24,21 +27,38 @@ struct Control {
     std::string_view label;  // with an ampersand before its letter
 };
 
+constexpr int slider_end = 100;
+constexpr int slider_page = 25;
+
+/// One dialog. What is behind it is called through the functions below, not here.
 struct Dialog {
     int id;  // 5000 About, 6000 custom type
     std::string_view title;
-    std::span<const Control> controls;  // in the order of the Tab key
+    std::span<const Control> controls;  // in the order of the Tab key, labels and groups between
+    int focus_id;                       // the control that has the focus at first
     int cancel_id;                      // the button that the Escape key presses
     bool box_presses_cancel;            // so does the close box; else it just closes
+    int (*value)(int control);
+    void (*used)(int control, int value);
+    void (*moved)(int x, int y);
 };
 
-/// The open dialog, none if there is none.
+/// Opens a dialog at a place of the screen (none: the system's choice); nothing while one is open.
+void begin_dialog(const Dialog& dialog, std::optional<PixelPoint> at);
+
+/// Closes the open one. What waited for that runs here, so this is the last thing that a button
+/// does.
+void end_dialog();
+
+/// The open dialog, nullptr if there is none.
 const Dialog* opened_dialog();
 
-/// What a control shows: 1 for the chosen radio button of a group, the slider's position, else 0.
+/// What a control of the open dialog shows: 1 for the chosen radio button of a group, the slider's
+/// position, else 0.
 int dialog_value(int control);
 
-/// The user pressed a button, chose a radio button (value 1) or moved the slider (its position).
+/// The user pressed a button, chose a radio button (value 1) or moved the slider (its position,
+/// 0..100). Nothing for a control that the open dialog doesn't have.
 void dialog_used(int control, int value);
 
 /// The user closed the dialog by its box.
@@ -47,13 +67,8 @@ void dialog_boxed();
 /// The user moved the dialog to a place of the screen.
 void dialog_moved(int x, int y);
 
+/// The two dialogs there are.
 void open_custom_type_dialog();
 void open_about_dialog();
-
-/// A box that isn't a dialog of ours (a message, the question for a file) opens and closes. Menu
-/// items and drops that come while any box is open wait for the last one to close and run then, in
-/// their order.
-void box_opened();
-void box_closed();
 
 }  // namespace orvanel

@@ -1,8 +1,10 @@
-// menu.h: the menu bar as a table, from which a window system builds its menu, and what each item
-// does. The popup on the right mouse button shows the same submenus. Main thread.
+// menu.h: the menu bar as a table, from which a window system builds its menu, and its check marks.
+// The popup on the right mouse button shows the same submenus. What an item does is in
+// menu_command.h. Main thread.
 
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -22,6 +24,30 @@ struct MenuRow {
     std::string_view label;  // with an ampersand before the letter that chooses it
 };
 
+// The items by number. Where several belong together this is the first of them.
+constexpr int item_reset = 110;  // + the kind, 0..3
+constexpr int item_demo = 130;
+constexpr int item_open = 140;
+constexpr int item_clipboard = 150;
+constexpr int item_terminal = 160;
+constexpr int item_exit = 170;
+constexpr int item_zoom = 210;  // + the zoom - 1, for 1..3
+constexpr int item_rotate = 220;
+constexpr int item_frame = 230;
+constexpr int item_on_top = 240;
+constexpr int item_panel = 250;
+constexpr int item_model = 270;  // + skin_model, 0..3
+constexpr int item_port = 310;   // + the port, 0..8
+constexpr int item_baud = 320;   // + the index in menu_bauds
+constexpr int item_protocol = 330;
+constexpr int item_beep = 340;
+constexpr int item_help = 510;
+constexpr int item_about = 520;
+
+constexpr std::array<std::int32_t, 8> menu_bauds{1200,  2400,  4800,  9600,
+                                                 19200, 38400, 57600, 115200};
+constexpr int most_menu_zoom = 3;
+
 /// The menu bar, top level first: "&File" ... its rows ... end, "&View" ...
 std::span<const MenuRow> menu_rows();
 
@@ -36,24 +62,17 @@ struct Shortcut {
 constexpr int menu_zoom = 1000;
 std::span<const Shortcut> shortcuts();
 
-/// Runs an item. While a box is open it waits until that is closed. An unknown id does nothing.
-void menu_command(int id);
+/// Whether the menu has an item of that number.
+bool is_menu_item(int id);
 
-/// Marks zoom, rotation, frame, on-top, panel and model; the port; the speed; Pactlink and
-/// touch beep.
+/// Mark zoom, rotation, frame, on-top, panel and model; the port; the speed; Pactlink and touch
+/// beep. A zoom, a model or a speed that has no item leaves all of its kind without mark.
 void menu_mark_view();
 void menu_mark_port();
 void menu_mark_baud();
 void menu_mark_switches();
 
-/// Whether an item has its check mark.
+/// Whether an item has its check mark; false for what is no item.
 bool menu_marked(int id);
-
-/// Puts name, port and protocol into the window's title; the title as it stands.
-void title_update();
-std::string_view window_title();
-
-/// The answer of ask_for_file.
-void file_chosen(std::string_view path);
 
 }  // namespace orvanel
