@@ -121,6 +121,23 @@ std::optional<Value> find_value(std::string_view text, Part section, std::string
     return std::nullopt;
 }
 
+/// The line of the first such key, with its end.
+std::optional<Part> find_key_line(std::string_view text, Part section, std::string_view key) {
+    for (std::size_t at = section.begin; at < section.end;) {
+        const Line line = line_at(text, at);
+        if (find_value(text, {at, line.next}, key).has_value()) return Part{at, line.next};
+        at = line.next;
+    }
+    return std::nullopt;
+}
+
+/// Where the line that ends at `end` begins.
+std::size_t start_of_line(std::string_view text, std::size_t end) {
+    const std::size_t feed = end == 0 ? npos : text.rfind('\n', end - 1);
+    if (feed != npos) return feed + 1;
+    return text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0;
+}
+
 /// The end of the section's last key, or of its head.
 std::size_t end_of_keys(std::string_view text, Part section) {
     std::size_t end = section.begin;
@@ -164,6 +181,19 @@ void set_ini_value(std::string& text, std::string_view section, std::string_view
         insert_line(text, end_of_keys(text, *lines), std::string(key) + '=' + std::string(value));
     else if (of(text, found->meant) != value)
         text.replace(found->written.begin, found->written.end - found->written.begin, value);
+}
+
+void remove_ini_value(std::string& text, std::string_view section, std::string_view key) {
+    for (auto lines = find_section(text, section); lines.has_value();
+         lines = find_section(text, section)) {
+        const auto line = find_key_line(text, *lines, key);
+        if (!line.has_value()) return;
+        text.erase(line->begin, line->end - line->begin);
+        lines->end -= line->end - line->begin;
+        if (of(text, *lines).find_first_not_of(" \t\r\n") != npos) continue;
+        const std::size_t head = start_of_line(text, lines->begin - 1);
+        text.erase(head, lines->end - head);
+    }
 }
 
 bool same_name(std::string_view a, std::string_view b) {

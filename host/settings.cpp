@@ -37,6 +37,11 @@ namespace {
 
 constexpr std::string_view settings_section = "Orvanel42";
 constexpr std::string_view ports_section = "Ports";
+constexpr std::string_view view_section = "Orvanel42 View";
+constexpr std::string_view zoom_key = "zoom";
+constexpr int most_zoom_setting = 3;
+
+constinit int zoom_setting = 1;  // the last zoom that the setting `zoom` can say
 constexpr int bytes_per_kib = 1024;
 
 /// Whether the program saves a setting, or only the user edits it.
@@ -81,6 +86,14 @@ std::string baud_text() {
     return std::to_string(com_baud.load() == unsaved_baud ? baud_setting : com_baud.load());
 }
 
+void take_zoom(std::int32_t value) {
+    set_view_zoom(value >= 1 && value <= most_zoom_setting ? value : 1);
+}
+
+std::string zoom_text() {
+    return std::to_string(view_zoom > most_zoom_setting ? zoom_setting : view_zoom);
+}
+
 void take_address(std::int32_t value) {
     configured_address = static_cast<std::uint8_t>(value & 0xFF);
 }
@@ -98,7 +111,7 @@ constexpr Setting settings[]{
     {"beep",            0,    0, on_off<beep_on>,                        digits<beep_on>,            Kept::saved},
     {"xpos",          100,    0, number<window_x>,                       digits<window_x>,           Kept::saved},
     {"ypos",           60,    0, number<window_y>,                       digits<window_y>,           Kept::saved},
-    {"zoom",            1,    0, in_range<view_zoom, 1, 3, 1>,           digits<view_zoom>,          Kept::saved},
+    {"zoom",            1,    0, take_zoom,                              zoom_text,                  Kept::saved},
     {"iopvisible",      0,    0, on_off<ports_visible>,                  digits<ports_visible>,      Kept::saved},
     {"iopx",            0,    0, number<ports_x>,                        digits<ports_x>,            Kept::saved},
     {"iopy",            0,    0, number<ports_y>,                        digits<ports_y>,            Kept::saved},
@@ -151,6 +164,8 @@ void take_settings(std::string_view ini, const std::string& folder) {
         const auto text = ini_value(ini, settings_section, setting.key);
         setting.take(text.has_value() ? number_from(*text, setting.unread) : setting.otherwise);
     }
+    const std::int32_t large = number_from(ini_value(ini, view_section, zoom_key).value_or(""), 0);
+    if (large > most_zoom_setting && large <= most_view_zoom) set_view_zoom(large);
     for (int number = 1; number <= most_ports; ++number)
         port_devices[static_cast<std::size_t>(number - 1)] = port_device(ini, number, folder);
     model_apply();
@@ -160,7 +175,20 @@ void put_settings(std::string& ini) {
     for (const Setting& setting : settings)
         if (setting.kept == Kept::saved)
             set_ini_value(ini, settings_section, setting.key, setting.text());
+    if (view_zoom > most_zoom_setting)
+        set_ini_value(ini, view_section, zoom_key, std::to_string(view_zoom));
+    else
+        remove_ini_value(ini, view_section, zoom_key);
 }
+
+void set_view_zoom(int zoom) {
+    view_zoom = zoom;
+    if (zoom <= most_zoom_setting) zoom_setting = zoom;
+}
+
+void port_chosen() { unsaved_port = -1; }
+
+void baud_chosen() { unsaved_baud = 0; }
 
 std::optional<std::string> setting_line(std::string_view key) {
     for (const Setting& setting : settings)

@@ -24,6 +24,10 @@ extern std::int32_t baud_setting;
 extern int unsaved_port;
 extern std::int32_t unsaved_baud;
 
+/// The user has chosen a port, a speed: from now on what is in force is saved, whatever it is.
+void port_chosen();
+void baud_chosen();
+
 /// The touch beep is heard.
 extern std::atomic<bool> beep_on;
 
@@ -31,8 +35,11 @@ extern std::atomic<bool> beep_on;
 extern int window_x;
 extern int window_y;
 
-/// Window pixels for each dot of the skin, 1..3.
+/// Window pixels for each dot of the skin, 1..8. The setting `zoom` knows 1 to 3 and keeps the last
+/// of these while the zoom is a larger one, which has a section of its own as long as it holds.
+constexpr int most_view_zoom = 8;
 extern int view_zoom;
+void set_view_zoom(int zoom);
 
 /// The panel of the output ports: open at start, and its upper left corner.
 extern bool ports_visible;

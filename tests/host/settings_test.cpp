@@ -2,9 +2,11 @@
 // live in, and the place of the window.
 
 #include "firmware/store/eeprom.h"
+#include "host/ini_file.h"
 #include "host/program_folder.h"
 #include "host/settings.h"
 #include "host/window_place.h"
+#include "link/port.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +16,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace orvanel {
 namespace {
@@ -99,6 +102,44 @@ TEST(Settings, the_users_own_lines_outlast_a_save) {
     EXPECT_EQ(saved(ini).substr(0, ini.find("[Ports]")), ini.substr(0, ini.find("[Ports]")));
     EXPECT_TRUE(saved(ini).ends_with("custy=0\r\n[Ports]\r\nCOM2=tcp:7042\r\n"));
     EXPECT_EQ(saved(saved(ini)), saved(ini));
+}
+
+TEST(Settings, a_large_zoom_is_kept_beside_the_last_small_one_only_while_it_holds) {
+    const auto zooms = [](const std::string& ini) {
+        take_settings(ini, ".");
+        return std::pair{view_zoom, *setting_line("zoom")};
+    };
+    EXPECT_EQ(zooms("[Orvanel42 View]\nzoom=8\n[Orvanel42]\nzoom=3"), (std::pair{8, "zoom=3"s}));
+    EXPECT_EQ(zooms("[Orvanel42 View]\nzoom=9\n[Orvanel42]\nzoom=2"), (std::pair{2, "zoom=2"s}));
+    EXPECT_EQ(zooms("[Orvanel42 View]\nzoom=2"), (std::pair{1, "zoom=1"s}));
+
+    std::string ini = "\xEF\xBB\xBF[Orvanel42 View]\r\nzoom=8 ; big\r\n\r\n[Mine]\r\na=1\r\n";
+    take_settings(ini, ".");
+    set_view_zoom(2);
+    set_view_zoom(5);
+    put_settings(ini);
+    EXPECT_EQ(ini_value(ini, "Orvanel42", "zoom"), "2");
+    EXPECT_EQ(ini_value(ini, "Orvanel42 View", "zoom"), "5");
+    set_view_zoom(3);
+    put_settings(ini);
+    EXPECT_EQ(ini_value(ini, "Orvanel42", "zoom"), "3");
+    EXPECT_TRUE(ini.starts_with("\xEF\xBB\xBF[Mine]\r\na=1\r\n[Orvanel42]\r\n")) << ini;
+}
+
+TEST(Settings, a_chosen_port_is_saved_though_the_start_opened_another) {
+    take_settings("[Orvanel42]\ncom=3\nbaud=9600", ".");
+    unsaved_port = 1;  // as --serial does
+    unsaved_baud = 115200;
+    com_port = 1;
+    com_baud = 115200;
+    EXPECT_EQ(setting_line("com"), "com=3");
+    EXPECT_EQ(setting_line("baud"), "baud=9600");
+    port_chosen();
+    EXPECT_EQ(setting_line("com"), "com=1");
+    EXPECT_EQ(setting_line("baud"), "baud=9600");
+    baud_chosen();
+    EXPECT_EQ(setting_line("baud"), "baud=115200");
+    com_port = -1;
 }
 
 TEST(Settings, ports_name_what_stands_behind_them) {
