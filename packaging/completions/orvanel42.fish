@@ -1,0 +1,35 @@
+# Completion of the four programs for fish.
+
+for program in orvanel42 orvanel42-headless orvanel42-kit orvanel42-terminal
+    complete -c $program -l help -d 'Tell the options'
+    complete -c $program -l version -d 'Tell the version'
+end
+for program in orvanel42 orvanel42-headless
+    complete -c $program -l dir -x -a '(__fish_complete_directories)' -d 'Keep settings and image there'
+    complete -c $program -l image -r -d 'Load as the EEPROM image'
+    complete -c $program -l mem -x -a '32 64' -d 'KiB of the EEPROM'
+    complete -c $program -l serial -r -a 'pty tcp: stdio' -d 'What stands behind COM1'
+end
+complete -c orvanel42 -l new-instance -d 'Start another module'
+complete -c orvanel42-headless -l save-image -r -d 'Write the image at the end'
+complete -c orvanel42-headless -l realtime -d 'On the real clock'
+complete -c orvanel42-headless -l update -d 'Write the expected pictures'
+complete -c orvanel42-headless -l update-missing -d 'Write the expected pictures that are missing'
+complete -c orvanel42-headless -l out -x -a '(__fish_complete_directories)' -d 'Pictures of failed comparisons'
+complete -c orvanel42-headless -l junit -r -d 'A report for CI servers'
+complete -c orvanel42-headless -l trace -r -d 'A line for each command'
+complete -c orvanel42-headless -l trace-json -r -d 'The same as JSON'
+complete -c orvanel42-headless -l strict -d 'Remarks are faults'
+complete -c orvanel42-headless -l jobs -x -d 'So many side by side'
+complete -c orvanel42-headless -l commands -d 'The reference of the commands'
+complete -c orvanel42-kit -n __fish_use_subcommand -x -a 'build dump check diff'
+complete -c orvanel42-kit -s o -l output -r -d 'What to write'
+complete -c orvanel42-kit -l image-length -x -d 'Length of the image'
+complete -c orvanel42-kit -l crc -x -d 'CRC of the image'
+complete -c orvanel42-kit -l stream-length -x -d 'Length of the stream'
+complete -c orvanel42-kit -l quiet -d 'Print faults alone'
+complete -c orvanel42-terminal -l dir -x -a '(__fish_complete_directories)' -d 'The folder of the window'
+complete -c orvanel42-terminal -l send -x -d 'Bytes for the module'
+complete -c orvanel42-terminal -l hex -d 'Print answers in hexadecimal'
+complete -c orvanel42-terminal -l file -r -d 'Have the module open it'
+complete -c orvanel42-terminal -l answers -d 'Print what it answers, and end'
