@@ -1,7 +1,8 @@
 #include "host/host_calls.h"
 
-#include "firmware/core/draw_area.h"
 #include "host/platform/platform.h"
+#include "host/platform/window_system.h"
+#include "host/skin/lcd_colours.h"
 
 namespace orvanel {
 
@@ -11,7 +12,10 @@ constinit bool fade_timer_runs = false;  // main thread
 
 }  // namespace
 
-void colours_changed() { repaint_display(0, 0, last_x, last_y); }
+void colours_changed() {
+    model_apply();
+    repaint_window();
+}
 
 void start_fade_timer() {
     if (fade_timer_runs) return;

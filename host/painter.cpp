@@ -2,7 +2,7 @@
 
 #include "host/host_calls.h"
 #include "host/platform/platform.h"
-#include "host/settings.h"
+#include "host/skin/view.h"
 
 #include <atomic>
 
@@ -42,10 +42,7 @@ constexpr DotRect rect_of(std::uint64_t request) {
 }
 static_assert(rect_of(pack(5, {1, 2, 239, 127})).x2 == 239 && ticket_of(pack(5, {})) == 5);
 
-void paint_dots(DotRect r) {
-    const int z = view_zoom;
-    paint_window({r.x1 * z, r.y1 * z, r.x2 * z + z, r.y2 * z + z});
-}
+void paint_dots(DotRect r) { paint_window(display_pixels(r.x1, r.y1, r.x2, r.y2)); }
 
 bool waits_for(std::uint32_t ticket, std::uint32_t answer) {
     return answer != ticket && (answer & sealed) == 0;

@@ -168,7 +168,6 @@ void take_settings(std::string_view ini, const std::string& folder) {
     if (large > most_zoom_setting && large <= most_view_zoom) set_view_zoom(large);
     for (int number = 1; number <= most_ports; ++number)
         port_devices[static_cast<std::size_t>(number - 1)] = port_device(ini, number, folder);
-    model_apply();
 }
 
 void put_settings(std::string& ini) {
@@ -201,18 +200,6 @@ std::string setting_keys() {
     for (const Setting& setting : settings)
         keys.append(keys.empty() ? "" : ", ").append(setting.key);
     return keys;
-}
-
-void model_apply() {
-    struct Glass {
-        int type, polarizer, backlight;
-    };
-    constexpr std::array<Glass, custom_model> fixed{{{1, 1, 1}, {0, 0, 1}, {0, 0, 5}}};
-    if (skin_model == custom_model) return;
-    const Glass& glass = fixed[static_cast<std::size_t>(skin_model)];
-    lcd_type = glass.type;
-    lcd_polarizer = glass.polarizer;
-    lcd_backlight = glass.backlight;
 }
 
 }  // namespace orvanel

@@ -51,7 +51,8 @@ extern bool show_frame;     // a normal window, else one cut to the module's out
 extern bool always_on_top;  // the window stays above others
 
 /// The model of the module: 0..2 fixed ones, custom_model one by the user's own choice of
-/// lcd_type (0..2), lcd_polarizer (0..1) and lcd_backlight (0..5).
+/// lcd_type (0..2), lcd_polarizer (0..1) and lcd_backlight (0..5). A fixed one's model_apply
+/// (host/skin/lcd_colours.h) writes its own into these three, and so they are saved.
 constexpr int custom_model = 3;
 extern int skin_model;
 extern int lcd_type;
@@ -81,8 +82,5 @@ std::optional<std::string> setting_line(std::string_view key);
 
 /// All keys in their order, with commas between them.
 std::string setting_keys();
-
-/// Sets lcd_type, lcd_polarizer and lcd_backlight to those of the model, if it is a fixed one.
-void model_apply();
 
 }  // namespace orvanel

@@ -2,17 +2,37 @@
 
 #include "firmware/core/draw_area.h"
 #include "firmware/touch/tracking.h"
-#include "host/painting.h"
 #include "host/platform/platform.h"
+#include "host/settings.h"
+#include "host/skin/view.h"
 
 namespace orvanel {
 
+namespace {
+
+/// The skin dot under a pixel of the window. Left of the window and above it the pixel's number
+/// wraps, and so lies far outside.
+struct SkinDot {
+    int x, y;
+};
+
+SkinDot skin_dot(int px, int py) {
+    return {(px & 0xFFFF) / dot_pixels(), (py & 0xFFFF) / dot_pixels()};
+}
+
+}  // namespace
+
 bool glass_hit(int px, int py) {
-    return px >= 0 && py >= 0 && px < window_width() && py < window_height();
+    const auto [x, y] = skin_dot(px, py);
+    const SkinRect& glass = view_lcd->area;
+    return x >= glass.left && x <= glass.right && y >= glass.top && y <= glass.bottom;
 }
 
 ModuleDot glass_to_module(int px, int py) {
-    return {px * screen_width / window_width(), py * screen_height / window_height()};
+    const auto [x, y] = skin_dot(px, py);
+    const SkinRect& glass = view_lcd->area;
+    if (view_rotated) return {y - glass.top, last_y - (x - glass.left)};
+    return {x - glass.left, y - glass.top};
 }
 
 void press_glass(ModuleDot dot) {

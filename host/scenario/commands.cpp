@@ -13,6 +13,7 @@
 #include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
+#include "host/scenario/window_picture.h"
 #include "host/scenario/world.h"
 #include "host/settings.h"
 #include "host/window_input.h"
@@ -148,6 +149,11 @@ void print_backlight(const Arguments& /*a*/) {
 
 void screen(const Arguments& a) { save_screen(a.path, a.shown); }
 
+void window(const Arguments& a) {
+    if (const std::string fault = write_window(a.path); !fault.empty())
+        report_fault(wrong_line, "can't write " + a.path + ": " + fault);
+}
+
 void expect_answers_now(const Arguments& a) { expect_answers(a.bytes); }
 
 void expect_screen_now(const Arguments& a) { expect_screen(a.path, a.shown); }
@@ -195,6 +201,7 @@ void line_absent(const Arguments& a) {
 constexpr Argument bytes{Take::bytes, 0, 0, required};
 constexpr Argument path{Take::path, 0, 0, required};
 constexpr Argument picture{Take::picture, 0, 0, required};
+constexpr Argument png_file{Take::file, 0, 0, required, ".png"};
 constexpr Argument shown{Take::shown, 0, 0, required};
 constexpr Argument ms{Take::number, 0, longest_wait_ms, required};
 constexpr Argument ms_or_60000{Take::number, 0, longest_wait_ms, settle_ms};
@@ -237,7 +244,7 @@ constexpr ScenarioCommand commands[]{
     {"settle",         "[MS]",                             {ms_or_60000},            settle},
     {"time",           "",                                 {},                       print_time},
     {"screen",         "FILE [main or flash]",             {picture, shown},         screen},
-    {"window",         "FILE.png"},
+    {"window",         "FILE.png",                         {png_file},               window},
     {"expect-answers", "BYTES",                            {bytes},                  expect_answers_now},
     {"expect-line",    "BYTES",                            {bytes},                  expect_line_now},
     {"expect-screen",  "FILE [main or flash]",             {picture, shown},         expect_screen_now},
@@ -272,6 +279,14 @@ std::string take_picture_path(std::string_view& rest, Arguments& into) {
     std::string fault = take_path(rest, into.path);
     if (fault.empty() && !is_picture_path(into.path))
         fault = in_quotes(into.path) + " ends neither in .png nor in .pbm";
+    into.path = resolved(into.path);
+    return fault;
+}
+
+std::string take_file_path(std::string_view& rest, std::string_view ending, Arguments& into) {
+    std::string fault = take_path(rest, into.path);
+    if (fault.empty() && !ends_in(into.path, ending))
+        fault = in_quotes(into.path) + " doesn't end in " + std::string(ending);
     into.path = resolved(into.path);
     return fault;
 }
@@ -312,6 +327,8 @@ std::string take_argument(std::string_view& rest, const Argument& a, Arguments& 
     }
     case Take::picture:
         return take_picture_path(rest, into);
+    case Take::file:
+        return take_file_path(rest, a.ending, into);
     case Take::shown:
         take_shown(rest, into);
         return {};

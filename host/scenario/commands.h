@@ -20,6 +20,7 @@ enum class Take : std::uint8_t {
     bytes,    // HEX and TEXT pieces
     path,     // from the folder of the scenario
     picture,  // a path that ends in .png or .pbm
+    file,     // a path that has the `ending`
     shown,    // `main`, `flash` or nothing
     number,   // least..most; `otherwise` if it is left out, where that isn't below 0
     dot,      // X and Y of a dot on the glass
@@ -33,6 +34,7 @@ struct Argument {
     Take take;
     std::int64_t least, most;
     std::int64_t otherwise;
+    std::string_view ending{};
 };
 
 constexpr std::size_t max_arguments = 3;

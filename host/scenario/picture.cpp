@@ -12,7 +12,6 @@
 #include <csetjmp>
 #include <cstddef>
 #include <span>
-#include <string_view>
 #include <vector>
 
 namespace orvanel {
@@ -26,14 +25,6 @@ constexpr std::size_t longest_picture = std::size_t{16} << 20;  // bytes of a fi
 std::string size_fault(long width, long height) {
     return "is " + std::to_string(width) + " x " + std::to_string(height) + " dots, not " +
            std::to_string(screen_width) + " x " + std::to_string(screen_height);
-}
-
-bool ends_in(std::string_view path, std::string_view ending) {
-    if (path.size() <= ending.size()) return false;
-    const auto same = [](char a, char b) {
-        return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b;
-    };
-    return std::equal(ending.begin(), ending.end(), path.end() - std::ssize(ending), same);
 }
 
 std::string decode_pbm(std::span<const std::uint8_t> file, BitPlane& dots) {
@@ -163,6 +154,14 @@ void put_dot(std::span<png_byte> pixels, int panel, int x, int y, Colour colour)
 }
 
 }  // namespace
+
+bool ends_in(std::string_view path, std::string_view ending) {
+    if (path.size() <= ending.size()) return false;
+    const auto same = [](char a, char b) {
+        return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b;
+    };
+    return std::equal(ending.begin(), ending.end(), path.end() - std::ssize(ending), same);
+}
 
 BitPlane take_glass(Shown shown) {
     const UprightImage& image = image_of(shown);

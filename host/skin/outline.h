@@ -1,5 +1,5 @@
-// outline.h: what the window is cut to when its frame is off: the module on the skin without the
-// pixels of the cut-out key.
+// outline.h: the two shapes of the window: the whole rectangle of the skin within a frame, or cut
+// to the module on it, without the pixels of the cut-out key.
 
 #pragma once
 
@@ -9,14 +9,26 @@
 namespace orvanel {
 
 /// Which window pixels are there: `height` rows of (width + 7) / 8 bytes, top row first, leftmost
-/// pixel in bit 7, a set bit is a pixel of the window.
+/// pixel in bit 7, a set bit is a pixel of the window. Bits behind a row's last pixel are 0.
 struct Outline {
     int width, height;
     std::vector<std::uint8_t> rows;
 };
 
 /// The outline of the present skin at the present zoom and rotation, in window pixels of the client
-/// area.
+/// area. With z window pixels a dot and s pixels of the skin a dot, pixel x, y of the skin takes
+/// away, if it has the key's index, the columns x * z / s to (x + 1) * z / s and the rows alike,
+/// each division without its fraction, the ends exclusive. So where z is less than s the pixels
+/// that come out empty take nothing away.
 Outline skin_outline();
+
+/// Gives the skin's key its colour for either shape, and the window that shape. Main thread, behind
+/// prepare_view, and again behind each change of zoom or rotation while the window is cut. The
+/// caller repaints.
+void window_show_frame();
+void window_cut_to_skin();
+
+/// Has the whole window painted soon.
+void window_repaint();
 
 }  // namespace orvanel

@@ -4,6 +4,7 @@
 #include "firmware/core/bytes.h"
 #include "host/platform/window_system.h"
 #include "host/settings.h"
+#include "host/skin/lcd_colours.h"
 #include "host/window/dialog.h"
 #include "host/window/menu.h"
 

@@ -4,15 +4,13 @@
 #include "firmware/raster/refresh.h"
 #include "host/host_calls.h"
 #include "host/painter.h"
-#include "host/painting.h"
 #include "host/platform/platform.h"
+#include "host/platform/window_system.h"
 #include "host/settings.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
-#include <random>
 #include <thread>
 #include <vector>
 
@@ -38,28 +36,6 @@ bool same(PixelRect a, PixelRect b) {
     return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
 }
 
-/// Random dots in both images; the 16 bits behind a row stay 0.
-void fill_images(unsigned seed) {
-    std::mt19937_64 random{seed};
-    for (UprightImage* image : {&lcd_image, &lcd_image_flash})
-        for (auto& row : *image)
-            for (std::size_t i = 0; i < row.size(); ++i)
-                row[i] = i == 3 ? random() & ~std::uint64_t{0xFFFF} : random();
-}
-
-/// The first pixel of `rect` that isn't as the image's dot demands, as text; empty if none.
-std::string wrong_pixel(const std::vector<std::uint32_t>& frame, const UprightImage& image,
-                        PixelRect rect) {
-    for (int y = rect.top; y < rect.bottom; ++y)
-        for (int x = rect.left; x < rect.right; ++x) {
-            const bool dark = image_dot(image, x / view_zoom, y / view_zoom);
-            if (frame[static_cast<std::size_t>(y * window_width() + x)] !=
-                (dark ? 0xFF000000 : 0xFFFFFFFF))
-                return std::to_string(x) + ", " + std::to_string(y);
-        }
-    return {};
-}
-
 }  // namespace
 
 // The platform under test: nothing sleeps, and a paint is a line in `painted`.
@@ -74,6 +50,8 @@ void wake_main() {
     main_woken.notify_all();
 }
 void paint_window(PixelRect rect) { painted.push_back(rect); }
+void repaint_window() {}
+void set_fade_timer(bool /*runs*/) {}
 
 TEST(Painter, a_drawing_command_goes_on_when_its_rectangle_is_painted) {
     fresh_painter(2);
@@ -137,52 +115,6 @@ TEST(Painter, every_request_of_a_flood_is_painted_once) {
     ASSERT_EQ(painted.size(), std::size_t{requests});
     for (int i = 0; i < requests; ++i)
         ASSERT_TRUE(same(painted[static_cast<std::size_t>(i)], {i % 240, i % 128, 240, 128})) << i;
-}
-
-TEST(ComposeWindow, shows_the_dots_of_the_present_phase_at_every_zoom) {
-    fill_images(1);
-    for (const int zoom : {1, 2, 3})
-        for (const bool flash : {false, true}) {
-            view_zoom = zoom;
-            flash_phase = flash ? 1 : 0;
-            std::vector<std::uint32_t> frame(
-                static_cast<std::size_t>(window_width() * window_height()));
-            compose_window(frame, {-5, -5, 5000, 5000});
-            EXPECT_EQ(wrong_pixel(frame, flash ? lcd_image_flash : lcd_image,
-                                  {0, 0, window_width(), window_height()}),
-                      "")
-                << "zoom " << zoom << (flash ? " flash" : "");
-        }
-}
-
-TEST(ComposeWindow, composes_a_part_from_any_dot_to_any_dot) {
-    fill_images(2);
-    view_zoom = 2;
-    flash_phase = 0;
-    std::mt19937 random{3};
-    for (int i = 0; i < 60; ++i) {
-        const int x1 = static_cast<int>(random() % 480), y1 = static_cast<int>(random() % 256);
-        const int w = 1 + static_cast<int>(random() % 480),
-                  h = 1 + static_cast<int>(random() % 256);
-        const PixelRect part{x1, y1, std::min(x1 + w, 480), std::min(y1 + h, 256)};
-        std::vector<std::uint32_t> frame(480 * 256);
-        compose_window(frame, part);
-        ASSERT_EQ(wrong_pixel(frame, lcd_image, part), "");
-        // Beyond the dots that the part touches, the frame stays.
-        for (const int x : {part.left - 2, part.right + 1})
-            if (x >= 0 && x < 480) {
-                ASSERT_EQ(frame[static_cast<std::size_t>(y1 * 480 + x)], 0u);
-            }
-    }
-}
-
-TEST(ComposeWindow, a_part_outside_the_window_is_nothing) {
-    view_zoom = 2;
-    std::vector<std::uint32_t> frame(480 * 256);
-    compose_window(frame, {480, 0, 500, 256});
-    compose_window(frame, {0, -9, 480, 0});
-    compose_window(frame, {-9, 0, 0, 256});
-    EXPECT_EQ(frame, std::vector<std::uint32_t>(480 * 256));
 }
 
 }  // namespace orvanel

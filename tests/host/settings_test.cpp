@@ -5,6 +5,7 @@
 #include "host/ini_file.h"
 #include "host/program_folder.h"
 #include "host/settings.h"
+#include "host/skin/lcd_colours.h"
 #include "host/window_place.h"
 #include "link/port.h"
 
@@ -31,6 +32,7 @@ const std::string first_save =
 
 std::string saved(std::string ini) {
     take_settings(ini, ".");
+    model_apply();
     put_settings(ini);
     return ini;
 }
@@ -84,6 +86,7 @@ TEST(Settings, odd_values_are_put_right) {
 TEST(Settings, a_fixed_model_takes_the_place_of_the_custom_glass) {
     const auto glass = [](const std::string& model, const std::string& of_custom) {
         take_settings("[Orvanel42]\nviewkit=" + model + "\n" + of_custom, ".");
+        model_apply();
         return std::array{lcd_type, lcd_polarizer, lcd_backlight};
     };
     const std::string own = "vkctyp=2\nvkcpol=1\nvkcbl=4";
@@ -196,6 +199,7 @@ class Folder : public testing::Test {
 TEST_F(Folder, is_made_and_filled) {
     const std::string inner = (folder / "a" / "b").string();
     ASSERT_EQ(open_program_folder(inner), "");
+    model_apply();
     EXPECT_TRUE(save_program_folder().empty());
     EXPECT_EQ(get("a/b/simulator.ini"), first_save);
     EXPECT_FALSE(fs::exists(folder / "a/b/Orvanel42.bin")) << "nothing has been programmed";
@@ -240,6 +244,7 @@ TEST_F(Folder, an_image_that_fails_does_not_lose_the_settings) {
     fs::create_symlink("nowhere/image", folder / "Orvanel42.bin");
     const std::string path = folder.string();
     ASSERT_EQ(open_program_folder(path), "");
+    model_apply();
     eeprom_state = EepromState::programmed;
     EXPECT_EQ(save_program_folder(),
               std::vector{"cannot save " + path + "/Orvanel42.bin: No such file or directory"});

@@ -6,6 +6,7 @@
 #include "host/painter.h"
 #include "host/platform/desktop/window.h"
 #include "host/settings.h"
+#include "host/skin/view.h"
 #include "host/window_timer.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
@@ -51,6 +52,7 @@ class Window : public testing::Test {
         static char name[] = "orvanel42";
         static char* argv[] = {name, nullptr};
         application = new QApplication(argc, argv);
+        ASSERT_EQ(prepare_view(), "");
     }
     static void TearDownTestSuite() { delete application; }
 
@@ -129,12 +131,13 @@ TEST_F(Window, shows_what_the_feed_draws) {
     run_for(milliseconds{50});
     const QImage picture = the_window()->grab().toImage();
     close_window();
-    ASSERT_EQ(picture.size(), QSize(480, 256));
+    ASSERT_EQ(picture.size(), QSize(584, 328));
     // The line's last dot is two by two pixels; its first is under the terminal's cursor.
-    for (const QPoint dark : {QPoint(478, 254), QPoint(479, 255)})
-        EXPECT_EQ(picture.pixelColor(dark), QColor(Qt::black)) << dark.x();
-    for (const QPoint light : {QPoint(479, 0), QPoint(0, 255), QPoint(479, 253)})
-        EXPECT_EQ(picture.pixelColor(light), QColor(Qt::white)) << light.x();
+    const QPoint glass(74, 38);
+    for (const QPoint set : {QPoint(478, 254), QPoint(479, 255)})
+        EXPECT_EQ(picture.pixel(glass + set), 0xFF000000 | dib_colour(*view_lcd, 1)) << set.x();
+    for (const QPoint clear : {QPoint(479, 0), QPoint(0, 255), QPoint(479, 253)})
+        EXPECT_EQ(picture.pixel(glass + clear), 0xFF000000 | dib_colour(*view_lcd, 0)) << clear.x();
 }
 
 TEST_F(Window, a_hidden_window_does_not_hold_up_the_firmware) {

@@ -8,6 +8,7 @@
 #include "host/platform/shared/start_port.h"
 #include "host/program_folder.h"
 #include "host/settings.h"
+#include "host/skin/view.h"
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
@@ -160,6 +161,10 @@ int run(int argc, char** argv) {
     qInstallMessageHandler(on_qt_message);
     argc = 1;  // the rest is ours and not for Qt
     const QApplication application(argc, argv);
+    if (const std::string fault = orvanel::prepare_view(); !fault.empty()) {
+        std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+        return failed;
+    }
     if (!orvanel::open_window(options.file, options.serial)) {
         std::fputs("orvanel42: no file descriptor left\n", stderr);
         return failed;

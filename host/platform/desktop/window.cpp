@@ -4,13 +4,15 @@
 #include "host/line_summary.h"
 #include "host/main_requests.h"
 #include "host/painter.h"
-#include "host/painting.h"
 #include "host/picture_import.h"
 #include "host/platform/platform.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/start_port.h"
 #include "host/platform/shared/wake.h"
+#include "host/platform/window_system.h"
 #include "host/settings.h"
+#include "host/skin/painting.h"
+#include "host/skin/view.h"
 #include "host/window_input.h"
 #include "host/window_place.h"
 #include "host/window_timer.h"
@@ -224,6 +226,8 @@ void paint_window(PixelRect rect) {
     // A hidden or minimised window paints nothing here, and all of it when it shows again.
     glass->repaint(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top);
 }
+
+void repaint_window() { glass->update(); }
 
 void set_fade_timer(bool runs) {
     if (runs)

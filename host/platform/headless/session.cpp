@@ -14,6 +14,7 @@
 #include "host/scenario/runner.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
+#include "host/skin/view.h"
 #include "link/feeds.h"
 #include "link/port.h"
 
@@ -111,9 +112,12 @@ std::int32_t line_speed() {
 }
 
 int run_session(const std::string& name) {
+    const std::string no_view = prepare_view();
     const std::string fault = open_scenario(name);
     start_trace(trace_options);
-    if (!fault.empty())
+    if (!no_view.empty())
+        report_fault(wrong_line, no_view);
+    else if (!fault.empty())
         report_fault(wrong_line, "can't be opened: " + fault);
     else if (real_time)
         run_in_real_time();
