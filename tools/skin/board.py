@@ -9,6 +9,8 @@ WIDTH, HEIGHT = 584, 328
 # The glass and the one-colour surround, as the finished picture holds them (right, bottom exclusive).
 GLASS = (74, 38, 554, 294)
 SURROUND = (66, 30, 562, 302)
+# The lip's shadow on the pane, which is surround of no colour: left, top, right, bottom.
+SHADOW = (1.6, 2.2, 0.6, 0.6)
 # The outside of the bezel.
 BEZEL = (54.5, 19.0, 572.5, 312.5)
 
@@ -48,12 +50,12 @@ PARTS = [
 ]
 
 # Bent tabs of the bezel: side, place along it.
-TABS = [("t", 128.0), ("t", 313.0), ("t", 498.0), ("b", 128.0), ("b", 313.0), ("b", 498.0),
-        ("l", 100.0), ("l", 232.0), ("r", 112.0), ("r", 214.0)]
+TABS = [("t", 168.0), ("t", 368.0), ("t", 486.0), ("b", 118.0), ("b", 316.0), ("b", 500.0),
+        ("l", 45.5), ("l", 255.0), ("r", 112.0), ("r", 214.0)]
 
 # Bare round pads for the probes of a tester: name, x, y.
 PROBES = [("", 245.0, 321.4), ("", 256.0, 321.4), ("", 267.0, 321.4), ("", 278.0, 321.4)]
-FIDUCIALS = [(64.0, 9.5), (538.0, 320.0)]
+FIDUCIALS = [(64.0, 9.5), (478.0, 319.6)]
 
 # Silk print: text, x, y (centre), size of capitals, bold, turn.
 PRINTS = [

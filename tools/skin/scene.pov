@@ -41,11 +41,11 @@ panel(<-480,1380,1650>, 1050, 520, 3.4*<1,.985,.95>)
 panel(<1900,300,1300>, 420, 900, .9*<.88,.94,1>)
 // The ceiling that faces the camera: what flat, glossy things show, brighter toward the key.
 plane { -z, -2600 no_image no_shadow no_radiosity
-  pigment { gradient x color_map { [0 rgb 1.15*<1,.99,.96>] [.24 rgb .95] [.40 rgb .22] [.66 rgb .08] [.76 rgb .30*<.93,.97,1>] [.86 rgb .10] [1 rgb .07*<.9,.95,1>] } scale 2600 rotate -38*z translate <-700,700,0> }
+  pigment { gradient x color_map { [0 rgb 1.0*<1,.99,.96>] [.24 rgb .85] [.40 rgb .20] [.66 rgb .08] [.76 rgb .30*<.93,.97,1>] [.86 rgb .10] [1 rgb .07*<.9,.95,1>] } scale 2600 rotate -38*z translate <-700,700,0> }
   finish { emission 1 diffuse 0 ambient 0 } }
 light_source { <-620,1350,1750> rgb 1.6*<1,.98,.945>
   area_light <980,420,0>, <0,420,-360>, 11, 11 adaptive 1 jitter area_illumination on }
-light_source { <1900,300,1300> rgb .26*<.86,.93,1>
+light_source { <1900,300,1300> rgb .46*<.88,.94,1>
   area_light <0,700,0>, <300,0,-420>, 5, 5 adaptive 1 jitter }
 #end
 
@@ -94,16 +94,17 @@ light_source { <1900,300,1300> rgb .26*<.86,.93,1>
 #if (Pass = 1)
   object { Plate seen(<1,0,0>) }
 #else
+  // All of it in a square of side 1, since a texture's map and what it maps are scaled together.
   #declare Mask = texture {
-    pigment { image_map { png "board.png" interpolate 2 once } scale <584,328,1> }
-    normal { bump_map { png "relief.png" interpolate 2 once bump_size 26 } scale <584,328,1> }
-    finish { diffuse .86 specular .22 roughness .012 reflection { .012, .75 fresnel } conserve_energy } }
+    pigment { image_map { png "board.png" interpolate 2 once } }
+    normal { bump_map { png "relief.png" interpolate 2 once bump_size 26 } }
+    finish { diffuse .86 specular .22 roughness .012 reflection { .010, .40 fresnel } conserve_energy } }
   #declare Bare = texture {
-    pigment { rgb <.80,.62,.30> }
-    normal { average normal_map { [1 bump_map { png "relief.png" interpolate 2 once bump_size 20 } scale <584,328,1>] [1 granite .10 scale 1.4] } }
-    finish { diffuse .42 specular .6 roughness .02 metallic reflection { .42 metallic } conserve_energy } }
+    pigment { rgb <.86,.64,.27> }
+    normal { bump_map { png "relief.png" interpolate 2 once bump_size 30 } }
+    finish { diffuse .44 specular .6 roughness .02 metallic reflection { .5 metallic } conserve_energy } }
   object { Plate
-    texture { image_pattern { png "metal.png" interpolate 2 once } texture_map { [0 Mask] [.5 Mask] [.6 Bare] [1 Bare] } scale 1 }
+    texture { image_pattern { png "metal.png" interpolate 2 once } texture_map { [0 Mask] [.4 Mask] [.7 Bare] [1 Bare] } scale <584,328,1> }
     interior { ior 1.5 } }
 #end
 
@@ -270,8 +271,11 @@ object { #include "bezel.inc" texture { Paint } interior { ior 1.5 } }
 // A tab of the bezel, bent outward (+y) and pushed through its slot.
 #macro tab() union {
   box { <-6,-1,0>, <6,.9,7.5> texture { Paint } }
-  object { Round_Box(<-4.6,-1,.5>, <4.6,3.2,1.9>, .4, 0) texture { Paint } }
-  box { <-5.6,2.6,-.1>, <5.6,3.6,.12> pigment { rgb .004 } }
+  object { Round_Box(<-4.6,-1,.4>, <4.6,2.2,1.8>, .4, 0) texture { Paint } }
+  // soldered to the ground
+  difference {
+    superellipsoid { <.75,.7> scale <5.4,2.6,1.9> translate 2.6*y }
+    plane { z, 0 } texture { Solder } }
   interior { ior 1.5 } } #end
 
 #declare Tilt = seed(11);

@@ -54,8 +54,9 @@ def bezel_mesh():
     """Vertices, normals and faces of the sheet, swept around the window."""
     inner, land_x, top = profile()
     # The window's edge lies where it hides what is outside the surround; each side has its own width.
-    left, upper = under_camera(board.SURROUND[0] - 1.2, board.SURROUND[1] - 1.2, 7.2)
-    right, lower = under_camera(board.SURROUND[2] + 1.2, board.SURROUND[3] + 1.2, 7.2)
+    shadow = board.SHADOW
+    left, upper = under_camera(board.SURROUND[0] - shadow[0], board.SURROUND[1] - shadow[1], 7.2)
+    right, lower = under_camera(board.SURROUND[2] + shadow[2], board.SURROUND[3] + shadow[3], 7.2)
     outer_left, outer_upper = under_camera(board.BEZEL[0], board.BEZEL[1], top - 3)
     outer_right, outer_lower = under_camera(board.BEZEL[2], board.BEZEL[3], top - 3)
     widths = {"l": left - outer_left, "r": outer_right - right, "t": outer_upper - upper, "b": lower - outer_lower}
@@ -73,9 +74,9 @@ def bezel_mesh():
     def rings():
         """(inset of each side from the window, corner radius, z, angle)"""
         for d, z, a in inner:
-            yield {s: d for s in widths}, 3.2 + .7 * d, z, a
+            yield {s: d for s in widths}, 4.6 + .8 * d, z, a
         for d, z, a in outside:
-            yield {s: widths[s] + d for s in widths}, 7.5 + d, top + z, a
+            yield {s: widths[s] + d for s in widths}, 9.5 + d, top + z, a
 
     vertices, normals, rows = [], [], []
     for insets, radius, z, angle in rings():

@@ -238,6 +238,12 @@ def draw_copper():
     for x, y, _ in header_pins():
         disc(copper, x, y, 3.7)
         disc(opened, x, y, 3.9)
+    for side, along in board.TABS:
+        left, top, right, bottom = board.BEZEL
+        if side in "tb":
+            box(opened, along, top - 3.2 if side == "t" else bottom + 3.2, 6, 3)
+        else:
+            box(opened, left - 3.2 if side == "l" else right + 3.2, along, 3, 6)
     for _, x, y in board.PROBES:
         disc(copper, x, y, 3.2)
         disc(opened, x, y, 3.0)
@@ -297,8 +303,6 @@ def draw_silk():
     ImageDraw.Draw(silk).rectangle(scaled([x - half_width, y - half_height, x + half_width, y + half_height]), outline=255, width=6)
     corner = [(x - half_width - 2.6, y - half_height - 2.6), (x - half_width + 3.4, y - half_height - 2.6), (x - half_width - 2.6, y - half_height + 3.4)]
     ImageDraw.Draw(silk).polygon([(px * SCALE, py * SCALE) for px, py in corner], fill=255)
-    # A panel to write a number on, with the tester's tick.
-    ImageDraw.Draw(silk).rounded_rectangle(scaled([208, 316.4, 236, 325.4]), SCALE, fill=255)
     return silk
 
 
@@ -343,19 +347,31 @@ def save_board(folder):
     colour = colour * (1 - .8 * rim) + np.array([116, 128, 84], np.float32) * .8 * rim
 
     # Where the mask is open: gold on copper, laminate beside it.
-    bare = np.array([132, 122, 74], np.float32)
+    bare = np.array([66, 72, 40], np.float32)
     metal_at = open_at * (height > .5)
     colour = colour * (1 - open_at[..., None]) + bare * open_at[..., None]
+
+    # A paper label with bars.
+    rows, columns = slice(int(316.2 * SCALE), int(325.6 * SCALE)), slice(206 * SCALE, 237 * SCALE)
+    paper = np.full((rows.stop - rows.start, columns.stop - columns.start, 3), (228, 227, 220), np.float32)
+    widths = random.Random(8)
+    at = int(2.4 * SCALE)
+    while at < paper.shape[1] - 3 * SCALE:
+        wide = widths.choice([4, 4, 8, 12])
+        paper[int(1.6 * SCALE):-int(1.6 * SCALE), at:at + wide] = (40, 40, 42)
+        at += wide + widths.choice([6, 6, 10, 14])
 
     # Ink runs a little, and is thinner here and there.
     ink = np.clip((blurred(silk, 3.0) + .035 * noise(rng, shape, 5) - .34) / .3, 0, 1) * np.clip(.95 + .03 * cloud + .03 * grain, .8, 1)
     ink *= (1 - open_at)
     colour = colour * (1 - ink[..., None]) + np.array([226, 229, 220], np.float32) * ink[..., None]
 
+    colour[rows, columns] = paper * (1 + .012 * grain[rows, columns, None])
     Image.fromarray(np.clip(colour, 0, 255).astype(np.uint8)).save(folder / "board.png")
     Image.fromarray((metal_at * 255).astype(np.uint8)).save(folder / "metal.png")
 
     relief = .50 * blurred(copper, 3.5) + .10 * blurred(ring, 2) + .16 * ink - .5 * hole - .22 * open_at + .012 * noise(rng, shape, 20) + .03 * noise(rng, shape, 160)
+    relief[rows, columns] = .62 + .01 * grain[rows, columns]
     relief = np.clip((relief + .7) / 1.6, 0, 1)
     Image.fromarray((relief * 65535).astype(np.uint16)).save(folder / "relief.png")
 
