@@ -39,14 +39,21 @@ function(orvanel_library name)
     endif()
 endfunction()
 
-# orvanel_program(NAME SOURCES file... [USES target...]): a program in bin/. The layers call up
-# through host_calls.h, so the whole stack is searched as one group.
+# orvanel_program(NAME SOURCES file... TOP layer... [USES target...]): a program in bin/. TOP names
+# what it has above the common layers. The layers call up through host_calls.h and down through the
+# platform's seam, so all are searched as one group.
 function(orvanel_program name)
-    cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
+    cmake_parse_arguments(arg "" "" "SOURCES;TOP;USES" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
-    string(REPLACE ";" "," stack "${ORVANEL_STACK}")
-    target_link_libraries(${name} PRIVATE orvanel_options ${arg_USES} "$<LINK_GROUP:RESCAN,${stack}>")
+    orvanel_stack(stack ${arg_TOP})
+    target_link_libraries(${name} PRIVATE orvanel_options ${stack} ${arg_USES})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+endfunction()
+
+# orvanel_stack(VARIABLE [layer...]): the common layers, below the named ones, as one group to link.
+function(orvanel_stack variable)
+    string(REPLACE ";" "," group "${ARGN};${ORVANEL_STACK}")
+    set(${variable} "$<LINK_GROUP:RESCAN,${group}>" PARENT_SCOPE)
 endfunction()
 
 # orvanel_test(NAME SOURCES file... USES target... [LABELS label...]): a GoogleTest program; each test

@@ -1,7 +1,11 @@
 #include "host/host_calls.h"
 
+#include "firmware/core/bytes.h"
+#include "firmware/core/device.h"
+#include "host/main_requests.h"
 #include "host/platform/platform.h"
 #include "host/platform/window_system.h"
+#include "host/ports_panel.h"
 #include "host/skin/lcd_colours.h"
 
 namespace orvanel {
@@ -28,7 +32,11 @@ void stop_fade_timer() {
     set_fade_timer(false);
 }
 
-// The ports are looked at where they are asked for; there is no panel that would show them.
-void show_ports() {}
+void show_ports() {
+    if (on_main_thread())
+        ports_show(low8(ports_shown.load()));
+    else
+        request_ports();
+}
 
 }  // namespace orvanel

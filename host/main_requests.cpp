@@ -1,8 +1,11 @@
 #include "host/main_requests.h"
 
+#include "firmware/core/bytes.h"
+#include "firmware/core/device.h"
 #include "host/host_calls.h"
 #include "host/painter.h"
 #include "host/platform/platform.h"
+#include "host/ports_panel.h"
 #include "host/settings.h"
 
 #include <atomic>
@@ -22,6 +25,7 @@ constinit std::string_view message_caption{};
 constinit std::string_view message_text{};
 
 constinit std::atomic<std::uint32_t> beeps_asked{0};
+constinit std::atomic<bool> ports_asked{false};
 
 void serve_message() {
     std::uint32_t state = asked;
@@ -66,10 +70,16 @@ void beep() {
     wake_main();
 }
 
+void request_ports() {
+    ports_asked.store(true);
+    wake_main();
+}
+
 void serve_main_requests() {
     serve_repaint();
     serve_message();
     serve_beeps();
+    if (ports_asked.exchange(false)) ports_show(low8(ports_shown.load()));
 }
 
 }  // namespace orvanel

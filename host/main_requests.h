@@ -1,5 +1,5 @@
 // main_requests.h: what the firmware asks of the main thread: paints (painter.h), a message box, a
-// beep. The main thread never waits for the firmware.
+// beep, the panel of the ports. The main thread never waits for the firmware.
 
 #pragma once
 
@@ -11,6 +11,9 @@ void serve_main_requests();
 
 /// The user has closed the box of open_message_box; the firmware goes on. Main thread.
 void message_closed();
+
+/// The panel of the output ports is to show ports_shown anew. From any thread.
+void request_ports();
 
 /// Lets messages be asked for, as at the start of the firmware. Until then they count as sealed.
 void open_messages();

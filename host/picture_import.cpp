@@ -5,7 +5,7 @@
 #include "firmware/raster/blit.h"
 #include "host/files.h"
 #include "host/host_calls.h"
-#include "host/window_input.h"
+#include "host/window/input.h"
 #include "link/feeds.h"
 
 #include <algorithm>

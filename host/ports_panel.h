@@ -4,17 +4,20 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
 namespace orvanel {
+
+constexpr std::size_t ports_on_panel = 7;
 
 /// Opens the panel at ports_x, ports_y, or closes it; nothing if it already is.
 void ports_open();
 void ports_close();
 bool ports_opened();
 
-/// Shows the complement of the output lines; nothing while the panel is closed.
+/// Lights the lines whose bit is set in `bits`; nothing while the panel is closed.
 void ports_show(std::uint8_t bits);
 
 /// The user closed the panel by its box, moved it.
@@ -22,6 +25,6 @@ void ports_boxed();
 void ports_moved(int x, int y);
 
 /// Which lights are lit, the line of bit 0 first; none while the panel is closed.
-std::optional<std::array<bool, 7>> ports_lit();
+std::optional<std::array<bool, ports_on_panel>> ports_lit();
 
 }  // namespace orvanel

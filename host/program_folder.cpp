@@ -1,6 +1,7 @@
 #include "host/program_folder.h"
 
 #include "firmware/store/eeprom.h"
+#include "host/demo.h"
 #include "host/image_file.h"
 #include "host/ini_file.h"
 #include "host/settings.h"
@@ -47,7 +48,10 @@ std::string open_program_folder(const std::string& folder) {
     const std::string image = image_path();
     std::error_code no_image;
     const auto kind = std::filesystem::status(image, no_image).type();
-    if (kind == std::filesystem::file_type::not_found) return {};
+    if (kind == std::filesystem::file_type::not_found) {
+        start_demo_feed();
+        return {};
+    }
     if (no_image) return image + ": " + no_image.message();
     // Opening a pipe would wait for its other end.
     if (kind != std::filesystem::file_type::regular) return image + ": not a plain file";

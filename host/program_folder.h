@@ -9,7 +9,8 @@
 namespace orvanel {
 
 /// Makes the folder if it isn't there, takes the settings from it, and loads the image in the size
-/// that they say; a missing file gives the defaults, or a blank image. The result is empty on
+/// that they say; missing settings give the defaults, and in place of a missing image the
+/// demo is fed, which programs it. The result is empty on
 /// success, else what can't be read: it must not be written over, so the program has to end.
 std::string open_program_folder(const std::string& folder);
 

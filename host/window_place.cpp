@@ -7,17 +7,15 @@
 
 namespace orvanel {
 
-void bring_window_back(std::span<const PixelRect> screens, int width, int height) {
+PixelPoint brought_back(PixelPoint at, int width, int height, std::span<const PixelRect> screens) {
     constexpr int from_left = 100;
     constexpr int from_top = 60;
-    const auto shows_on = [width, height](const PixelRect& screen) {
-        return window_x < screen.right && window_y < screen.bottom &&
-               std::int64_t{window_x} + width > screen.left &&
-               std::int64_t{window_y} + height > screen.top;
+    const auto shows_on = [at, width, height](const PixelRect& screen) {
+        return at.x < screen.right && at.y < screen.bottom &&
+               std::int64_t{at.x} + width > screen.left && std::int64_t{at.y} + height > screen.top;
     };
-    if (std::ranges::any_of(screens, shows_on)) return;
-    window_x = screens.front().left + from_left;
-    window_y = screens.front().top + from_top;
+    if (std::ranges::any_of(screens, shows_on)) return at;
+    return {screens.front().left + from_left, screens.front().top + from_top};
 }
 
 void window_moved(int x, int y) {

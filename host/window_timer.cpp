@@ -2,11 +2,13 @@
 
 #include "firmware/store/macro.h"
 #include "firmware/store/timers.h"
+#include "host/window/input.h"
 #include "link/feeds.h"
 
 namespace orvanel {
 
 void window_timer() {
+    cursor_look_again();
     if (feed_left() > 0) {
         auto_macro_mode.store(0);
         drain_feed();

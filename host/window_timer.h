@@ -4,8 +4,8 @@
 
 namespace orvanel {
 
-/// Drains the feed, which keeps the automatic macro stopped while it lasts, then ticks the
-/// firmware.
+/// Judges the mouse pointer if the touch table has changed; drains the feed, which keeps the
+/// automatic macro stopped while it lasts; then ticks the firmware.
 void window_timer();
 
 }  // namespace orvanel

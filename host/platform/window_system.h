@@ -51,7 +51,7 @@ void activate_window();
 void close_window_soon();
 
 /// The user drags the window from here on as by its title bar, until the button is up. No mouse
-/// event of that drag comes to window_input.h.
+/// event of that drag comes to host/window/input.h.
 void drag_window();
 
 // Mouse pointer and menu.

@@ -7,16 +7,20 @@
 #include "firmware/store/macro.h"
 #include "firmware/touch/areas.h"
 #include "host/bridge.h"
+#include "host/demo.h"
 #include "host/picture_import.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/expectations.h"
 #include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
-#include "host/scenario/window_picture.h"
+#include "host/scenario/window_commands.h"
 #include "host/scenario/world.h"
 #include "host/settings.h"
-#include "host/window_input.h"
+#include "host/window/dialog.h"
+#include "host/window/input.h"
+#include "host/window/menu_command.h"
+#include "host/window/title.h"
 #include "link/com_port.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
@@ -39,6 +43,8 @@ constexpr std::int64_t longest_wait_ms = 1'000'000'000;
 constexpr std::int64_t settle_ms = 60'000;
 constexpr std::int64_t await_ms = 5000;
 constexpr std::int64_t required = -1;
+constexpr std::int64_t most_id = 0xFFFF;  // of a menu item or a control
+constexpr std::int64_t least_pixel = -0x8000, most_pixel = 0x7FFF;
 
 constinit bool no_command_before = false;
 
@@ -70,9 +76,12 @@ void send(const Arguments& a) {
 
 void print_answers(const Arguments& /*a*/) { print_line("answers" + hex_of(take_answers())); }
 
-void port(const Arguments& a) { com_select(static_cast<int>(a.number), com_baud.load()); }
+void port(const Arguments& a) {
+    com_select(static_cast<int>(a.number), com_baud.load());
+    title_update();
+}
 
-void protocol(const Arguments& a) { choose_protocol(a.number != 0); }
+void protocol(const Arguments& a) { choose_framing(a.number != 0); }
 
 /// False, and told, in real time.
 bool has_simulated_line() {
@@ -121,6 +130,8 @@ void feed(const Arguments& a) {
     if (can_be_read(a.path)) start_feed_file(quoted(a.path));
 }
 
+void demo(const Arguments& /*a*/) { start_demo_feed(); }
+
 void touch(const Arguments& a) { press_glass({static_cast<int>(a.x), static_cast<int>(a.y)}); }
 
 void lift(const Arguments& /*a*/) { release_glass(); }
@@ -148,11 +159,6 @@ void print_backlight(const Arguments& /*a*/) {
 }
 
 void screen(const Arguments& a) { save_screen(a.path, a.shown); }
-
-void window(const Arguments& a) {
-    if (const std::string fault = write_window(a.path); !fault.empty())
-        report_fault(wrong_line, "can't write " + a.path + ": " + fault);
-}
 
 void expect_answers_now(const Arguments& a) { expect_answers(a.bytes); }
 
@@ -201,6 +207,11 @@ void line_absent(const Arguments& a) {
 constexpr Argument bytes{Take::bytes, 0, 0, required};
 constexpr Argument path{Take::path, 0, 0, required};
 constexpr Argument picture{Take::picture, 0, 0, required};
+constexpr Argument pbm_file{Take::file, 0, 0, required, ".pbm"};
+constexpr Argument bmp_file_name{Take::file, 0, 0, required, ".bmp"};
+constexpr Argument pixel{Take::pixel, least_pixel, most_pixel, required};
+constexpr Argument typed{Take::key, 0, 0, required};
+constexpr Argument control{Take::control, 0, most_id, 1};
 constexpr Argument png_file{Take::file, 0, 0, required, ".png"};
 constexpr Argument shown{Take::shown, 0, 0, required};
 constexpr Argument ms{Take::number, 0, longest_wait_ms, required};
@@ -230,21 +241,21 @@ constexpr ScenarioCommand commands[]{
     {"rts",            "",                                 {},                       print_rts},
     {"touch",          "X Y",                              {dot},                    touch},
     {"lift",           "",                                 {},                       lift},
-    {"mouse-down",     "PX PY"},
-    {"mouse-move",     "PX PY"},
-    {"mouse-up",       "PX PY"},
-    {"key",            "TEXT"},
-    {"menu",           "ID"},
-    {"drop",           "PATH PX PY"},
+    {"mouse-down",     "PX PY",                           {pixel},                 mouse_down_command},
+    {"mouse-move",     "PX PY",                           {pixel},                 mouse_move_command},
+    {"mouse-up",       "PX PY",                           {pixel},                 mouse_up_command},
+    {"key",            "TEXT",                            {typed},                 key_command},
+    {"menu",           "ID",                              {number(most_id)},       menu_item_command},
+    {"drop",           "PATH PX PY",                      {path, pixel},           drop_command},
     {"open",           "PATH [X Y]",                       {path, place},            open},
     {"feed",           "PATH",                             {path},                   feed},
-    {"demo",           ""},
+    {"demo",           "",                                {},                      demo},
     {"reset",          "[KIND]",                           {number_or(0, 3)},        reset},
     {"wait",           "MS",                               {ms},                     wait_ms},
     {"settle",         "[MS]",                             {ms_or_60000},            settle},
     {"time",           "",                                 {},                       print_time},
     {"screen",         "FILE [main or flash]",             {picture, shown},         screen},
-    {"window",         "FILE.png",                         {png_file},               window},
+    {"window",         "FILE.png",                        {png_file},              save_window_command},
     {"expect-answers", "BYTES",                            {bytes},                  expect_answers_now},
     {"expect-line",    "BYTES",                            {bytes},                  expect_line_now},
     {"expect-screen",  "FILE [main or flash]",             {picture, shown},         expect_screen_now},
@@ -253,19 +264,19 @@ constexpr ScenarioCommand commands[]{
     {"await-screen",   "FILE [main or flash] [within MS]", {picture, shown, within}, await_screen},
     {"ports",          "",                                {},                      print_ports},
     {"backlight",      "",                                {},                      print_backlight},
-    {"title",          ""},
+    {"title",          "",                                {},                      print_title},
     {"area-at",        "X Y",                              {dot},                    print_area_at},
     {"link",           "",                                 {},                      print_link},
     {"baud",           "",                                 {},                      print_baud},
     {"line-absent",    "0 or 1",                           {number(1)},             line_absent},
-    {"panel",          ""},
-    {"cursor",         ""},
-    {"dialog",         "CONTROL [VALUE] or close"},
-    {"clipboard",      "FILE.bmp"},
-    {"outline",        "FILE.pbm"},
-    {"geometry",       ""},
+    {"panel",          "",                                {},                      print_panel},
+    {"cursor",         "",                                {},                      print_cursor},
+    {"dialog",         "CONTROL [VALUE] or close",        {control},               dialog_command},
+    {"clipboard",      "FILE.bmp",                        {bmp_file_name},         save_clipboard_command},
+    {"outline",        "FILE.pbm",                        {pbm_file},              save_outline_command},
+    {"geometry",       "",                                {},                      print_geometry},
     {"setting",        "KEY",                              {setting_name},          print_setting},
-    {"mark",           "ID"},
+    {"mark",           "ID",                              {number(most_id)},       print_mark},
     {"bridge",         "NUMBER FIRST SECOND",             {three_hex},             bridge},
 };
 // clang-format on
@@ -307,6 +318,33 @@ std::string take_within(std::string_view& rest, const Argument& a, Arguments& in
     return take_number(rest, a.least, a.most, into.within_ms);
 }
 
+std::string take_key(std::string_view& rest, Arguments& into) {
+    rest = trimmed(rest);
+    if (rest.empty()) return "a key is missing";
+    into.quoted = rest.front() == '"';
+    if (!into.quoted) {
+        into.word = std::exchange(rest, {});
+        return {};
+    }
+    std::vector<std::uint8_t> text;
+    std::string fault = take_bytes(rest, text);
+    into.word.assign(text.begin(), text.end());
+    return fault;
+}
+
+std::string take_control(std::string_view& rest, const Argument& a, Arguments& into) {
+    into.number = dialog_close;
+    std::string_view ahead = rest;
+    if (take_word(ahead) == "close") {
+        rest = ahead;
+        return {};
+    }
+    into.value = a.otherwise;
+    std::string fault = take_number(rest, a.least, a.most, into.number);
+    if (!fault.empty() || trimmed(rest).empty()) return fault;
+    return take_number(rest, 0, slider_end, into.value);
+}
+
 std::string take_message(std::string_view& rest, BridgeMessage& message) {
     for (std::uint32_t* part :
          {&message.number, &message.parameters.first, &message.parameters.second})
@@ -346,6 +384,14 @@ std::string take_argument(std::string_view& rest, const Argument& a, Arguments& 
         std::string fault = take_number(rest, a.least, a.most, into.x);
         return fault.empty() ? take_number(rest, a.least, a.most, into.y) : fault;
     }
+    case Take::pixel: {
+        std::string fault = take_number(rest, a.least, a.most, into.x);
+        return fault.empty() ? take_number(rest, a.least, a.most, into.y) : fault;
+    }
+    case Take::key:
+        return take_key(rest, into);
+    case Take::control:
+        return take_control(rest, a, into);
     case Take::message:
         return take_message(rest, into.message);
     case Take::word:
@@ -387,10 +433,6 @@ void report_unknown(std::string_view name) {
 
 void run_command(const ScenarioCommand& command, std::string_view rest) {
     const std::string name(command.name);
-    if (command.run == nullptr) {
-        report_fault(wrong_line, in_quotes(name) + " is not available in this version");
-        return;
-    }
     Arguments values{};
     std::string fault;
     for (const Argument& a : command.arguments)

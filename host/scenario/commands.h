@@ -26,6 +26,9 @@ enum class Take : std::uint8_t {
     dot,      // X and Y of a dot on the glass
     place,    // X and Y as bytes, or nothing for 0, 0
     word,     // a name without blanks
+    pixel,    // PX and PY in the window, or beside it
+    key,      // a text in quotes, or the rest of the line
+    control,  // a control's number, and perhaps a value, or `close`
     message,  // NUMBER FIRST SECOND in hexadecimal
     within,   // `within MS` or nothing, then `otherwise`
 };
@@ -37,6 +40,9 @@ struct Argument {
     std::string_view ending{};
 };
 
+/// Arguments::number of `dialog close`.
+constexpr std::int64_t dialog_close = -1;
+
 constexpr std::size_t max_arguments = 3;
 
 /// The arguments of the running command.
@@ -47,6 +53,8 @@ struct Arguments {
     std::int64_t number;
     std::int64_t x, y;
     std::string word;
+    bool quoted;         // `word` stood in quotes
+    std::int64_t value;  // of a control, 1 if none was given
     std::int64_t within_ms;
     BridgeMessage message;
 };
@@ -55,7 +63,7 @@ struct ScenarioCommand {
     std::string_view name;
     std::string_view usage;  // the arguments as messages show them
     std::array<Argument, max_arguments> arguments{};
-    void (*run)(const Arguments&) = nullptr;  // nullptr: known, but not available yet
+    void (*run)(const Arguments&) = nullptr;
 };
 
 /// All commands, in the order of docs/scenarios.md.

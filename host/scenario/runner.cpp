@@ -34,11 +34,6 @@ constinit bool wants_input = false;
 constinit bool ended = false;
 constinit bool endless = false;  // there is no scenario, and the session goes on all the same
 
-void end_scenario() {
-    ended = true;
-    shutdown_requested.store(true);
-}
-
 /// Cuts the next line off `input`, with its end. False if it isn't all there yet.
 bool take_line(std::string& line) {
     // `searched` is at most the size, and 0 for an empty input.
@@ -118,6 +113,11 @@ void close_scenario() {
 }
 
 bool scenario_ended() { return ended; }
+
+void end_scenario() {
+    ended = true;
+    shutdown_requested.store(true);
+}
 
 void scenario_move_ended() {
     if (!first_move_made) {

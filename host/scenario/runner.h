@@ -19,6 +19,9 @@ void close_scenario();
 /// is set then.
 bool scenario_ended();
 
+/// Ends the scenario here, in order, as its last line does.
+void end_scenario();
+
 /// The end of a move of the clock. The first one runs the first commands; later ones test what the
 /// scenario waits for and run what comes behind it.
 void scenario_move_ended();

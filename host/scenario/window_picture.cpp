@@ -1,6 +1,7 @@
 #include "host/scenario/window_picture.h"
 
 #include "host/platform/shared/safe_file.h"
+#include "host/skin/dib.h"
 #include "host/skin/painting.h"
 #include "host/skin/view.h"
 
@@ -54,6 +55,10 @@ std::string write_outline(const std::string& path, const Outline& outline) {
     Bytes file(head.begin(), head.end());
     file.insert(file.end(), outline.rows.begin(), outline.rows.end());
     return replace_file(path, file, Backup::none);
+}
+
+std::string write_clipboard(const std::string& path, std::span<const std::uint8_t> dib) {
+    return replace_file(path, bmp_file(dib), Backup::none);
 }
 
 }  // namespace orvanel

@@ -4,6 +4,8 @@
 
 #include "host/skin/outline.h"
 
+#include <cstdint>
+#include <span>
 #include <string>
 
 namespace orvanel {
@@ -15,5 +17,9 @@ std::string write_window(const std::string& path);
 
 /// Writes the outline as a binary .pbm, a pixel of the window black. Result as above.
 std::string write_outline(const std::string& path, const Outline& outline);
+
+/// Writes a picture as the clipboard gets it (host/platform/window_system.h) as a .bmp. Result as
+/// above.
+std::string write_clipboard(const std::string& path, std::span<const std::uint8_t> dib);
 
 }  // namespace orvanel

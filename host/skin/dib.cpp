@@ -1,6 +1,7 @@
 #include "host/skin/dib.h"
 
 #include "firmware/core/bytes.h"
+#include "host/little_endian.h"
 
 #include <algorithm>
 #include <utility>
@@ -19,18 +20,6 @@ constexpr std::uint32_t pixels_per_metre = 5865;
 constexpr std::size_t at_size = 0, at_width = 4, at_height = 8, at_planes = 12, at_bits = 14,
                       at_compression = 16, at_x_per_metre = 24, at_y_per_metre = 28,
                       at_colours_used = 32;
-
-std::uint32_t le32(const std::vector<std::uint8_t>& bytes, std::size_t at) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 4; i-- > 0;)
-        value = value << 8 | bytes[at + i];
-    return value;
-}
-
-void put_le32(std::vector<std::uint8_t>& bytes, std::size_t at, std::uint32_t value) {
-    for (std::size_t i = 0; i < 4; ++i)
-        bytes[at + i] = low8(value >> 8 * i);
-}
 
 constexpr std::size_t rounded_to_4(std::size_t bytes) { return (bytes + 3) / 4 * 4; }
 
@@ -189,6 +178,18 @@ std::vector<std::uint8_t> dib_block(const Dib& display) {
                 words[i / 8].load(std::memory_order_relaxed) >> (56 - i % 8 * 8)));
     }
     return block;
+}
+
+std::vector<std::uint8_t> bmp_file(std::span<const std::uint8_t> block) {
+    constexpr std::size_t at_file_size = 2, at_rows = 10;
+    std::vector<std::uint8_t> file(file_header_size);
+    file[0] = 'B';
+    file[1] = 'M';
+    put_le32(file, at_file_size, static_cast<std::uint32_t>(file_header_size + block.size()));
+    put_le32(file, at_rows,
+             static_cast<std::uint32_t>(file_header_size + header_size + 2 * colour_size));
+    file.insert(file.end(), block.begin(), block.end());
+    return file;
 }
 
 }  // namespace orvanel

@@ -90,4 +90,7 @@ std::span<const std::atomic<std::uint64_t>> dot_row(const Dib& display, int y);
 /// colours, rows of `stride` bytes.
 std::vector<std::uint8_t> dib_block(const Dib& display);
 
+/// Such a block as a BMP file: behind a file header.
+std::vector<std::uint8_t> bmp_file(std::span<const std::uint8_t> block);
+
 }  // namespace orvanel

@@ -23,6 +23,8 @@ void clear_bits(std::span<std::uint8_t> row, int begin, int end) {
     }
 }
 
+}  // namespace
+
 Outline whole_window() {
     const int width = window_width();
     const int height = window_height();
@@ -33,8 +35,6 @@ Outline whole_window() {
                    static_cast<int>(stride) * 8);
     return outline;
 }
-
-}  // namespace
 
 Outline skin_outline() {
     const Dib& skin = *view_skin;

@@ -15,6 +15,9 @@ struct Outline {
     std::vector<std::uint8_t> rows;
 };
 
+/// The whole rectangle of the window.
+Outline whole_window();
+
 /// The outline of the present skin at the present zoom and rotation, in window pixels of the client
 /// area. With z window pixels a dot and s pixels of the skin a dot, pixel x, y of the skin takes
 /// away, if it has the key's index, the columns x * z / s to (x + 1) * z / s and the rows alike,

@@ -10,10 +10,6 @@ namespace {
 
 constinit const Dialog* opened = nullptr;
 
-bool has_control(const Dialog& dialog, int id) {
-    return std::ranges::any_of(dialog.controls, [id](const Control& c) { return c.id == id; });
-}
-
 }  // namespace
 
 void begin_dialog(const Dialog& dialog, std::optional<PixelPoint> at) {
@@ -30,6 +26,11 @@ void end_dialog() {
 }
 
 const Dialog* opened_dialog() { return opened; }
+
+bool has_control(const Dialog& dialog, int id) {
+    return id != 0 &&
+           std::ranges::any_of(dialog.controls, [id](const Control& c) { return c.id == id; });
+}
 
 int dialog_value(int control) { return opened == nullptr ? 0 : opened->value(control); }
 

@@ -53,6 +53,9 @@ void end_dialog();
 /// The open dialog, nullptr if there is none.
 const Dialog* opened_dialog();
 
+/// Whether a dialog has a control of that number.
+bool has_control(const Dialog& dialog, int id);
+
 /// What a control of the open dialog shows: 1 for the chosen radio button of a group, the slider's
 /// position, else 0.
 int dialog_value(int control);

@@ -5,7 +5,6 @@
 #include "host/host_calls.h"
 #include "host/painter.h"
 #include "host/platform/platform.h"
-#include "host/platform/window_system.h"
 #include "host/settings.h"
 
 #include <gtest/gtest.h>
@@ -50,8 +49,6 @@ void wake_main() {
     main_woken.notify_all();
 }
 void paint_window(PixelRect rect) { painted.push_back(rect); }
-void repaint_window() {}
-void set_fade_timer(bool /*runs*/) {}
 
 TEST(Painter, a_drawing_command_goes_on_when_its_rectangle_is_painted) {
     fresh_painter(2);

@@ -158,10 +158,8 @@ TEST(Settings, ports_name_what_stands_behind_them) {
 TEST(Settings, a_window_off_every_screen_comes_back) {
     const std::array screens{PixelRect{0, 0, 1920, 1080}, PixelRect{1920, 0, 3840, 1200}};
     const auto brought = [&screens](int x, int y) {
-        window_x = x;
-        window_y = y;
-        bring_window_back(screens, 300, 200);
-        return std::pair{window_x, window_y};
+        const PixelPoint place = brought_back({x, y}, 300, 200, screens);
+        return std::pair{place.x, place.y};
     };
     using Place = std::pair<int, int>;
     EXPECT_EQ(brought(-299, -199), Place(-299, -199)) << "a corner of it shows";

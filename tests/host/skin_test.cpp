@@ -2,13 +2,13 @@
 
 #include "firmware/core/backlight.h"
 #include "firmware/raster/refresh.h"
-#include "host/platform/window_system.h"
 #include "host/settings.h"
 #include "host/skin/lcd_colours.h"
 #include "host/skin/outline.h"
 #include "host/skin/painting.h"
 #include "host/skin/skin.h"
 #include "host/skin/view.h"
+#include "tests/support/fake_window.h"
 
 #include <gtest/gtest.h>
 
@@ -20,8 +20,6 @@
 namespace orvanel {
 
 namespace {
-
-Outline last_cut;
 
 using Frame = std::vector<std::uint32_t>;
 
@@ -107,20 +105,6 @@ class Skin : public testing::Test {
 };
 
 }  // namespace
-
-// The platform under test.
-void sleep_ms(int /*ms*/) {}
-void sleep_until_input(int /*ms*/) {}
-void wake_firmware() {}
-void wake_link() {}
-void wake_main() {}
-void spend_byte_time() {}
-bool on_main_thread() { return true; }
-void paint_window(PixelRect /*rect*/) {}
-void repaint_window() {}
-void set_fade_timer(bool /*runs*/) {}
-void show_window_frame() { last_cut = {}; }
-void cut_window(const Outline& outline) { last_cut = outline; }
 
 TEST_F(Skin, of_the_program_is_found_to_be_as_it_is_told) {
     EXPECT_EQ(builtin_skin().size(), 192632u);
@@ -242,6 +226,8 @@ TEST_F(Skin, is_cut_out_pixel_by_pixel) {
         for (const int zoom : {1, 2, 3}) {
             show(zoom, rotated);
             window_cut_to_skin();
+            ASSERT_TRUE(fake_window.outline);
+            const Outline& last_cut = *fake_window.outline;
             ASSERT_EQ(last_cut.width, window_width());
             ASSERT_EQ(last_cut.height, window_height());
             EXPECT_EQ(dib_colour(*view_skin, key_index), key_colour_cut);
@@ -265,7 +251,7 @@ TEST_F(Skin, is_cut_out_pixel_by_pixel) {
                         << x << ", " << y << " zoom " << zoom;
         }
     window_show_frame();
-    EXPECT_EQ(last_cut.width, 0);
+    EXPECT_FALSE(fake_window.outline);
     EXPECT_EQ(dib_colour(*view_skin, key_index), key_colour_framed);
 }
 

@@ -4,6 +4,7 @@
 #include "firmware/store/eeprom.h"
 #include "host/host_calls.h"
 #include "host/painter.h"
+#include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/window.h"
 #include "host/settings.h"
 #include "host/skin/view.h"
@@ -59,6 +60,7 @@ class Window : public testing::Test {
     void SetUp() override {
         shutdown_requested = false;  // of the run before
         view_zoom = 2;
+        show_frame = true;
         eeprom_reset_to(eeprom_small, {});
     }
 
@@ -77,7 +79,7 @@ void open_with(const std::string& bytes) {
     std::filesystem::remove(path);
 }
 
-QWidget* the_window() { return QApplication::topLevelWidgets().first(); }
+QWidget* the_window() { return main_window; }
 
 /// Runs the event loop until `ready`, for `generous` at most. True if it became ready.
 bool run_until(const std::function<bool()>& ready) {
@@ -129,15 +131,16 @@ TEST_F(Window, shows_what_the_feed_draws) {
     open_with(line_across);
     ASSERT_TRUE(run_until(all_read));
     run_for(milliseconds{50});
-    const QImage picture = the_window()->grab().toImage();
+    const QImage picture = glass->grab().toImage();
     close_window();
     ASSERT_EQ(picture.size(), QSize(584, 328));
     // The line's last dot is two by two pixels; its first is under the terminal's cursor.
-    const QPoint glass(74, 38);
+    const QPoint corner(74, 38);
     for (const QPoint set : {QPoint(478, 254), QPoint(479, 255)})
-        EXPECT_EQ(picture.pixel(glass + set), 0xFF000000 | dib_colour(*view_lcd, 1)) << set.x();
+        EXPECT_EQ(picture.pixel(corner + set), 0xFF000000 | dib_colour(*view_lcd, 1)) << set.x();
     for (const QPoint clear : {QPoint(479, 0), QPoint(0, 255), QPoint(479, 253)})
-        EXPECT_EQ(picture.pixel(glass + clear), 0xFF000000 | dib_colour(*view_lcd, 0)) << clear.x();
+        EXPECT_EQ(picture.pixel(corner + clear), 0xFF000000 | dib_colour(*view_lcd, 0))
+            << clear.x();
 }
 
 TEST_F(Window, a_hidden_window_does_not_hold_up_the_firmware) {

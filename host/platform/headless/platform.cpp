@@ -9,7 +9,6 @@
 #include "host/platform/headless/simulated_line.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/serial_line.h"
-#include "host/platform/window_system.h"
 #include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
@@ -115,7 +114,6 @@ void wake_main() {
 
 // Nobody looks. A scenario's pictures are made when it asks for them.
 void paint_window(PixelRect) {}
-void repaint_window() {}
 
 void set_fade_timer(bool runs) { next_fade_us = runs ? clock_us() + fade_step_us : never; }
 

@@ -4,6 +4,7 @@
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/wake.h"
+#include "host/program_life.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
 #include "host/scenario/waits.h"
@@ -83,6 +84,7 @@ std::string open_real_session() {
     start = steady_clock::now();
     next_window_timer_us = window_timer_us;
     start_module();
+    furnish_window("");
     return {};
 }
 

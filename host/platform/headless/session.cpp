@@ -10,6 +10,8 @@
 #include "host/platform/shared/start_port.h"
 #include "host/platform/shared/wake.h"
 #include "host/program_folder.h"
+#include "host/program_life.h"
+#include "host/scenario/memory_window.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
 #include "host/scenario/waits.h"
@@ -113,6 +115,10 @@ std::int32_t line_speed() {
 
 int run_session(const std::string& name) {
     const std::string no_view = prepare_view();
+    if (no_view.empty()) {
+        open_memory_window();
+        dress_window();
+    }
     const std::string fault = open_scenario(name);
     start_trace(trace_options);
     if (!no_view.empty())
@@ -123,6 +129,7 @@ int run_session(const std::string& name) {
         run_in_real_time();
     else {
         open_first_port();
+        furnish_window("");
         run_in_module_time();
     }
     close_scenario();

@@ -3,6 +3,7 @@
 #include "host/platform/shared/serial_line.h"
 #include "host/platform/shared/serial_name.h"
 #include "host/settings.h"
+#include "host/window/title.h"
 #include "link/com_port.h"
 #include "link/port.h"
 
@@ -45,6 +46,7 @@ std::string open_start_port(const std::string& serial) {
         unsaved_baud = com_baud.load();
     }
     com_select(port, com_baud.load());
+    title_update();
     if (by_option) unsaved_port = com_port.load();
     return com_port.load() == port ? "" : serial_fault;
 }

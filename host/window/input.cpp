@@ -1,10 +1,14 @@
-#include "host/window_input.h"
+#include "host/window/input.h"
 
 #include "firmware/core/draw_area.h"
+#include "firmware/touch/areas.h"
 #include "firmware/touch/tracking.h"
 #include "host/platform/platform.h"
+#include "host/platform/window_system.h"
 #include "host/settings.h"
 #include "host/skin/view.h"
+
+#include <optional>
 
 namespace orvanel {
 
@@ -46,10 +50,14 @@ void release_glass() {
 }
 
 void mouse_down(int px, int py) {
-    if (glass_hit(px, py)) press_glass(glass_to_module(px, py));
+    if (glass_hit(px, py))
+        press_glass(glass_to_module(px, py));
+    else
+        drag_window();
 }
 
 void mouse_move(int px, int py, bool left_down) {
+    cursor_update(px, py);
     if (!left_down) return;
     if (glass_hit(px, py))
         press_glass(glass_to_module(px, py));
@@ -59,6 +67,19 @@ void mouse_move(int px, int py, bool left_down) {
 
 void mouse_up(int px, int py) {
     if (glass_hit(px, py)) release_glass();
+}
+
+void right_mouse_down(int px, int py) { open_popup_menu({px, py}); }
+
+void cursor_update(int px, int py) {
+    if (!glass_hit(px, py)) return set_pointer(Pointer::move);
+    const auto [x, y] = glass_to_module(px, py);
+    set_pointer(touch_area_at(x, y) ? Pointer::hand : Pointer::arrow);
+}
+
+void cursor_look_again() {
+    if (!cursor_dirty.exchange(false)) return;
+    if (const std::optional<PixelPoint> at = pointer_position()) cursor_update(at->x, at->y);
 }
 
 }  // namespace orvanel

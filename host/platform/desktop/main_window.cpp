@@ -1,0 +1,222 @@
+#include "host/platform/desktop/main_window.h"
+
+#include "host/platform/desktop/menus.h"
+#include "host/platform/desktop/scale.h"
+#include "host/platform/desktop/text.h"
+#include "host/platform/window_system.h"
+#include "host/settings.h"
+#include "host/skin/view.h"
+#include "host/window_place.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QCursor>
+#include <QIcon>
+#include <QLayout>
+#include <QMenuBar>
+#include <QPixmap>
+#include <QScreen>
+#include <QWindow>
+
+#include <cmath>
+#include <optional>
+#include <vector>
+
+namespace orvanel {
+
+constinit MainWindow* main_window = nullptr;
+constinit Glass* glass = nullptr;
+
+namespace {
+
+// The shape that was asked for last. It is given to a window that has been shown: one that starts
+// without a frame comes out beside its place once it gets one.
+constinit bool is_on_top = false;
+constinit std::optional<Outline> outline{};  // none: the frame
+constinit bool shown = false;
+
+constexpr Qt::WindowFlags frame_flags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                        Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                                        Qt::WindowCloseButtonHint;
+
+qreal scale() { return glass->devicePixelRatioF(); }
+
+Qt::WindowFlags wanted_flags() {
+    Qt::WindowFlags flags = frame_flags;
+    if (outline) flags |= Qt::FramelessWindowHint;
+    if (is_on_top) flags |= Qt::WindowStaysOnTopHint;
+    return flags;
+}
+
+/// Changes the flags of the window as it stands. setWindowFlags would hide it and show it again,
+/// elsewhere and without the focus.
+void set_flags() {
+    main_window->overrideWindowFlags(wanted_flags());
+    if (QWindow* handle = main_window->windowHandle()) handle->setFlags(wanted_flags());
+}
+
+/// The mask counts from the window's own corner, above which the menu bar lies.
+void set_mask() {
+    if (!outline && main_window->mask().isEmpty()) return;
+    if (!outline) return main_window->clearMask();
+    const QBitmap of_glass = mask_of(*outline, scale());
+    main_window->setMask(QRegion(of_glass).translated(glass->mapTo(main_window, QPoint(0, 0))));
+}
+
+void take_shape() {
+    if (!shown) return;
+    set_flags();
+    set_mask();
+}
+
+void take_scale() {
+    screen_scale_percent = static_cast<int>(std::lround(scale() * 100));
+    QMenuBar* const bar = main_window->menuBar();
+    bar->setFixedHeight(whole_height(bar->sizeHint().height(), scale()));
+}
+
+/// The window has come to a screen of another scale.
+void change_scale() {
+    take_scale();
+    resize_window();
+    take_shape();
+}
+
+QIcon program_icon() {
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128, 256})
+        icon.addFile(QStringLiteral(":/icon/%1.png").arg(size));
+    return icon;
+}
+
+}  // namespace
+
+MainWindow::MainWindow() { setWindowFlags(frame_flags); }
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    keep_place();
+    QMainWindow::closeEvent(event);
+    QApplication::quit();  // the ports panel isn't to keep the program alive
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+    QMainWindow::paintEvent(event);
+    if (shown) return;
+    shown = true;
+    // Not within a paint.
+    if (outline || is_on_top) QMetaObject::invokeMethod(this, take_shape, Qt::QueuedConnection);
+}
+
+void make_main_window() {
+    shown = false;
+    outline.reset();
+    is_on_top = false;
+    main_window = new MainWindow;
+    main_window->setWindowIcon(program_icon());
+    glass = new Glass(main_window);
+    main_window->setCentralWidget(glass);
+    build_menus(*main_window);
+    main_window->layout()->setSizeConstraint(QLayout::SetFixedSize);
+    take_scale();
+    resize_window();
+    glass->setFocus();
+}
+
+bool can_place_windows() { return QGuiApplication::platformName() != "wayland"; }
+
+QPoint place_on_screen(QPoint at, QSize size) {
+    std::vector<PixelRect> screens;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QRect area = screen->geometry();
+        screens.push_back(
+            {area.left(), area.top(), area.left() + area.width(), area.top() + area.height()});
+    }
+    if (screens.empty()) return at;
+    const auto [x, y] = brought_back({at.x(), at.y()}, size.width(), size.height(), screens);
+    return {x, y};
+}
+
+void show_main_window() {
+    main_window->ensurePolished();
+    if (can_place_windows())
+        main_window->move(place_on_screen({window_x, window_y}, main_window->sizeHint()));
+    main_window->show();
+    QObject::connect(main_window->windowHandle(), &QWindow::screenChanged, main_window,
+                     change_scale);
+}
+
+/// Only here and not with each move: while a window manager takes it in, the frame is not yet
+/// known.
+void keep_place() {
+    if (!main_window->isVisible() || main_window->isMinimized() || !can_place_windows()) return;
+    const QPoint corner = main_window->frameGeometry().topLeft();
+    window_moved(corner.x(), corner.y());
+}
+
+void drop_main_window() {
+    delete main_window;
+    main_window = nullptr;
+    glass = nullptr;
+}
+
+// What window_system.h asks of the window.
+
+void repaint_window() { glass->update(); }
+
+void resize_window() {
+    glass->fit();
+    main_window->layout()->activate();
+    main_window->adjustSize();
+}
+
+void show_window_frame() {
+    outline.reset();
+    take_shape();
+}
+
+void cut_window(const Outline& shape) {
+    outline = shape;
+    take_shape();
+}
+
+void set_window_on_top(bool on) {
+    is_on_top = on;
+    take_shape();
+}
+
+void set_window_title(std::string_view title) { main_window->setWindowTitle(to_qt(title)); }
+
+void activate_window() {
+    if (main_window->isMinimized()) main_window->showNormal();
+    main_window->raise();
+    main_window->activateWindow();
+}
+
+void close_window_soon() {
+    QMetaObject::invokeMethod(main_window, &QWidget::close, Qt::QueuedConnection);
+}
+
+void drag_window() {
+    QWindow* const handle = main_window->windowHandle();
+    if (handle == nullptr || !handle->startSystemMove()) glass->drag_by_hand();
+}
+
+void set_pointer(Pointer pointer) {
+    switch (pointer) {
+    case Pointer::arrow:
+        return glass->setCursor(Qt::ArrowCursor);
+    case Pointer::move:
+        return glass->setCursor(QCursor(QPixmap(":/cursor/move.png"), 15, 15));
+    case Pointer::hand:
+        return glass->setCursor(QCursor(QPixmap(":/cursor/hand.png"), 9, 2));
+    }
+}
+
+std::optional<PixelPoint> pointer_position() {
+    // Wayland tells of the mouse only while it is over the window.
+    if (!can_place_windows() && !glass->underMouse()) return std::nullopt;
+    const QPoint at = window_pixel(glass->mapFromGlobal(QPointF(QCursor::pos())), scale());
+    return PixelPoint{at.x(), at.y()};
+}
+
+}  // namespace orvanel

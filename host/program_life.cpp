@@ -1,0 +1,29 @@
+#include "host/program_life.h"
+
+#include "host/picture_import.h"
+#include "host/platform/window_system.h"
+#include "host/ports_panel.h"
+#include "host/settings.h"
+#include "host/skin/outline.h"
+#include "host/window/menu.h"
+#include "host/window/title.h"
+
+namespace orvanel {
+
+void dress_window() {
+    title_update();
+    if (!show_frame) window_cut_to_skin();
+    set_pointer(Pointer::arrow);
+}
+
+void furnish_window(const std::string& file) {
+    if (ports_visible) ports_open();
+    menu_mark_view();
+    menu_mark_port();
+    menu_mark_baud();
+    menu_mark_switches();
+    if (!file.empty()) open_feed(file, 0, 0);
+    if (always_on_top) set_window_on_top(true);
+}
+
+}  // namespace orvanel
