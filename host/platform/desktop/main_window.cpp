@@ -22,6 +22,9 @@
 #include <optional>
 #include <vector>
 
+/// The pictures of data/art.qrc. Not within a namespace, or the toolkit doesn't find them.
+static void load_art() { Q_INIT_RESOURCE(art); }
+
 namespace orvanel {
 
 constinit MainWindow* main_window = nullptr;
@@ -108,6 +111,7 @@ void MainWindow::paintEvent(QPaintEvent* event) {
 }
 
 void make_main_window() {
+    load_art();
     shown = false;
     outline.reset();
     is_on_top = false;
@@ -208,7 +212,7 @@ void set_pointer(Pointer pointer) {
     case Pointer::move:
         return glass->setCursor(QCursor(QPixmap(":/cursor/move.png"), 15, 15));
     case Pointer::hand:
-        return glass->setCursor(QCursor(QPixmap(":/cursor/hand.png"), 9, 2));
+        return glass->setCursor(QCursor(QPixmap(":/cursor/hand.png"), 12, 4));
     }
 }
 
