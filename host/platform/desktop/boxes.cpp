@@ -69,6 +69,8 @@ class Builder {
     Builder(TableDialog& into, int focus) : dialog(into), focus_id(focus) {
         page = new QVBoxLayout(&dialog);
         page->setSizeConstraint(QLayout::SetFixedSize);
+        // Wide enough for the title and the buttons beside it.
+        page->addSpacerItem(new QSpacerItem(title_width(), 0));
     }
 
     Builder(const Builder&) = delete;
@@ -92,6 +94,11 @@ class Builder {
     }
 
   private:
+    int title_width() const {
+        constexpr int beside_title = 120;
+        return dialog.fontMetrics().horizontalAdvance(dialog.windowTitle()) + beside_title;
+    }
+
     void add_group(const Control& control) {
         if (groups == nullptr) {
             groups = new QHBoxLayout;
@@ -148,8 +155,8 @@ class Builder {
     void add_button(const Control& control) {
         if (buttons == nullptr) {
             buttons = new QHBoxLayout;
-            buttons->addStretch();
             page->addLayout(buttons);
+            page->setAlignment(buttons, Qt::AlignHCenter);
         }
         auto* const button = new QPushButton(to_qt(control.label));
         const int id = control.id;

@@ -16,10 +16,12 @@
 #include <QMenuBar>
 #include <QPixmap>
 #include <QScreen>
+#include <QTimer>
 #include <QWindow>
 
 #include <cmath>
 #include <optional>
+#include <utility>
 #include <vector>
 
 /// The pictures of data/art.qrc. Not within a namespace, or the toolkit doesn't find them.
@@ -37,6 +39,9 @@ namespace {
 constinit bool is_on_top = false;
 constinit std::optional<Outline> outline{};  // none: the frame
 constinit bool shown = false;
+constexpr int longest_reframing_ms = 500;
+constinit std::optional<QPoint> client_wanted{};  // while the window manager changes the frame
+constinit QPoint frame_corner{};  // of the frame, from the client area; of the last frame there was
 
 constexpr Qt::WindowFlags frame_flags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                         Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
@@ -66,10 +71,27 @@ void set_mask() {
     main_window->setMask(QRegion(of_glass).translated(glass->mapTo(main_window, QPoint(0, 0))));
 }
 
+bool has_frame() { return !main_window->windowFlags().testFlag(Qt::FramelessWindowHint); }
+
+/// Looks where the frame's corner lies. Of one that has just come back the toolkit doesn't know.
+void learn_frame() {
+    const QPoint corner =
+        main_window->frameGeometry().topLeft() - main_window->geometry().topLeft();
+    if (has_frame() && !corner.isNull()) frame_corner = corner;
+}
+
+/// A window manager that takes the frame away or gives it keeps the corner of the whole, and the
+/// module on the screen moves by the frame's size. As soon as that happens it is moved back.
 void take_shape() {
     if (!shown) return;
+    const QPoint client = main_window->geometry().topLeft();
+    learn_frame();
+    const bool had_frame = has_frame();
     set_flags();
     set_mask();
+    if (has_frame() == had_frame || !can_place_windows()) return;
+    client_wanted = client;
+    QTimer::singleShot(longest_reframing_ms, main_window, [] { client_wanted.reset(); });
 }
 
 void take_scale() {
@@ -100,6 +122,12 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     keep_place();
     QMainWindow::closeEvent(event);
     QApplication::quit();  // the ports panel isn't to keep the program alive
+}
+
+void MainWindow::moveEvent(QMoveEvent* event) {
+    QMainWindow::moveEvent(event);
+    if (!client_wanted || geometry().topLeft() == *client_wanted) return;
+    windowHandle()->setPosition(*std::exchange(client_wanted, std::nullopt));
 }
 
 void MainWindow::paintEvent(QPaintEvent* event) {
@@ -153,7 +181,9 @@ void show_main_window() {
 /// known.
 void keep_place() {
     if (!main_window->isVisible() || main_window->isMinimized() || !can_place_windows()) return;
-    const QPoint corner = main_window->frameGeometry().topLeft();
+    learn_frame();
+    // A cut window's place is that of the frame which it would have.
+    const QPoint corner = main_window->geometry().topLeft() + frame_corner;
     window_moved(corner.x(), corner.y());
 }
 

@@ -5,11 +5,10 @@
 #include "host/ports_panel.h"
 
 #include <QCloseEvent>
+#include <QGroupBox>
 #include <QImage>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QStyle>
-#include <QStyleOptionGroupBox>
 
 #include <algorithm>
 #include <cstddef>
@@ -20,7 +19,7 @@ namespace orvanel {
 namespace {
 
 constexpr int panel_width = 164, panel_height = 62;
-constexpr QRect frame_area(4, 2, panel_width - 8, panel_height - 6);
+constexpr QRect frame_area(4, 0, panel_width - 8, panel_height - 4);
 
 // The number below each light.
 constexpr int lights = 7;
@@ -32,16 +31,10 @@ struct Light {
     QImage image;
 };
 
-class Panel final : public QWidget {
+/// The lights and their numbers, above the frame.
+class Lights final : public QWidget {
   public:
-    explicit Panel(QWidget* parent)
-        : QWidget(parent, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                              Qt::WindowCloseButtonHint | Qt::WindowDoesNotAcceptFocus) {
-        setAttribute(Qt::WA_ShowWithoutActivating);
-        setAttribute(Qt::WA_QuitOnClose, false);
-        setWindowTitle(QStringLiteral("OUT-Ports"));
-        setFixedSize(panel_width, panel_height);
-    }
+    using QWidget::QWidget;
 
     void draw(QPoint at, const QImage& image) {
         const auto found = std::ranges::find(drawn, at, &Light::at);
@@ -52,20 +45,9 @@ class Panel final : public QWidget {
         update(QRect(at, image.size()));
     }
 
-    void keep_corner() const {
-        const QPoint corner = frameGeometry().topLeft();
-        if (isVisible() && can_place_windows()) ports_moved(corner.x(), corner.y());
-    }
-
   protected:
     void paintEvent(QPaintEvent* /*event*/) override {
         QPainter painter(this);
-        QStyleOptionGroupBox frame;
-        frame.initFrom(this);
-        frame.rect = frame_area;
-        frame.text = QStringLiteral("output");
-        frame.subControls = QStyle::SC_GroupBoxFrame | QStyle::SC_GroupBoxLabel;
-        style()->drawComplexControl(QStyle::CC_GroupBox, &frame, &painter, this);
         for (int i = 0; i < lights; ++i)
             painter.drawText(
                 QRect(first_light_x + light_distance * i, number_top, led_size, number_height),
@@ -75,6 +57,33 @@ class Panel final : public QWidget {
             painter.drawImage(light.at, light.image);
     }
 
+  private:
+    std::vector<Light> drawn;
+};
+
+class Panel final : public QWidget {
+  public:
+    explicit Panel(QWidget* parent)
+        : QWidget(parent, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                              Qt::WindowCloseButtonHint | Qt::WindowDoesNotAcceptFocus) {
+        setAttribute(Qt::WA_ShowWithoutActivating);
+        setAttribute(Qt::WA_QuitOnClose, false);
+        setWindowTitle(QStringLiteral("OUT-Ports"));
+        setFixedSize(panel_width, panel_height);
+        auto* const frame = new QGroupBox(QStringLiteral("output"), this);
+        frame->setGeometry(frame_area);
+        lights_above = new Lights(this);
+        lights_above->setGeometry(rect());
+    }
+
+    void draw(QPoint at, const QImage& image) { lights_above->draw(at, image); }
+
+    void keep_corner() const {
+        const QPoint corner = frameGeometry().topLeft();
+        if (isVisible() && can_place_windows()) ports_moved(corner.x(), corner.y());
+    }
+
+  protected:
     /// The rules close it.
     void closeEvent(QCloseEvent* event) override {
         event->ignore();
@@ -82,7 +91,7 @@ class Panel final : public QWidget {
     }
 
   private:
-    std::vector<Light> drawn;
+    Lights* lights_above;
 };
 
 constinit Panel* panel = nullptr;
