@@ -149,8 +149,9 @@ std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t
     const std::string_view word = take_word(rest);
     const std::string range = std::to_string(least) + " to " + std::to_string(most);
     if (word.empty()) return "a number is missing, " + range;
-    const bool digits = word.find_first_not_of("0123456789") == std::string_view::npos;
-    if (!digits) return in_quotes(word) + " is no number, " + range;
+    const std::string_view digits = word.substr(least < 0 && word.starts_with('-') ? 1 : 0);
+    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
+        return in_quotes(word) + " is no number, " + range;
     const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), value);
     if (fault != std::errc{} || value < least || value > most)
         return printable(word) + " is outside " + range;

@@ -24,7 +24,7 @@ std::string take_bytes(std::string_view& rest, std::vector<std::uint8_t>& bytes)
 /// A word, or anything between double quotes, in which a backslash is a backslash.
 std::string take_path(std::string_view& rest, std::string& path);
 
-/// A decimal number of least..most.
+/// A decimal number of least..most, with a minus sign only where least is below 0.
 std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t most,
                         std::int64_t& value);
 

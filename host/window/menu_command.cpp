@@ -51,7 +51,7 @@ void fit_window() {
 
 void choose_zoom(int zoom) {
     if (zoom == view_zoom) return;
-    view_zoom = zoom;
+    set_view_zoom(zoom);
     menu_mark_view();
     fit_window();
 }
