@@ -115,6 +115,18 @@ TEST_F(ScenarioProgram, the_window_timer_goes_before_the_scenario) {
     EXPECT_EQ(printed("feed feed\nsettle\ntime"), "time 125\n");
 }
 
+TEST_F(ScenarioProgram, opens_pictures_and_takes_the_messages_of_a_companion) {
+    put("wide.blh", "\xF1\x01" + std::string(31, '\xFF'));
+    put("dot.blh", "\x01\x01\x80");
+    EXPECT_EQ(printed("open wide.blh\nopen dot.blh 10 20\nsettle\nbridge 406 481B 0A140A55\n"
+                      "bridge 401 14 0\nsettle\nbridge 414 0 0\nbridge 418 0 0\nbridge 418 0 0\n"
+                      "bridge 41E 0 0\nopen dot.blh 256",
+                      2),
+              "message \"Error: HD Orvanel42 simulator\" \"The Picture is to big (max. 240x128 "
+              "dots) !\"\nbridge 0\nbridge 0\nbridge 8\nbridge A4C551B\nbridge 80010114\n"
+              "bridge FFFFFFFF\n");
+}
+
 TEST_F(ScenarioProgram, settle_looks_a_last_time_at_its_end) {
     EXPECT_EQ(printed("settle 20\ntime"), "time 25\n");
     EXPECT_EQ(printed("send 78\nsettle 20\ntime", 3), "time 25\n");

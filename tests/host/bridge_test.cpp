@@ -1,0 +1,133 @@
+// The messages of the companion and of a second start, without what carries them.
+
+#include "firmware/store/macro.h"
+#include "host/bridge.h"
+#include "link/feeds.h"
+#include "link/pipes.h"
+#include "link/port.h"
+#include "tests/support/fake_platform.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+std::uint32_t send(std::uint32_t number, std::uint32_t first = 0, std::uint32_t second = 0) {
+    return bridge_message({number, {first, second}});
+}
+
+class Bridge : public testing::Test {
+  protected:
+    void SetUp() override {
+        fresh_platform();
+        power_on_pipes();
+        stop_feed();
+        com_port.store(0);
+        companion_gone();
+        activate_terminal();
+        while (key_ring_get() >= 0) {
+        }
+    }
+};
+
+}  // namespace
+
+TEST_F(Bridge, bytes_for_the_module_end_an_automatic_macro) {
+    auto_macro_mode.store(1);
+    EXPECT_EQ(send(0x403, 0x4341, 0x42), 0U);
+    EXPECT_EQ(auto_macro_mode.load(), 0);
+    for (const char c : {'A', 'B', 'C'})
+        EXPECT_EQ(rx_pipe_get(), c);
+    EXPECT_EQ(rx_pipe_get(), -1);
+    for (const std::uint32_t unknown : {0U, 0x400U, 0x407U, 0x409U, 0x411U, 0x429U, 0xFFFFFFFFU})
+        EXPECT_EQ(send(unknown, 0x4341, 0x42), 0U);
+    EXPECT_EQ(rx_count(), 0);
+}
+
+TEST_F(Bridge, packing_and_unpacking_agree_and_the_number_says_how_many) {
+    const std::vector<std::uint8_t> bytes{0x80, 0x91, 0xA2, 0xB3, 0xC4, 0xD5};
+    const BridgeParameters packed = bridge_pack(bytes);
+    EXPECT_EQ(packed.first, 0x0000A280U);
+    EXPECT_EQ(packed.second, 0xD5C4B391U);
+    for (int n = 0; n <= 6; ++n) {
+        const auto back = bridge_unpack(packed, n);
+        EXPECT_TRUE(std::equal(bytes.begin(), bytes.begin() + n, back.begin())) << n;
+        EXPECT_EQ(back[static_cast<std::size_t>(n)], 0) << n;
+    }
+    std::vector<std::uint32_t> numbers;
+    for (const BridgeMessage& message : bridge_name_messages("thirteen.char"))
+        numbers.push_back(message.number);
+    EXPECT_EQ(numbers, (std::vector<std::uint32_t>{0x40A, 0x410, 0x410, 0x40B}));
+}
+
+TEST_F(Bridge, answers_come_packed_and_missing_bytes_as_ff) {
+    tx_pipe_put_text("\x11\x22\x33\x44\x55");
+    EXPECT_EQ(send(0x414), 5U);
+    EXPECT_EQ(send(0x418), 0x44332211U);
+    EXPECT_EQ(send(0x417), 0x00FFFF55U);
+}
+
+TEST_F(Bridge, the_status_word_leaves_the_answers_to_a_chosen_port) {
+    send(0x428);
+    tx_pipe_put('x');
+    key_ring_put('a');
+    EXPECT_EQ(send(0x414), 0x01000001U);
+    com_port.store(1);
+    EXPECT_EQ(send(0x414), 0x01000000U);
+    com_port.store(0);
+}
+
+TEST_F(Bridge, typed_bytes_are_kept_for_a_companion_that_was_seen) {
+    key_ring_put('a');
+    EXPECT_EQ(send(0x41E), 0xFFFFFFFFU);
+    EXPECT_EQ(send(0x428), 1U);
+    for (int i = 0; i < key_ring_size + 1; ++i)
+        key_ring_put(static_cast<std::uint8_t>(i));
+    EXPECT_EQ(send(0x414) >> 24, 64U) << "what finds no room is dropped";
+    for (std::uint32_t i = 0; i < key_ring_size; ++i)
+        EXPECT_EQ(send(0x41E), i);
+    EXPECT_EQ(send(0x41E), 0xFFFFFFFFU);
+    companion_gone();
+    key_ring_put('b');
+    EXPECT_EQ(send(0x41E), 'b') << "nobody has looked for it yet";
+    EXPECT_FALSE(activate_terminal());
+    key_ring_put('c');
+    EXPECT_EQ(send(0x41E), 0xFFFFFFFFU);
+}
+
+TEST_F(Bridge, names_are_put_together_cleared_and_bounded) {
+    const std::string path = testing::TempDir() + "bridge" + std::to_string(getpid());
+    const auto open_as = [](const std::string& name) {
+        for (const BridgeMessage& message : bridge_open_messages(name))
+            bridge_message(message);
+    };
+    // A bitmap of no dots: seven bytes as a picture, two as a stream.
+    std::ofstream(path, std::ios::binary) << std::string(2, '\0');
+    open_as(path);
+    EXPECT_EQ(feed_left(), 7);
+    send(0x40A, 1);
+    EXPECT_EQ(feed_left(), 2) << "the same name, unchanged";
+    open_as('"' + path + '"');
+    EXPECT_EQ(feed_left(), 7);
+    const std::string longest = "/" + std::string(253 - path.size(), '/') + path;
+    stop_feed();
+    open_as(longest + "x");
+    EXPECT_EQ(feed_left(), 0) << "no such file";
+    open_as("/" + longest);
+    EXPECT_EQ(feed_left(), 7) << "255 bytes fit";
+    send(0x40A, 0);
+    open_as("//" + longest);
+    send(0x40A, 1);
+    EXPECT_EQ(feed_left(), 7) << "256 don't, and nothing is opened, nothing closed";
+    std::filesystem::remove(path);
+}
+
+}  // namespace orvanel
