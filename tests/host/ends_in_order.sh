@@ -2,7 +2,9 @@
 # The window program ends in order on a signal: ends_in_order.sh PROGRAM
 set -euo pipefail
 
-"$1" &
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+"$1" --dir "$folder" &
 program=$!
 # It catches SIGTERM (bit 14) once it has begun.
 until caught=$(sed -n 's/^SigCgt:[[:space:]]*//p' "/proc/$program/status") &&

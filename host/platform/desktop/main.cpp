@@ -3,6 +3,8 @@
 #include "firmware/store/eeprom.h"
 #include "host/image_file.h"
 #include "host/platform/desktop/window.h"
+#include "host/platform/shared/instance.h"
+#include "host/platform/shared/instance_client.h"
 #include "host/platform/shared/process.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/start_port.h"
@@ -13,8 +15,10 @@
 #include <CLI/CLI.hpp>
 #include <QApplication>
 #include <QMessageBox>
+#include <QSocketNotifier>
 #include <QString>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -22,6 +26,7 @@
 #include <fstream>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -29,12 +34,16 @@ namespace {
 constexpr int failed = 1;
 constexpr int wrong_command_line = 2;
 
+constexpr int most_tries = 100;  // to reach a program that has the folder but doesn't answer yet
+constexpr std::chrono::milliseconds between_tries{50};
+
 struct Options {
     std::string file;
     std::string folder;
     std::string image;
-    int mem_kib = 32;
+    int mem_kib = 0;  // 0: not given
     std::string serial;
+    bool new_instance = false;
 };
 
 /// Empty if the file can be read, else what is wrong with it.
@@ -51,14 +60,19 @@ void add_options(CLI::App& app, Options& options) {
         ->check(unreadable);
     auto* folder = app.add_option("--dir", options.folder,
                                   "Keep the settings and the EEPROM image in DIR, as simulator.ini "
-                                  "and Orvanel42.bin; without it neither is kept");
+                                  "and Orvanel42.bin, not in the program's own folder");
     folder->option_text("DIR");
-    app.add_option("--image", options.image, "Load FILE as the EEPROM image")
+    app.add_flag("--new-instance", options.new_instance,
+                 "Never hand FILE to the program that runs in DIR already: be another one, or fail")
+        ->needs(folder);
+    app.add_option("--image", options.image,
+                   "Load FILE as the EEPROM image; neither it nor the settings are kept")
         ->excludes(folder)
         ->option_text("FILE")
         ->check(unreadable);
     app.add_option("--mem", options.mem_kib,
-                   "EEPROM size in KiB, 32 if not given; with --dir the setting memKB decides")
+                   "EEPROM size in KiB, with nothing kept as with --image; else the setting memKB "
+                   "decides")
         ->excludes(folder)
         ->option_text("32|64")
         ->check(CLI::IsMember({32, 64}));
@@ -70,6 +84,37 @@ void add_options(CLI::App& app, Options& options) {
         ->option_text("LINE")
         ->check(orvanel::serial_option_fault);
     app.set_version_flag("--version", "orvanel42 " ORVANEL_VERSION);
+}
+
+/// The folder to live in; empty if nothing is to be kept.
+std::string folder_of(const Options& options) {
+    if (!options.folder.empty()) return options.folder;
+    return options.image.empty() && options.mem_kib == 0 ? orvanel::own_folder() : "";
+}
+
+/// One program for each folder: this one, or the one that runs there already gets the file, as an
+/// absolute path. The result is below 0 if it is this one, else the status to end with.
+int claim_folder(const Options& options) {
+    using namespace orvanel;
+    const std::string file =
+        options.file.empty() ? "" : std::filesystem::absolute(options.file).string();
+    std::string fault;
+    // One that is starting takes no messages yet, and one that is ending takes none any more.
+    for (int tries = 0; tries < most_tries; ++tries) {
+        const FolderLock lock = lock_folder(options.folder, fault);
+        if (lock == FolderLock::taken) return -1;
+        if (lock == FolderLock::failed || options.new_instance) break;
+        std::string refusal;
+        const HandOver result = hand_over(options.folder, file, refusal);
+        if (result == HandOver::done) return EXIT_SUCCESS;
+        if (result == HandOver::failed) {
+            fault = refusal;
+            break;
+        }
+        std::this_thread::sleep_for(between_tries);
+    }
+    std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    return wrong_command_line;
 }
 
 /// Settings and image of the folder; without one the defaults, and the image of the command line or
@@ -97,15 +142,33 @@ constinit bool event_loop_runs = false;
 /// order and all is saved all the same; there is no window for a message.
 void on_exit() {
     if (!event_loop_runs) return;
+    orvanel::close_instance();
     orvanel::stop_module();
     save_memory();
+}
+
+/// The event loop, with messages of others for as long as it runs.
+int run_event_loop() {
+    const std::string fault = orvanel::open_instance(true);
+    if (!fault.empty())
+        std::fprintf(stderr, "orvanel42: no companion can connect: %s\n", fault.c_str());
+    QSocketNotifier messages(QSocketNotifier::Read);
+    if (orvanel::instance_fd() >= 0) {
+        messages.setSocket(orvanel::instance_fd());
+        messages.setEnabled(true);
+    }
+    QObject::connect(&messages, &QSocketNotifier::activated, &messages, orvanel::serve_instance);
+    const int status = QApplication::exec();
+    messages.setEnabled(false);
+    orvanel::close_instance();
+    return status;
 }
 
 /// The event loop from its start to its end, with what has to be saved behind it.
 int run_window() {
     event_loop_runs = true;
     std::atexit(on_exit);
-    const int status = QApplication::exec();
+    const int status = run_event_loop();
     event_loop_runs = false;
     orvanel::close_window();
     const std::vector<std::string> faults = save_memory();
@@ -147,6 +210,13 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? EXIT_SUCCESS : wrong_command_line;
     }
+    options.folder = folder_of(options);
+    if (options.folder.empty() && options.image.empty() && options.mem_kib == 0) {
+        std::fputs("orvanel42: there is no folder to live in; name one with --dir\n", stderr);
+        return wrong_command_line;
+    }
+    const int status = options.folder.empty() ? -1 : claim_folder(options);
+    if (status >= 0) return status;
     if (const std::string fault = load_memory(options); !fault.empty()) {
         std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
         return wrong_command_line;

@@ -6,6 +6,7 @@
 #include "host/platform/headless/jobs.h"
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"
+#include "host/platform/shared/instance.h"
 #include "host/platform/shared/process.h"
 #include "host/platform/shared/start_port.h"
 #include "host/program_folder.h"
@@ -31,6 +32,14 @@ std::string load_memory(const Options& options) {
     return options.image.empty() ? "" : load_image(options.image, size);
 }
 
+/// A folder is for one program at a time.
+std::string lock_and_load(const Options& options) {
+    std::string fault;
+    if (!options.folder.empty() && lock_folder(options.folder, fault) != FolderLock::taken)
+        return fault;
+    return load_memory(options);
+}
+
 int run(int argc, char** argv) {
     Options options;
     if (const int status = parse_options(argc, argv, options); status >= 0) return status;
@@ -41,7 +50,7 @@ int run(int argc, char** argv) {
         print_line(text);
         return fault_status();
     }
-    if (const std::string fault = load_memory(options); !fault.empty()) {
+    if (const std::string fault = lock_and_load(options); !fault.empty()) {
         std::fprintf(stderr, "orvanel42-headless: error: %s\n", fault.c_str());
         return wrong_line;
     }

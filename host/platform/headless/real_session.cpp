@@ -2,6 +2,7 @@
 
 #include "host/main_requests.h"
 #include "host/platform/headless/session.h"
+#include "host/platform/shared/instance.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/wake.h"
 #include "host/program_life.h"
@@ -16,6 +17,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 
 namespace orvanel {
 
@@ -85,13 +87,15 @@ std::string open_real_session() {
     next_window_timer_us = window_timer_us;
     start_module();
     furnish_window("");
+    if (const std::string fault = open_instance(false); !fault.empty())
+        std::fprintf(stderr, "orvanel42-headless: no companion can connect: %s\n", fault.c_str());
     return {};
 }
 
 void turn_real_session() {
     const int input = scenario_wants_input() ? scenario_input_fd() : -1;
-    std::array<pollfd, 3> fds{pollfd{main_wake, POLLIN, 0}, pollfd{end_signals_fd(), POLLIN, 0},
-                              pollfd{input, POLLIN, 0}};
+    std::array<pollfd, 4> fds{pollfd{main_wake, POLLIN, 0}, pollfd{end_signals_fd(), POLLIN, 0},
+                              pollfd{input, POLLIN, 0}, pollfd{instance_fd(), POLLIN, 0}};
     if (poll(fds.data(), fds.size(), turn_ms()) < 0) return;
     if (fds[0].revents != 0) {
         take_wake(main_wake);
@@ -101,11 +105,13 @@ void turn_real_session() {
     serve_window_timer();
     if (real_clock_us() >= next_fade_us) serve_fade_step();
     if (fds[2].revents != 0) scenario_input_ready();
+    if (fds[3].revents != 0) serve_instance();
     if (real_clock_us() >= scenario_due_us()) scenario_due();
     if (firmware_moves.load(std::memory_order_acquire)) scenario_move_ended();
 }
 
 void close_real_session() {
+    close_instance();
     stop_module();
     close_real_time();
     close_wake(main_wake);

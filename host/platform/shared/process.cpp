@@ -1,10 +1,33 @@
 #include "host/platform/shared/process.h"
 
+#include "host/program_dir.h"
+
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 namespace orvanel {
+
+namespace {
+
+std::string variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+}  // namespace
+
+std::string own_folder() {
+    std::error_code unknown;
+    const std::string program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    const std::string folder = unknown ? "" : find_program_dir(program, "/");
+    if (!folder.empty() && access(folder.c_str(), W_OK) == 0) return folder;
+    return find_data_dir(variable("XDG_DATA_HOME"), variable("HOME"));
+}
 
 void prepare_process() {
     constexpr int standard_descriptors = 3;

@@ -2,7 +2,13 @@
 
 #pragma once
 
+#include <string>
+
 namespace orvanel {
+
+/// The folder that a program lives in if the user names none: its own, or where that can't be
+/// written the one in the user's data folder. Empty if there is neither.
+std::string own_folder();
 
 /// Makes faults of files and pipes come back as such, where the system would end the process for
 /// them; and fills the descriptors 0, 1 and 2 that are closed, so that no file of ours becomes

@@ -1,0 +1,177 @@
+#include "host/platform/shared/instance_client.h"
+
+#include "firmware/core/bytes.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::size_t longest_lock = 4096;
+constexpr Patience hand_over_patience{5000, -1};
+
+std::string system_message() { return std::generic_category().message(errno); }
+
+/// The start of a plain file, without ever waiting for it.
+std::string start_of(const std::string& path) {
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return {};
+    struct stat what {};
+    std::string text(longest_lock, '\0');
+    const bool plain = fstat(fd, &what) == 0 && S_ISREG(what.st_mode);
+    const ssize_t n = plain ? read(fd, text.data(), text.size()) : 0;
+    close(fd);
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
+    return text;
+}
+
+/// Waits until the connection is ready for `events`. False if the patience has ended.
+bool wait_for(int connection, short events, Patience patience) {
+    std::array<pollfd, 2> fds{pollfd{connection, events, 0}, pollfd{patience.stop_fd, POLLIN, 0}};
+    int n = 0;
+    do
+        n = poll(fds.data(), fds.size(), patience.ms);
+    while (n < 0 && errno == EINTR);
+    return n > 0 && fds[1].revents == 0;
+}
+
+bool send_all(int connection, std::span<const std::uint8_t> bytes, Patience patience) {
+    while (!bytes.empty()) {
+        if (!wait_for(connection, POLLOUT, patience)) return false;
+        const ssize_t n = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (n < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+        if (n <= 0) return false;
+        bytes = bytes.subspan(static_cast<std::size_t>(n));
+    }
+    return true;
+}
+
+bool receive_all(int connection, std::span<std::uint8_t> bytes, Patience patience) {
+    while (!bytes.empty()) {
+        if (!wait_for(connection, POLLIN, patience)) return false;
+        const ssize_t n = recv(connection, bytes.data(), bytes.size(), MSG_DONTWAIT);
+        if (n < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+        if (n <= 0) return false;
+        bytes = bytes.subspan(static_cast<std::size_t>(n));
+    }
+    return true;
+}
+
+std::uint32_t word_of(std::span<const std::uint8_t> bytes) {
+    return std::uint32_t{le16(bytes[0], bytes[1])} | std::uint32_t{le16(bytes[2], bytes[3])} << 16;
+}
+
+}  // namespace
+
+std::string lock_path(const std::string& folder) { return folder + "/Orvanel42.lock"; }
+
+LockContent read_lock(const std::string& folder) {
+    const std::string text = start_of(lock_path(folder));
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string rest = text.substr(std::min(end + 1, text.size()));
+    return {text.substr(0, end), rest.substr(0, rest.find('\n'))};
+}
+
+bool peer_is_trusted(int connection) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    if (getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return false;
+    return peer.uid == geteuid() || peer.uid == 0;
+}
+
+int connect_to_instance(const std::string& folder, std::string& fault) {
+    const std::string path = read_lock(folder).socket;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    fault = "no program that takes messages runs in " + folder;
+    if (path.empty() || path.size() >= sizeof address.sun_path) return -1;
+    std::memcpy(address.sun_path, path.data(), path.size());
+    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (connection < 0) {
+        fault = system_message();
+        return -1;
+    }
+    if (connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+        fault = peer_is_trusted(connection) ? "" : path + " belongs to another user";
+        if (fault.empty()) return connection;
+    }
+    close(connection);
+    return -1;
+}
+
+std::array<std::uint8_t, message_size> message_bytes(BridgeMessage message) {
+    std::array<std::uint8_t, message_size> bytes{};
+    std::size_t at = 0;
+    for (const std::uint32_t word :
+         {message.number, message.parameters.first, message.parameters.second})
+        for (int shift = 0; shift < 32; shift += 8)
+            bytes[at++] = low8(word >> shift);
+    return bytes;
+}
+
+BridgeMessage message_of(std::span<const std::uint8_t> bytes) {
+    return {word_of(bytes), {word_of(bytes.subspan(4)), word_of(bytes.subspan(8))}};
+}
+
+bool ask_instance(int connection, std::span<const BridgeMessage> messages,
+                  std::span<std::uint32_t> answers, Patience patience) {
+    // So many at once that neither side ever waits for the other to read.
+    constexpr std::size_t most_at_once = 64;
+    std::fill(answers.begin(), answers.end(), 0U);
+    while (!messages.empty()) {
+        const std::size_t n = std::min(messages.size(), most_at_once);
+        std::vector<std::uint8_t> bytes;
+        for (const BridgeMessage& message : messages.first(n)) {
+            const auto packed = message_bytes(message);
+            bytes.insert(bytes.end(), packed.begin(), packed.end());
+        }
+        if (!send_all(connection, bytes, patience)) return false;
+        for (std::size_t i = 0; i < n; ++i) {
+            std::array<std::uint8_t, answer_size> answer{};
+            if (!receive_all(connection, answer, patience)) return false;
+            answers[i] = word_of(answer);
+        }
+        messages = messages.subspan(n);
+        answers = answers.subspan(n);
+    }
+    return true;
+}
+
+HandOver hand_over(const std::string& folder, const std::string& file, std::string& fault) {
+    const int connection = connect_to_instance(folder, fault);
+    if (connection < 0) return HandOver::nobody;
+    std::vector<BridgeMessage> messages{{instance_activate, {0, 0}}};
+    if (!file.empty() && file.size() <= longest_name)
+        for (const BridgeMessage& message : bridge_open_messages(file))
+            messages.push_back(message);
+    std::vector<std::uint32_t> answers(messages.size());
+    // Only a program with a window takes over what was meant for one.
+    bool done = ask_instance(connection, std::span(messages).first(1), answers, hand_over_patience);
+    const bool has_window = done && answers[0] != 0;
+    if (has_window) done = ask_instance(connection, messages, answers, hand_over_patience);
+    close(connection);
+    if (!done) return HandOver::nobody;
+    if (!has_window)
+        fault = folder + " is in use by a program without a window (process " +
+                read_lock(folder).process + ")";
+    else if (file.size() > longest_name)
+        fault = "the path is too long to be handed to the program that runs already, " +
+                std::to_string(longest_name) + " bytes at most: " + file;
+    else
+        return HandOver::done;
+    return HandOver::failed;
+}
+
+}  // namespace orvanel

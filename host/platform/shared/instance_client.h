@@ -1,0 +1,61 @@
+// instance_client.h: the way to the program that runs in a folder: its lock file says where its
+// socket is, and the socket carries the messages of host/bridge.h. docs/formats.md, "Companion".
+
+#pragma once
+
+#include "host/bridge_packing.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace orvanel {
+
+constexpr std::size_t message_size = 12;  // number, first, second, low byte first
+constexpr std::size_t answer_size = 4;    // to each message
+
+/// A message of the carrier itself: brings the window to the front. The answer is 1, or 0 if the
+/// program has none.
+constexpr std::uint32_t instance_activate = 0x400;
+
+/// The lock file of a folder, and what a program that has it writes there: the path of its socket
+/// (empty for none) and the number of its process, a line each.
+std::string lock_path(const std::string& folder);
+struct LockContent {
+    std::string socket;
+    std::string process;
+};
+LockContent read_lock(const std::string& folder);
+
+/// Connects to the program that runs in the folder. The result is a connection, or
+/// -1 and `fault` says why: nobody is there, or it is a program of another user.
+int connect_to_instance(const std::string& folder, std::string& fault);
+
+/// How long ask_instance waits for the other side.
+struct Patience {
+    int ms;       // for each step, -1 for ever
+    int stop_fd;  // it gives up when this becomes readable; -1 none
+};
+
+/// Sends messages and takes their answers, so many of each. False if the connection has ended or
+/// the patience; the answers that came first stand in `answers`, and the others are 0.
+bool ask_instance(int connection, std::span<const BridgeMessage> messages,
+                  std::span<std::uint32_t> answers, Patience patience);
+
+/// The bytes of a message, and back.
+std::array<std::uint8_t, message_size> message_bytes(BridgeMessage message);
+BridgeMessage message_of(std::span<const std::uint8_t> bytes);
+
+/// The user at the other end of a connection is this one, or the system's administrator.
+bool peer_is_trusted(int connection);
+
+/// What came of a second start.
+enum class HandOver : std::uint8_t { done, nobody, failed };
+
+/// Brings the window of the program that runs in the folder to the front and has it open the file,
+/// an absolute path or empty for none. `nobody`: no program answers there. `failed`: it has no
+/// window, or can't take the name; `fault` says which.
+HandOver hand_over(const std::string& folder, const std::string& file, std::string& fault);
+
+}  // namespace orvanel

@@ -1,0 +1,19 @@
+// program_dir.h: where a program lives if the user names no folder.
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orvanel {
+
+/// The folder of a program, with a slash at its end, by the path that it was started with:
+/// absolute, or from the present folder, as a bare name too. A path in double quotes ends at the
+/// second one.
+std::string find_program_dir(std::string_view program, std::string_view present_folder);
+
+/// The folder of this program in the user's data folder, by what XDG_DATA_HOME and HOME say (empty
+/// if they aren't set; the former counts only as an absolute path). Empty if neither helps.
+std::string find_data_dir(std::string_view data_home, std::string_view home);
+
+}  // namespace orvanel
