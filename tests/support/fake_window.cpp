@@ -1,6 +1,5 @@
 #include "tests/support/fake_window.h"
 
-#include "host/main_requests.h"
 #include "host/platform/platform.h"
 #include "host/platform/window_system.h"
 
@@ -33,7 +32,7 @@ void draw_led(int /*window*/, PixelPoint /*at*/, std::span<const std::uint32_t> 
 
 // The main thread's part of platform.h.
 void set_fade_timer(bool /*runs*/) {}
-void open_message_box(std::string_view /*caption*/, std::string_view /*text*/) { message_closed(); }
+void open_message_box(std::string_view /*caption*/, std::string_view /*text*/) {}
 void sound_beep() {}
 
 }  // namespace orvanel
