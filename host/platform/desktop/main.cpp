@@ -2,6 +2,7 @@
 
 #include "firmware/store/eeprom.h"
 #include "host/image_file.h"
+#include "host/platform/desktop/companions.h"
 #include "host/platform/desktop/window.h"
 #include "host/platform/shared/instance.h"
 #include "host/platform/shared/instance_client.h"
@@ -11,6 +12,7 @@
 #include "host/program_folder.h"
 #include "host/settings.h"
 #include "host/skin/view.h"
+#include "host/window/menu_command.h"
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
@@ -189,9 +191,6 @@ void on_qt_message(QtMsgType type, const QMessageLogContext& /*context*/, const 
 /// Sets what Qt reads from the environment, as far as the user hasn't. False if there is no
 /// display to open a window on.
 bool prepare_display() {
-    // A dot is a whole number of device pixels.
-    if (!qEnvironmentVariableIsSet("QT_ENABLE_HIGHDPI_SCALING"))
-        qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return true;
     if (!qEnvironmentVariableIsEmpty("DISPLAY")) {
         // Wherever X is to be had it goes first: it lets a window choose its place.
@@ -235,6 +234,7 @@ int run(int argc, char** argv) {
         std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
         return failed;
     }
+    orvanel::set_companions(orvanel::help_page(), orvanel::terminal_command(options.folder));
     if (!orvanel::open_window(options.file, options.serial)) {
         std::fputs("orvanel42: no file descriptor left\n", stderr);
         return failed;

@@ -17,6 +17,7 @@
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
 #include "host/skin/view.h"
+#include "host/window/menu_command.h"
 #include "link/feeds.h"
 #include "link/port.h"
 
@@ -117,6 +118,7 @@ int run_session(const std::string& name) {
     const std::string no_view = prepare_view();
     if (no_view.empty()) {
         open_memory_window();
+        set_companions("manual/index.html", "orvanel42-terminal");
         dress_window();
     }
     const std::string fault = open_scenario(name);
