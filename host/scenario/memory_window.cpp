@@ -14,7 +14,7 @@
 
 namespace orvanel {
 
-constinit MemoryWindow memory_window{};
+MemoryWindow memory_window{};
 
 void open_memory_window() {
     memory_window = {};

@@ -29,7 +29,8 @@ Outline whole_window() {
     const int width = window_width();
     const int height = window_height();
     const auto stride = static_cast<std::size_t>(width + 7) / 8;
-    Outline outline{width, height, std::vector<std::uint8_t>(stride * height, 0xFF)};
+    Outline outline{width, height, {}};
+    outline.rows.assign(stride * static_cast<std::size_t>(height), 0xFF);
     for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y)
         clear_bits(std::span(outline.rows).subspan(y * stride, stride), width,
                    static_cast<int>(stride) * 8);
@@ -53,8 +54,8 @@ Outline skin_outline() {
                 const int begin = x;
                 while (x < columns && pixels[static_cast<std::size_t>(x)] == key_index)
                     ++x;
-                clear_bits(std::span(outline.rows).subspan(row * stride, stride), column(begin),
-                           column(x));
+                const std::size_t at = static_cast<std::size_t>(row) * stride;
+                clear_bits(std::span(outline.rows).subspan(at, stride), column(begin), column(x));
             }
     }
     return outline;

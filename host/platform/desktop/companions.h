@@ -12,8 +12,8 @@ namespace orvanel {
 std::string help_page();
 
 /// The command that starts the companion for the module that lives in `folder`: Glasterm if it lies
-/// beside this program, else orvanel42-terminal in the desktop's terminal program. Words with blanks
-/// stand in double quotes.
+/// beside this program, else orvanel42-terminal in the desktop's terminal program. Words with
+/// blanks stand in double quotes.
 std::string terminal_command(const std::string& folder);
 
 }  // namespace orvanel
