@@ -182,13 +182,13 @@ std::vector<std::uint8_t> dib_block(const Dib& display) {
 
 std::vector<std::uint8_t> bmp_file(std::span<const std::uint8_t> block) {
     constexpr std::size_t at_file_size = 2, at_rows = 10;
-    std::vector<std::uint8_t> file(file_header_size);
+    std::vector<std::uint8_t> file(file_header_size + block.size());
     file[0] = 'B';
     file[1] = 'M';
-    put_le32(file, at_file_size, static_cast<std::uint32_t>(file_header_size + block.size()));
+    put_le32(file, at_file_size, static_cast<std::uint32_t>(file.size()));
     put_le32(file, at_rows,
              static_cast<std::uint32_t>(file_header_size + header_size + 2 * colour_size));
-    file.insert(file.end(), block.begin(), block.end());
+    std::copy(block.begin(), block.end(), file.begin() + file_header_size);
     return file;
 }
 

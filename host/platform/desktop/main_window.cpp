@@ -21,7 +21,6 @@
 
 #include <cmath>
 #include <optional>
-#include <utility>
 #include <vector>
 
 /// The pictures of data/art.qrc. Not within a namespace, or the toolkit doesn't find them.
@@ -40,7 +39,8 @@ constinit bool is_on_top = false;
 constinit std::optional<Outline> outline{};  // none: the frame
 constinit bool shown = false;
 constexpr int longest_reframing_ms = 500;
-constinit std::optional<QPoint> client_wanted{};  // while the window manager changes the frame
+constinit bool is_reframed = false;  // the window manager may be about to change the frame
+constinit QPoint client_wanted{};    // where the client area stays meanwhile
 constinit QPoint frame_corner{};  // of the frame, from the client area; of the last frame there was
 
 constexpr Qt::WindowFlags frame_flags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
@@ -90,8 +90,9 @@ void take_shape() {
     set_flags();
     set_mask();
     if (has_frame() == had_frame || !can_place_windows()) return;
+    is_reframed = true;
     client_wanted = client;
-    QTimer::singleShot(longest_reframing_ms, main_window, [] { client_wanted.reset(); });
+    QTimer::singleShot(longest_reframing_ms, main_window, [] { is_reframed = false; });
 }
 
 void take_scale() {
@@ -126,8 +127,9 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::moveEvent(QMoveEvent* event) {
     QMainWindow::moveEvent(event);
-    if (!client_wanted || geometry().topLeft() == *client_wanted) return;
-    windowHandle()->setPosition(*std::exchange(client_wanted, std::nullopt));
+    if (!is_reframed || geometry().topLeft() == client_wanted) return;
+    is_reframed = false;
+    windowHandle()->setPosition(client_wanted);
 }
 
 void MainWindow::paintEvent(QPaintEvent* event) {
