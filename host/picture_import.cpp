@@ -5,6 +5,7 @@
 #include "firmware/raster/blit.h"
 #include "host/files.h"
 #include "host/host_calls.h"
+#include "host/window/boxes.h"
 #include "host/window/input.h"
 #include "link/feeds.h"
 
@@ -146,7 +147,7 @@ void open_feed(std::string_view path, int x, int y) {
 }
 
 void drop_file(std::string_view path, int px, int py) {
-    if (feed_left() > 0) return;
+    if (put_off_drop(path, px, py) || feed_left() > 0) return;
     if (!glass_hit(px, py)) return open_feed(path, 0, 0);
     const ModuleDot dot = glass_to_module(px, py);
     open_feed(path, dot.x + 1, dot.y + 1);

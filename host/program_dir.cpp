@@ -34,4 +34,10 @@ std::string find_data_dir(std::string_view data_home, std::string_view home) {
     return home.starts_with('/') ? std::string(home) + "/.local/share/orvanel42/" : "";
 }
 
+std::string choose_program_dir(std::string_view folder, bool writable, std::string_view data_home,
+                               std::string_view home) {
+    const bool own = !folder.empty() && writable && !folder.starts_with("/usr/");
+    return own ? std::string(folder) : find_data_dir(data_home, home);
+}
+
 }  // namespace orvanel

@@ -4,6 +4,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/raster/blit.h"
 #include "host/picture_import.h"
+#include "host/window/boxes.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
 #include "tests/support/fake_platform.h"
@@ -213,6 +214,11 @@ TEST_F(Import, a_dropped_picture_lands_one_dot_off_and_waits_for_no_feed) {
     const Bytes off_glass = all_of_rx();
     EXPECT_EQ(off_glass.size(), 39U) << "the second drop came while the first ran";
     EXPECT_EQ(off_glass[3], 0);
+    box_opened();
+    drop_file(path, -1, -1);
+    EXPECT_EQ(feed_left(), 0) << "a box is open";
+    box_closed();
+    EXPECT_EQ(feed_left(), 39);
 }
 
 }  // namespace orvanel

@@ -25,8 +25,8 @@ std::string own_folder() {
     std::error_code unknown;
     const std::string program = std::filesystem::read_symlink("/proc/self/exe", unknown);
     const std::string folder = unknown ? "" : find_program_dir(program, "/");
-    if (!folder.empty() && access(folder.c_str(), W_OK) == 0) return folder;
-    return find_data_dir(variable("XDG_DATA_HOME"), variable("HOME"));
+    const bool writable = access(folder.c_str(), W_OK) == 0;
+    return choose_program_dir(folder, writable, variable("XDG_DATA_HOME"), variable("HOME"));
 }
 
 void prepare_process() {
