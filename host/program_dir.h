@@ -17,8 +17,8 @@ std::string find_program_dir(std::string_view program, std::string_view present_
 std::string find_data_dir(std::string_view data_home, std::string_view home);
 
 /// The folder that a program lives in: its own, unless that can't be written or is one of the
-/// system's (/usr and below), where even who may write keeps no settings; then, or if it isn't known
-/// (empty), the one in the user's data folder.
+/// system's (/usr and below), where even who may write keeps no settings; then, or if it isn't
+/// known (empty), the one in the user's data folder.
 std::string choose_program_dir(std::string_view folder, bool writable, std::string_view data_home,
                                std::string_view home);
 
