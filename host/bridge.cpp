@@ -3,6 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/store/macro.h"
 #include "host/picture_import.h"
+#include "host/platform/window_system.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
 #include "link/port.h"
@@ -15,8 +16,9 @@ namespace {
 
 constexpr std::uint32_t most_sent = bridge_send + bridge_piece;
 
-constinit bool terminal_known = false;  // typed bytes are kept
-constinit bool terminal_there = false;  // it hasn't gone since
+constinit bool terminal_known = false;        // typed bytes are kept
+constinit bool terminal_there = false;        // it hasn't gone since
+constinit std::uint32_t terminal_window = 0;  // its number, 0 if it has none
 
 constinit std::array<char, longest_name + 1> open_name{};
 constinit std::size_t open_name_length = 0;
@@ -68,11 +70,18 @@ std::uint32_t take_bytes_packed(std::uint32_t n) {
     return packed;
 }
 
+void show_terminal_window() {
+    if (terminal_window != 0) activate_other_window(terminal_window);
+}
+
 }  // namespace
 
 std::uint32_t bridge_message(BridgeMessage message) {
     const auto [number, parameters] = message;
-    if (makes_companion(number)) terminal_known = terminal_there = true;
+    if (makes_companion(number)) {
+        terminal_known = terminal_there = true;
+        terminal_window = parameters.second;
+    }
     if (number > bridge_send && number <= most_sent) {
         const auto bytes = bridge_unpack(parameters, static_cast<int>(number - bridge_send));
         auto_macro_mode.store(0);
@@ -88,7 +97,9 @@ std::uint32_t bridge_message(BridgeMessage message) {
     if (number > bridge_status && number <= bridge_take_last)
         return take_bytes_packed(number - bridge_status);
     if (number == bridge_take_key) return static_cast<std::uint32_t>(key_ring_get());
-    return number == bridge_introduce ? 1 : 0;
+    if (number != bridge_introduce) return 0;
+    show_terminal_window();
+    return 1;
 }
 
 bool makes_companion(std::uint32_t number) {
@@ -99,6 +110,7 @@ void companion_gone() { terminal_there = false; }
 
 bool activate_terminal() {
     terminal_known = terminal_there;
+    if (terminal_there) show_terminal_window();
     return terminal_there;
 }
 

@@ -91,6 +91,10 @@ void ask_for_file();
 /// 40 bytes of header, colours, rows.
 void set_clipboard(std::span<const std::uint8_t> dib);
 
+/// Brings the window of another program to the foreground, by the number that the window system
+/// knows it by. Nothing where windows have no such numbers, or no window has this one.
+void activate_other_window(std::uint32_t number);
+
 /// Starts another program; a failure is silent.
 void start_program(const std::string& command);
 

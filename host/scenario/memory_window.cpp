@@ -69,6 +69,8 @@ void set_window_title(std::string_view title) { memory_window.title = title; }
 
 void activate_window() {}
 
+void activate_other_window(std::uint32_t /*number*/) {}
+
 void close_window_soon() { end_scenario(); }
 
 void drag_window() { memory_window.dragged_at = memory_window.mouse; }

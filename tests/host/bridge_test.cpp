@@ -6,6 +6,7 @@
 #include "link/pipes.h"
 #include "link/port.h"
 #include "tests/support/fake_platform.h"
+#include "tests/support/fake_window.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -28,6 +29,7 @@ class Bridge : public testing::Test {
   protected:
     void SetUp() override {
         fresh_platform();
+        fake_window = {};
         power_on_pipes();
         stop_feed();
         com_port.store(0);
@@ -101,6 +103,18 @@ TEST_F(Bridge, typed_bytes_are_kept_for_a_companion_that_was_seen) {
     EXPECT_FALSE(activate_terminal());
     key_ring_put('c');
     EXPECT_EQ(send(0x41E), 0xFFFFFFFFU);
+}
+
+TEST_F(Bridge, the_companions_window_comes_to_the_front_when_asked) {
+    send(0x414, 0, 7);
+    EXPECT_EQ(fake_window.activated, 0U);
+    EXPECT_TRUE(activate_terminal());
+    EXPECT_EQ(fake_window.activated, 7U);
+    send(0x428, 0, 8);
+    EXPECT_EQ(fake_window.activated, 8U);
+    send(0x428);
+    EXPECT_EQ(fake_window.activated, 8U) << "one without a window";
+    EXPECT_TRUE(activate_terminal());
 }
 
 TEST_F(Bridge, names_are_put_together_cleared_and_bounded) {

@@ -14,6 +14,7 @@ void cut_window(const Outline& outline) { fake_window.outline = outline; }
 void set_window_on_top(bool /*on*/) {}
 void set_window_title(std::string_view title) { fake_window.title = title; }
 void activate_window() {}
+void activate_other_window(std::uint32_t number) { fake_window.activated = number; }
 void close_window_soon() {}
 void drag_window() {}
 void set_pointer(Pointer /*pointer*/) {}

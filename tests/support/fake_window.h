@@ -5,6 +5,7 @@
 
 #include "host/skin/outline.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -13,6 +14,7 @@ namespace orvanel {
 struct FakeWindow {
     std::optional<Outline> outline;  // none with a frame
     std::string title;
+    std::uint32_t activated;  // the number of another program's window, 0 for none
 };
 extern FakeWindow fake_window;
 

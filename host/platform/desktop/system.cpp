@@ -12,8 +12,12 @@
 #include <QProcess>
 #include <QUrl>
 
+#include <array>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <vector>
+#include <xcb/xcb.h>
 
 namespace orvanel {
 
@@ -21,6 +25,34 @@ void set_clipboard(std::span<const std::uint8_t> dib) {
     const std::vector<std::uint8_t> file = bmp_file(dib);
     const QImage picture = QImage::fromData(file.data(), static_cast<int>(file.size()), "BMP");
     if (!picture.isNull()) QApplication::clipboard()->setImage(picture);
+}
+
+void activate_other_window(std::uint32_t number) {
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 == nullptr) return;
+    xcb_connection_t* display = x11->connection();
+    const QByteArray name = "_NET_ACTIVE_WINDOW";
+    xcb_intern_atom_reply_t* atom = xcb_intern_atom_reply(
+        display,
+        xcb_intern_atom(display, 0, static_cast<std::uint16_t>(name.size()), name.constData()),
+        nullptr);
+    if (atom == nullptr) return;
+    xcb_client_message_event_t wish{};
+    wish.response_type = XCB_CLIENT_MESSAGE;
+    wish.format = 32;
+    wish.window = number;
+    wish.type = atom->atom;
+    // The user has asked for it, as in a task bar: not a window that pushes itself to the front.
+    wish.data.data32[0] = 2;
+    std::free(atom);
+    std::array<char, 32> bytes{};  // the length of every event
+    static_assert(sizeof wish == bytes.size());
+    std::memcpy(bytes.data(), &wish, bytes.size());
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(display)).data;
+    xcb_send_event(display, 0, screen->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   bytes.data());
+    xcb_flush(display);
 }
 
 void start_program(const std::string& command) {
