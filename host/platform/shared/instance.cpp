@@ -111,7 +111,7 @@ std::string socket_name() {
 std::string choose_socket_path() {
     const char* run_time = std::getenv("XDG_RUNTIME_DIR");
     if (run_time != nullptr && run_time[0] == '/' && is_private_folder(run_time)) {
-        const std::string path = run_time + socket_name();
+        std::string path = run_time + socket_name();
         if (path.size() < sizeof(sockaddr_un::sun_path)) return path;
     }
     const std::string folder = "/tmp/orvanel42-" + std::to_string(geteuid());
@@ -306,7 +306,7 @@ std::string open_instance(bool has_window) {
     rest_timer = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
     if (epoll_fd < 0 || !bind_listener(path) || !watch(listener, listener_event) ||
         !watch(rest_timer, rest_event)) {
-        const std::string fault = path + ": " + system_message();
+        std::string fault = path + ": " + system_message();
         close_instance();
         return fault;
     }

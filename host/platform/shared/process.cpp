@@ -21,6 +21,8 @@ std::string variable(const char* name) {
 
 }  // namespace
 
+std::string data_folder() { return find_data_dir(variable("XDG_DATA_HOME"), variable("HOME")); }
+
 std::string own_folder() {
     std::error_code unknown;
     const std::string program = std::filesystem::read_symlink("/proc/self/exe", unknown);

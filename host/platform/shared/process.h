@@ -10,6 +10,9 @@ namespace orvanel {
 /// written the one in the user's data folder. Empty if there is neither.
 std::string own_folder();
 
+/// The folder of ours in the user's data folder, which need not be there. Empty if there is none.
+std::string data_folder();
+
 /// Makes faults of files and pipes come back as such, where the system would end the process for
 /// them; and fills the descriptors 0, 1 and 2 that are closed, so that no file of ours becomes
 /// standard input or output: reading finds the end, writing fails. The first call of main.

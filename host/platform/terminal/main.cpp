@@ -42,7 +42,7 @@ std::string bytes_fault(const std::string& text) {
 void add_options(CLI::App& app, Options& options) {
     app.add_option("--dir", options.folder,
                    "The folder of the running program; without it the one that orvanel42 lives in "
-                   "without --dir")
+                   "without --dir, or else the one in the user's data folder")
         ->option_text("DIR");
     app.add_option("--send", options.send,
                    "Send BYTES: pairs of hexadecimal digits and texts in double quotes, as '1B "
@@ -70,6 +70,17 @@ void add_options(CLI::App& app, Options& options) {
         "open its answers go there, and none come here.");
 }
 
+/// Connects to the module in the folder; without one to that in the programs' own folder, or else
+/// in the user's data folder. -1 and `fault` if there is none.
+int connect_to_module(std::string& folder, std::string& fault) {
+    using namespace orvanel;
+    if (!folder.empty()) return connect_to_instance(folder, fault);
+    folder = own_folder();
+    const int connection = connect_to_instance(folder, fault);
+    std::string ignored;
+    return connection >= 0 ? connection : connect_to_instance(data_folder(), ignored);
+}
+
 int run(int argc, char** argv) {
     using namespace orvanel;
     Options options;
@@ -81,7 +92,6 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? EXIT_SUCCESS : wrong_command_line;
     }
-    if (options.folder.empty()) options.folder = own_folder();
     Talk talk{};
     for (const std::string& text : options.send) {
         std::string_view rest = text;
@@ -94,7 +104,7 @@ int run(int argc, char** argv) {
         return failed;
     }
     std::string fault;
-    talk.connection = connect_to_instance(options.folder, fault);
+    talk.connection = connect_to_module(options.folder, fault);
     if (talk.connection < 0) {
         std::fprintf(stderr, "orvanel42-terminal: %s\n", fault.c_str());
         return failed;
@@ -104,6 +114,8 @@ int run(int argc, char** argv) {
     talk.ends_when_quiet = options.answers || isatty(STDIN_FILENO) == 0;
     talk.quiet_ms = options.quiet_ms;
     talk.hex = options.hex;
+    if (talk.takes_input && isatty(STDIN_FILENO) != 0)
+        std::fputs("What you type goes to the module. Ctrl+C ends.\n", stderr);
     switch (run_talk(talk)) {
     case TalkEnd::done:
         return EXIT_SUCCESS;
