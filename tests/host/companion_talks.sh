@@ -83,7 +83,7 @@ wait "$talk"
 talk=$!
 until_it asks --send ''
 kill -KILL "$running"
-wait "$running" || true
+{ wait "$running" || true; } 2>last  # the shell tells of it
 status=0
 wait "$talk" || status=$?
 [ "$status" = 1 ]
