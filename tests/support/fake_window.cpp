@@ -1,7 +1,6 @@
 #include "tests/support/fake_window.h"
 
 #include "host/platform/platform.h"
-#include "host/platform/window_system.h"
 
 namespace orvanel {
 
@@ -29,7 +28,9 @@ void start_program(const std::string& /*command*/) {}
 void show_help(const std::string& /*path*/) {}
 bool open_ports_panel(PixelPoint /*at*/) { return true; }
 void close_ports_panel() {}
-void draw_led(int /*window*/, PixelPoint /*at*/, std::span<const std::uint32_t> /*pixels*/) {}
+void draw_led(int window, PixelPoint at, std::span<const std::uint32_t> pixels) {
+    fake_window.lights.push_back({window, at, {pixels.begin(), pixels.end()}});
+}
 
 // The main thread's part of platform.h.
 void set_fade_timer(bool /*runs*/) {}

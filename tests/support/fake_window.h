@@ -3,18 +3,28 @@
 
 #pragma once
 
+#include "host/platform/window_system.h"
 #include "host/skin/outline.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvanel {
+
+/// A light as it was drawn.
+struct DrawnLight {
+    int window;
+    PixelPoint at;
+    std::vector<std::uint32_t> pixels;
+};
 
 struct FakeWindow {
     std::optional<Outline> outline;  // none with a frame
     std::string title;
-    std::uint32_t activated;  // the number of another program's window, 0 for none
+    std::uint32_t activated;         // the number of another program's window, 0 for none
+    std::vector<DrawnLight> lights;  // all that were drawn, the last one last
 };
 extern FakeWindow fake_window;
 
