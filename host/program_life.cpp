@@ -1,14 +1,30 @@
 #include "host/program_life.h"
 
+#include "host/demo.h"
 #include "host/picture_import.h"
 #include "host/platform/window_system.h"
 #include "host/ports_panel.h"
 #include "host/settings.h"
 #include "host/skin/outline.h"
+#include "host/skin/skin.h"
+#include "host/skin/view.h"
 #include "host/window/menu.h"
 #include "host/window/title.h"
 
+#include <new>
+
 namespace orvanel {
+
+bool built_in_data_is_whole() { return !builtin_skin().empty() && demo_is_whole(); }
+
+std::string prepare_skin() {
+    try {
+        const std::string fault = prepare_view();
+        return fault.empty() ? "" : "Error: " + fault;
+    } catch (const std::bad_alloc&) {
+        return "Error: not enough memory";
+    }
+}
 
 void dress_window() {
     title_update();

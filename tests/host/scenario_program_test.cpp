@@ -371,6 +371,21 @@ TEST_F(ScenarioProgram, lives_in_a_folder_and_saves_image_and_settings) {
         << "without the option the folder means nothing";
 }
 
+TEST_F(ScenarioProgram, a_first_start_plays_the_demo_and_keeps_what_it_programs) {
+    std::filesystem::create_directory(folder / "kept");
+    put("kept/simulator.ini", "[Orvanel42]\niopvisible=1\n");
+    put("a.scn", "panel\nmark 250\nsettle\n");
+    EXPECT_EQ(run({"--dir", "kept", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("out"), "panel 1 0 0 0 0 0 0 0\nmark 250 1\n");
+    EXPECT_EQ(get("kept/Orvanel42.bin").size(), 32768u);
+    EXPECT_TRUE(get("kept/simulator.ini").find("iopvisible=1") != std::string::npos);
+
+    put("a.scn", "demo\nsettle\npanel\n");
+    EXPECT_EQ(run({"--save-image", "demo.bin", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("out"), "panel 0\n");
+    EXPECT_TRUE(get("demo.bin") == get("kept/Orvanel42.bin"));
+}
+
 TEST_F(ScenarioProgram, tells_what_the_folder_refuses) {
     std::filesystem::create_directories(folder / "kept/simulator.ini");
     put("a.scn", "time\n");

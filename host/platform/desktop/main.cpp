@@ -10,8 +10,8 @@
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/start_port.h"
 #include "host/program_folder.h"
+#include "host/program_life.h"
 #include "host/settings.h"
-#include "host/skin/view.h"
 #include "host/window/menu_command.h"
 
 #include <CLI/CLI.hpp>
@@ -200,6 +200,12 @@ bool prepare_display() {
     return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
+void tell_start_fault(const std::string& fault) {
+    const std::string caption{orvanel::start_fault_caption};
+    std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    QMessageBox::critical(nullptr, QString::fromStdString(caption), QString::fromStdString(fault));
+}
+
 int run(int argc, char** argv) {
     Options options;
     CLI::App app{"Simulator of the HD Orvanel42 display module, in a window", "orvanel42"};
@@ -216,6 +222,7 @@ int run(int argc, char** argv) {
     }
     const int status = options.folder.empty() ? -1 : claim_folder(options);
     if (status >= 0) return status;
+    if (!orvanel::built_in_data_is_whole()) return EXIT_SUCCESS;
     if (const std::string fault = load_memory(options); !fault.empty()) {
         std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
         return wrong_command_line;
@@ -230,8 +237,8 @@ int run(int argc, char** argv) {
     qInstallMessageHandler(on_qt_message);
     argc = 1;  // the rest is ours and not for Qt
     const QApplication application(argc, argv);
-    if (const std::string fault = orvanel::prepare_view(); !fault.empty()) {
-        std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    if (const std::string fault = orvanel::prepare_skin(); !fault.empty()) {
+        tell_start_fault(fault);
         return failed;
     }
     orvanel::set_companions(orvanel::help_page(), orvanel::terminal_command(options.folder));

@@ -80,8 +80,8 @@ bool open_window(const std::string& file, const std::string& serial) {
         QApplication::quit();
     });
     make_fade_timer();
-    start_window_timer();
     open_port(serial);
+    start_window_timer();
     open_painter();
     start_module();
     furnish_window(file);

@@ -16,7 +16,6 @@
 #include "host/scenario/runner.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
-#include "host/skin/view.h"
 #include "host/window/menu_command.h"
 #include "link/feeds.h"
 #include "link/port.h"
@@ -115,7 +114,7 @@ std::int32_t line_speed() {
 }
 
 int run_session(const std::string& name) {
-    const std::string no_view = prepare_view();
+    const std::string no_view = prepare_skin();
     if (no_view.empty()) {
         open_memory_window();
         set_companions("manual/index.html", "orvanel42-terminal");
