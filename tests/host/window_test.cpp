@@ -1,22 +1,36 @@
 // The window program as it runs, but for its main, under Qt's offscreen platform.
 
+#include "firmware/core/backlight.h"
 #include "firmware/core/requests.h"
 #include "firmware/store/eeprom.h"
+#include "host/bridge.h"
 #include "host/host_calls.h"
 #include "host/painter.h"
 #include "host/platform/desktop/main_window.h"
+#include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/window.h"
 #include "host/settings.h"
+#include "host/skin/lcd_colours.h"
 #include "host/skin/view.h"
+#include "host/window/menu.h"
+#include "host/window/menu_command.h"
 #include "host/window_timer.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QImage>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QScreen>
+#include <QSlider>
 #include <QTimer>
 #include <QWidget>
 #include <gtest/gtest.h>
@@ -61,6 +75,9 @@ class Window : public testing::Test {
         shutdown_requested = false;  // of the run before
         view_zoom = 2;
         show_frame = true;
+        skin_model = 0;
+        set_backlight_level(1);
+        model_apply();
         eeprom_reset_to(eeprom_small, {});
     }
 
@@ -108,6 +125,14 @@ const std::string overflow = "\x1b&E\xFE\x7F\x04\x00Wabcd\x1b&E\x00\x00\x00\x00J
 QMessageBox* message_box() {
     for (QWidget* widget : QApplication::topLevelWidgets())
         if (auto* box = qobject_cast<QMessageBox*>(widget); box != nullptr && box->isVisible())
+            return box;
+    return nullptr;
+}
+
+/// The open dialog, none if none is.
+QDialog* dialog() {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* box = qobject_cast<QDialog*>(widget); box != nullptr && box->isVisible())
             return box;
     return nullptr;
 }
@@ -236,6 +261,80 @@ TEST_F(Window, ends_at_once_in_every_kind_of_wait) {
         EXPECT_LT(steady_clock::now() - begin, generous);
         EXPECT_EQ(feed_left(), 0);
     }
+}
+
+TEST_F(Window, builds_its_menu_from_the_table_and_marks_what_holds) {
+    open_with("");
+    const QList<QAction*> top = main_window->menuBar()->actions();
+    ASSERT_EQ(top.size(), 4);
+    QMenu* const view = top[1]->menu();
+    EXPECT_EQ(view->title(), "&View");
+    QAction* const zoom_2 = view->actions()[1];
+    QAction* const zoom_3 = view->actions()[2];
+    EXPECT_EQ(zoom_3->shortcut(), QKeySequence("Ctrl+3"));
+    zoom_3->trigger();
+    EXPECT_EQ(glass->size(), QSize(876, 492));
+    EXPECT_TRUE(zoom_3->isChecked());
+    EXPECT_FALSE(zoom_2->isChecked());
+    zoom_3->trigger();
+    EXPECT_TRUE(zoom_3->isChecked()) << "Qt turns the mark of each item that is chosen";
+    close_window();
+}
+
+TEST_F(Window, shows_the_choice_of_the_dialog_at_once_and_lets_the_menu_wait) {
+    open_with("");
+    menu_command(item_model + custom_model);
+    ASSERT_NE(dialog(), nullptr);
+    EXPECT_EQ(dialog()->windowTitle(), "LCD Custom Type - no standard");
+    dialog()->findChild<QRadioButton*>("6012")->click();
+    EXPECT_EQ(lcd_type, 2);
+    dialog()->findChild<QSlider*>("6040")->setValue(0);
+    EXPECT_EQ(backlight_light.load().level, 0);
+    menu_command(item_zoom + 2);
+    EXPECT_EQ(view_zoom, 2) << "the box is open";
+    dialog()->findChild<QPushButton*>("6051")->click();
+    EXPECT_EQ(dialog(), nullptr);
+    EXPECT_EQ(backlight_light.load().level, 1);
+    EXPECT_EQ(view_zoom, 3);
+    menu_command(item_model + custom_model);
+    dialog()->close();
+    EXPECT_EQ(skin_model, custom_model) << "the close box brings nothing back";
+    menu_command(item_model);
+    close_window();
+}
+
+TEST_F(Window, sends_typed_keys_to_the_companion) {
+    open_with("");
+    bridge_message({0x414, {0, 0}});
+    const auto press = [](int key, Qt::KeyboardModifiers with, const QString& text) {
+        QKeyEvent down(QEvent::KeyPress, key, with, text);
+        QApplication::sendEvent(glass, &down);
+    };
+    press(Qt::Key_F10, Qt::NoModifier, {});
+    press(Qt::Key_Tab, Qt::NoModifier, "\t");
+    press(Qt::Key_Udiaeresis, Qt::NoModifier, QString(QChar(0xFC)));
+    press(Qt::Key_6, Qt::AltModifier | Qt::KeypadModifier, "6");
+    press(Qt::Key_Clear, Qt::AltModifier | Qt::KeypadModifier, {});  // 5 without NumLock
+    QKeyEvent up(QEvent::KeyRelease, Qt::Key_Alt, Qt::NoModifier);
+    QApplication::sendEvent(glass, &up);
+    for (const int key : {0, 9, 0x81, 65, -1})
+        EXPECT_EQ(key_ring_get(), key);
+    close_window();
+}
+
+TEST(Scale, counts_in_whole_pixels_of_the_device) {
+    EXPECT_EQ(window_pixel({10.9, -0.1}, 1.5), QPoint(16, -1));
+    for (const qreal scale : {1.0, 1.25, 1.5, 2.0})
+        for (const int at : {0, 1, 37, 299}) {
+            const PixelRect pixels{at, at, at + 5, at + 1};
+            const PixelRect around = covered(covering(pixels, scale), scale);
+            EXPECT_LE(around.left, pixels.left);
+            EXPECT_GE(around.right, pixels.right);
+            EXPECT_LE(around.right - around.left, 5 + 2 * 2) << scale;
+        }
+    EXPECT_EQ(widget_size(292, 164, 1.25), QSize(234, 132));
+    EXPECT_EQ(whole_height(23, 1.25), 24);
+    EXPECT_EQ(whole_height(23, 1.1), 30);
 }
 
 // Everything that crosses threads at once, for as long as a race needs to show.
