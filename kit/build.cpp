@@ -53,17 +53,24 @@ bool ends_in(std::string_view path, std::string_view ending) {
     return std::equal(ending.begin(), ending.end(), path.end() - std::ssize(ending), same);
 }
 
-Bytes load_any(const std::string& path, const Progress& progress, Faults& faults) {
-    if (ends_in(path, ".kit")) return build_kit(path, {-1, -1, -1}, progress, faults).image;
+Content load_any(const std::string& path, const Progress& progress, Faults& faults) {
+    if (ends_in(path, ".kit")) {
+        const Built built = build_kit(path, {-1, -1, -1}, progress, faults);
+        const StreamPlan& plan = built.kit.stream;
+        const bool talks =
+            !plan.before.empty() || !plan.after_block.empty() || !plan.behind.empty();
+        if (!faults.empty() || !talks) return {built.image, {}};
+        return {built.image, stream_of(built.kit, built.image, faults)};
+    }
     Bytes content;
     const bool stream = ends_in(path, ".eep");
     const std::string fault =
         read_file(path, stream ? longest_stream : std::size_t{eeprom_large}, content);
     if (!fault.empty()) throw Fault({path, 0, 0}, fault);
-    if (stream) return play_stream(content);
+    if (stream) return {play_stream(content), content};
     // What a short file leaves out is erased.
     content.resize(content.size() > eeprom_small ? eeprom_large : eeprom_small, 0xFF);
-    return content;
+    return {content, {}};
 }
 
 }  // namespace orvanel

@@ -29,9 +29,14 @@ Built build_kit(const std::string& path, const BuildOptions& options, const Prog
 Built build_text(const std::string& name, std::string_view text, const BuildOptions& options,
                  const Progress& progress, Faults& faults);
 
-/// The image of a file: a .kit is built, an .eep played, anything else taken as it is. Throws a
-/// Fault if that can't be.
-Bytes load_any(const std::string& path, const Progress& progress, Faults& faults);
+struct Content {
+    Bytes image;
+    Bytes stream;  // of an .eep, or of a kit with lines around its blocks; else empty
+};
+
+/// What a file holds: a .kit is built, an .eep played, anything else taken as the image that it is.
+/// Throws a Fault if that can't be.
+Content load_any(const std::string& path, const Progress& progress, Faults& faults);
 
 /// Whether the path has this ending, in either case.
 bool ends_in(std::string_view path, std::string_view ending);

@@ -8,6 +8,7 @@
 #include "kit/dump.h"
 #include "kit/objects.h"
 #include "kit/stream.h"
+#include "kit/trial.h"
 
 #include <CLI/CLI.hpp>
 #include <unistd.h>
@@ -91,7 +92,7 @@ Built build_source(const Options& options, Faults& faults) {
         faults);
 }
 
-Bytes load(const std::string& path, Faults& faults) {
+Content load(const std::string& path, Faults& faults) {
     ProgressLine progress;
     return load_any(
         path, [&](const std::string& what) { progress.show(what); }, faults);
@@ -138,7 +139,7 @@ int write_dump(const Options& options, const Bytes& image) {
 
 int dump(const Options& options) {
     Faults faults;
-    const Bytes image = load(options.source, faults);
+    const Bytes image = load(options.source, faults).image;
     if (!faults.empty()) return tell(std::move(faults));
     put(options.source + ": " + listing_of(image));
     return options.folder.empty() ? all_well : write_dump(options, image);
@@ -146,9 +147,11 @@ int dump(const Options& options) {
 
 int check(const Options& options) {
     Faults faults;
-    const Bytes image = load(options.source, faults);
+    const Content content = load(options.source, faults);
     if (!faults.empty()) return tell(std::move(faults));
-    const std::vector<std::string> findings = findings_of(image);
+    std::vector<std::string> findings = findings_of(content.image);
+    const std::vector<std::string> remarks = remarks_on(content.image, content.stream);
+    findings.insert(findings.end(), remarks.begin(), remarks.end());
     for (const std::string& finding : findings)
         put(options.source + ": " + finding + "\n");
     return findings.empty() ? all_well : wrong_content;
@@ -156,8 +159,8 @@ int check(const Options& options) {
 
 int diff(const Options& options) {
     Faults faults;
-    const Bytes before = load(options.source, faults);
-    const Bytes after = load(options.other, faults);
+    const Bytes before = load(options.source, faults).image;
+    const Bytes after = load(options.other, faults).image;
     if (!faults.empty()) return tell(std::move(faults));
     const std::string text = difference_of(before, after);
     put(text);

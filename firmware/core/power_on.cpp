@@ -18,12 +18,15 @@
 #include "firmware/text/terminal.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/bars.h"
+#include "firmware/touch/keys.h"
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
 #include "firmware/touch/tracking.h"
 #include "host/platform/platform.h"
 #include "link/pipes.h"
 #include "link/port.h"
+
+#include <algorithm>
 
 namespace orvanel {
 
@@ -62,6 +65,19 @@ void power_on_defaults() {
     power_on_bars();
     // Last, so that a request that comes in while the defaults are written has no further effect.
     restart_requested.store(false);
+}
+
+void cold_start() {
+    reset_kind = 0;
+    tick_enabled = false;
+    tick_yield_pending = false;
+    terminal = {};
+    string_font = touch_font = menu_font = terminal_font = {};
+    std::ranges::fill(store_slots, ScreenStore{});
+    lift_finger();
+    cur_area = 0;
+    switch_group = 0;
+    bar_slots = {};
 }
 
 void reset_cycle() {

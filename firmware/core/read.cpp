@@ -63,11 +63,14 @@ bool read_next_byte() {
         sleep_ms(idle_sleep_ms);
     }
     if (macro_depth > 0) {
-        const std::uint8_t level = macro_depth;
+        // Asked first: the last byte of a macro ends its level.
+        ByteSource source{};
+        if (tracing()) [[unlikely]]
+            source = next_macro_source();
         current_byte = next_macro_byte();
         spend_byte_time();
         if (tracing()) [[unlikely]]
-            tell_byte(current_byte, source_of_level(level));
+            tell_byte(current_byte, source);
         return true;
     }
     if (rx_count() > 0) {
@@ -75,7 +78,7 @@ bool read_next_byte() {
         current_byte = low8(rx_pipe_get());
         spend_byte_time();
         if (tracing()) [[unlikely]]
-            tell_byte(current_byte, {rx_origin(), 0, 0});
+            tell_byte(current_byte, {rx_origin(), 0, 0, 0});
         return true;
     }
     trace(TraceKind::idle);

@@ -15,6 +15,7 @@ struct ByteSource {
     ByteOrigin origin;
     std::uint8_t macro_number;
     std::uint16_t macro_table;  // one of firmware/store/macro.h
+    std::int32_t macro_offset;  // of the byte, in the image
 };
 
 /// What the module does in silence and the developer of a device wants to know. `from` and `to` are

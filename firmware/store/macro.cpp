@@ -50,7 +50,7 @@ bool run_macro(std::uint16_t table, std::uint8_t index) {
     if (macro_depth > 0) suspended[macro_depth] = running;
     ++macro_depth;
     running = {offset, length};
-    names[macro_depth] = {ByteOrigin::macro, index, table};
+    names[macro_depth] = {ByteOrigin::macro, index, table, offset};
     return true;
 }
 
@@ -59,7 +59,11 @@ void start_macro(std::uint16_t table, std::uint8_t index) {
     if (!run_macro(table, index) && room) remark(Remark::missing_macro, index);
 }
 
-ByteSource source_of_level(std::uint8_t level) { return names[level]; }
+ByteSource next_macro_source() {
+    ByteSource source = names[macro_depth];
+    source.macro_offset = running.pos;
+    return source;
+}
 
 std::uint8_t next_macro_byte() {
     const std::uint8_t byte = eeprom_at(running.pos);

@@ -31,8 +31,8 @@ bool run_macro(std::uint16_t table, std::uint8_t index);
 /// As run_macro, for a macro that is expected to be there: a missing one is remarked.
 void start_macro(std::uint16_t table, std::uint8_t index);
 
-/// For a trace: the macro that runs in level 1..max_macro_depth, or ran there last.
-ByteSource source_of_level(std::uint8_t level);
+/// For a trace: where next_macro_byte takes its byte from. Only while macro_depth is above 0.
+ByteSource next_macro_source();
 
 /// The next byte of the innermost macro, 0 where its record points outside the image. The level
 /// ends in the call that delivers its last byte, so that a start command at a macro's end doesn't

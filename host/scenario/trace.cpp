@@ -1,7 +1,7 @@
 #include "host/scenario/trace.h"
 
 #include "firmware/core/trace.h"
-#include "firmware/store/macro.h"
+#include "host/scenario/remarks.h"
 #include "host/scenario/report.h"
 #include "host/scenario/world.h"
 
@@ -63,12 +63,6 @@ std::string hex(std::span<const std::uint8_t> bytes, const char* between) {
     return text;
 }
 
-std::string hex4(int value) {
-    const std::array<std::uint8_t, 2> bytes{static_cast<std::uint8_t>(value >> 8),
-                                            static_cast<std::uint8_t>(value)};
-    return hex(bytes, "");
-}
-
 bool is_plain(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
 
 /// A text in double quotes as a scenario writes it.
@@ -101,70 +95,6 @@ std::string json_quoted(std::string_view text) {
             quoted += "\\u00" + hex({&byte, 1}, "");
     }
     return quoted + '"';
-}
-
-std::string name_of(const ByteSource& source) {
-    switch (source.origin) {
-    case ByteOrigin::companion:
-        return "companion";
-    case ByteOrigin::feed:
-        return "feed";
-    case ByteOrigin::line:
-        return "line";
-    case ByteOrigin::macro:
-        break;
-    }
-    const char* kind = source.macro_table == touch_macro_table      ? "touch"
-                       : source.macro_table == menu_macro_table     ? "menu"
-                       : source.macro_table == power_on_macro_table ? "power-on"
-                                                                    : "normal";
-    return std::string(kind) + " macro " + std::to_string(source.macro_number);
-}
-
-std::string words_of(Remark remark, int from, int to) {
-    const std::string n = std::to_string(from);
-    switch (remark) {
-    case Remark::clamped:
-        return n + " clamped to " + std::to_string(to);
-    case Remark::wrapped:
-        return n + " taken as " + std::to_string(to);
-    case Remark::sign_dropped:
-        return "a '-' was skipped";
-    case Remark::undefined_group:
-        return "undefined group, its letter went to the terminal";
-    case Remark::undefined_op:
-        return "undefined command, dropped";
-    case Remark::missing_font:
-        return "font " + n + " is missing";
-    case Remark::missing_glyph:
-        return "character " + hex4(from).substr(2) + " is not in the font";
-    case Remark::missing_picture:
-        return "picture " + n + " is missing";
-    case Remark::missing_border:
-        return "border " + n + " is missing";
-    case Remark::missing_macro:
-        return "macro " + n + " is missing";
-    case Remark::missing_bar:
-        return "bar " + n + " is not defined";
-    case Remark::missing_process:
-        return "there is no process macro " + n;
-    case Remark::macros_nested:
-        return "macro " + n + " was not started, " + std::to_string(max_macro_depth) +
-               " are running";
-    case Remark::text_cut:
-        return "text cut, its buffer is full";
-    case Remark::picture_cut:
-        return "cut at the edge of the glass";
-    case Remark::menus_full:
-        return "no menu is free, not defined";
-    case Remark::areas_full:
-        return "no touch area is free, the last one is replaced";
-    case Remark::wrong_crc:
-        return "the image holds CRC " + hex4(from) + " and has " + hex4(to);
-    case Remark::eeprom_overflow:
-        return "the EEPROM is full";
-    }
-    return "";
 }
 
 /// Milliseconds with three places.

@@ -44,6 +44,8 @@ expect 1 'bad.kit:2:3: error: group G has*' build bad.kit -o a.bin
 cmp -s a.bin b.bin || { echo "program.sh: a fault has cost the old image" >&2; failed=1; }
 printf '[normal macro 0]\n#MN 0\n' >loop.kit
 expect 1 '*starts itself' check loop.kit
+printf '[power-on macro 0]\n#GD 0,0,250,127\n#MN 9\n' >remarks.kit
+expect 1 '*power-on macro 0 at 0x0E30, #GD 0,0,250,127: 250 clamped to 239*macro 9 is missing' check remarks.kit
 expect 1 '*differs*' diff loop.kit "$examples/panel.kit"
 expect 2 'none.bin: error: no such file' check none.bin
 expect 2 '*cannot write no/such/a.bin*' build loop.kit -o no/such/a.bin

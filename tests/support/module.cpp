@@ -1,15 +1,9 @@
 #include "tests/support/module.h"
 
 #include "firmware/core/loop.h"
+#include "firmware/core/power_on.h"
 #include "firmware/core/requests.h"
-#include "firmware/raster/screen_store.h"
 #include "firmware/store/eeprom.h"
-#include "firmware/text/font.h"
-#include "firmware/text/terminal.h"
-#include "firmware/touch/areas.h"
-#include "firmware/touch/bars.h"
-#include "firmware/touch/keys.h"
-#include "firmware/touch/tracking.h"
 #include "link/pipes.h"
 #include "tests/support/fake_platform.h"
 
@@ -19,16 +13,7 @@ namespace orvanel {
 
 void fresh_module() {
     fresh_platform();
-    reset_kind = 0;
-    tick_enabled = false;
-    tick_yield_pending = false;
-    terminal = {};
-    string_font = touch_font = menu_font = terminal_font = {};
-    std::ranges::fill(store_slots, ScreenStore{});
-    lift_finger();
-    cur_area = 0;
-    switch_group = 0;
-    bar_slots = {};
+    cold_start();
     eeprom_reset_to(eeprom_small, {});
 }
 

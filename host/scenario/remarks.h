@@ -1,0 +1,18 @@
+// remarks.h: what the module tells a listener (firmware/core/trace.h), in the words that users
+// read.
+
+#pragma once
+
+#include "firmware/core/trace.h"
+
+#include <string>
+
+namespace orvanel {
+
+/// `line`, `feed`, `companion`, or a macro with its kind and number.
+std::string name_of(const ByteSource& source);
+
+/// `255 clamped to 239`
+std::string words_of(Remark remark, int from, int to);
+
+}  // namespace orvanel

@@ -1,0 +1,383 @@
+#include "kit/trial.h"
+
+#include "firmware/core/loop.h"
+#include "firmware/core/power_on.h"
+#include "firmware/core/requests.h"
+#include "firmware/core/trace.h"
+#include "firmware/store/eeprom.h"
+#include "firmware/store/macro.h"
+#include "firmware/store/timers.h"
+#include "firmware/touch/areas.h"
+#include "firmware/touch/menu.h"
+#include "firmware/touch/tracking.h"
+#include "host/scenario/remarks.h"
+#include "kit/commands.h"
+#include "kit/image.h"
+#include "link/pipes.h"
+
+#include <algorithm>
+#include <array>
+#include <deque>
+#include <set>
+#include <tuple>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::int64_t us_per_ms = 1000;
+constexpr std::int64_t byte_us = 10;
+constexpr std::int64_t tick_us = 100'000;
+
+// How long the module is left to itself behind each act.
+constexpr std::int64_t quiet_us = 26'000'000;  // the longest timer has run out by then
+constexpr std::int64_t most_us = 60'000'000;   // for what never comes to rest
+constexpr long most_act_bytes = 20'000;
+constexpr long most_busy_bytes = 100'000;             // without a rest: an endless macro
+constexpr std::int64_t most_busy_us = 3'600'000'000;  // likewise, if it waits
+constexpr long act_costs = 1'000;                     // counted as bytes
+
+constexpr long most_bytes = 2'000'000;       // of all runs
+constexpr long whole_image_bytes = 4'000;    // what a command counts that goes over the whole image
+constexpr std::size_t most_findings = 1000;  // kept
+constexpr std::size_t most_kept = 300;       // bytes of a command
+constexpr std::size_t most_shown = 60;       // characters of a command
+
+/// What happens to the module from outside.
+struct Act {
+    enum { start, press, lift } kind;
+    std::array<std::uint8_t, 4> command;  // start: the bytes of the command
+    int x, y;                             // press: dots
+};
+
+/// A way to a state of the module.
+struct Visit {
+    std::uint8_t reset;
+    std::vector<Act> acts;
+    bool alone;  // begins with a macro that nothing in the image starts
+};
+
+/// The command that is being read.
+struct Step {
+    bool open;
+    ByteSource source;
+    int offset;  // of its first byte, in the image or in the stream
+    Bytes bytes;
+};
+
+using Spot = std::tuple<int, int, AreaType, int, int>;  // place, type and codes of what is touched
+
+struct Trial {
+    // Of all runs.
+    std::vector<std::string> findings;
+    std::set<std::string> told;
+    std::set<std::pair<int, int>> ran;  // macros, by table and number
+    std::set<Spot> touched;
+    std::deque<Visit> visits;
+    long bytes_left = most_bytes;
+
+    // Of the present run.
+    Visit visit;
+    std::size_t next_act;
+    std::span<const std::uint8_t> stream;
+    std::size_t fed;
+    long busy_limit, busy_bytes, act_bytes;
+    std::int64_t now_us, next_tick_us, act_began_us, last_byte_us;
+    Step step;
+    ByteSource last_source;
+    int last_offset;
+    std::uint8_t last_byte;
+    bool in_reset;  // what a reset finds missing is nobody's command
+};
+
+// Null but within remarks_on.
+constinit Trial* trial = nullptr;
+
+bool has_macro(int table, int number) {
+    const int at = table + 4 * number;
+    const int length = le16(eeprom_at(at + 2), eeprom_at(at + 3));
+    return length != 0 && length != unprogrammed;
+}
+
+/// Counts what has passed since the last act.
+void pay() {
+    trial->bytes_left -= trial->act_bytes + act_costs;
+    trial->act_bytes = 0;
+}
+
+void end_run() {
+    pay();
+    shutdown_requested = true;
+}
+
+void count_bytes(long count) {
+    trial->act_bytes += count;
+    trial->busy_bytes += count;
+    if (trial->busy_bytes > trial->busy_limit) end_run();
+}
+
+// --- what the module tells
+
+void tell_finding(const std::string& finding) {
+    if (trial->findings.size() < most_findings && trial->told.insert(finding).second)
+        trial->findings.push_back(finding);
+}
+
+/// The command as a kit writes it, cut to a few words.
+std::string command_text(const Bytes& bytes) {
+    const std::vector<std::string> lines = lines_from(bytes);
+    std::string text = lines.empty() ? "" : lines.front();
+    if (text.size() > most_shown) text.replace(most_shown, std::string::npos, "...");
+    return text;
+}
+
+/// Whether it may be right where a page of the device is on the glass.
+bool depends_on_page(Remark remark) {
+    return remark == Remark::missing_bar || remark == Remark::missing_glyph ||
+           remark == Remark::areas_full || remark == Remark::menus_full;
+}
+
+/// What was remarked on a command is told at its end, when all of it is known.
+struct Pending {
+    Remark remark;
+    int from, to;
+};
+std::vector<Pending> pending;
+
+void take_remark(const TraceEvent& event) {
+    if (shutdown_requested.load() || trial->in_reset ||
+        (trial->visit.alone && depends_on_page(event.remark)))
+        return;
+    if (trial->step.open)
+        pending.push_back({event.remark, event.from, event.to});
+    else
+        tell_finding("a timer or a touch: " + words_of(event.remark, event.from, event.to));
+}
+
+void end_step() {
+    const Step& step = trial->step;
+    const bool of_macro = step.source.origin == ByteOrigin::macro;
+    // The commands that the trial itself sends are none of the kit's.
+    // A command that the end of the run has cut short reads zeros.
+    const bool whole = !shutdown_requested.load();
+    if (whole && (of_macro || !trial->stream.empty()))
+        for (const auto& [remark, from, to] : pending)
+            tell_finding((of_macro ? name_of(step.source) : "stream") + " at " + hex4(step.offset) +
+                         ", " + command_text(step.bytes) + ": " + words_of(remark, from, to));
+    pending.clear();
+    trial->step.open = false;
+}
+
+void take_byte(const TraceEvent& event) {
+    trial->in_reset = false;
+    trial->last_byte = low8(event.from);
+    trial->last_source = event.source;
+    if (event.source.origin == ByteOrigin::macro) {
+        trial->last_offset = event.source.macro_offset;
+        trial->ran.insert({event.source.macro_table, event.source.macro_number});
+    } else {
+        trial->last_offset = static_cast<int>(trial->fed) - rx_count() - 1;
+    }
+    if (trial->step.open && trial->step.bytes.size() < most_kept)
+        trial->step.bytes.push_back(trial->last_byte);
+}
+
+void listen(const TraceEvent& event) {
+    switch (event.kind) {
+    case TraceKind::byte:
+        return take_byte(event);
+    case TraceKind::begin:
+        trial->step = {true, trial->last_source, trial->last_offset, {trial->last_byte}};
+        return;
+    case TraceKind::letters:
+        if (event.from == '&' || (event.from == 'S' && event.to == 'I'))
+            count_bytes(whole_image_bytes);
+        return;
+    case TraceKind::remark:
+        return take_remark(event);
+    case TraceKind::end:
+        return end_step();
+    case TraceKind::idle:
+        trial->in_reset = false;
+        return;
+    case TraceKind::reset:
+        trial->in_reset = true;
+        return;
+    default:
+        return;
+    }
+}
+
+// --- what happens to the module
+
+void add_visit(std::initializer_list<Act> acts) {
+    Visit visit = trial->visit;
+    visit.acts.insert(visit.acts.end(), acts);
+    trial->visits.push_back(std::move(visit));
+}
+
+/// Plans a touch at this dot, unless the like of it has been touched already.
+void plan_touch(const TouchArea& area, int y, int code) {
+    const int x = (area.x1 + area.x2) / 2;
+    if (!trial->touched.insert({x, y, area.type, code, area.up_code}).second) return;
+    const Act press{Act::press, {}, x, y}, lift{Act::lift, {}, 0, 0};
+    // A switch says something else when it is pressed again.
+    if (area.type == AreaType::toggle)
+        add_visit({press, lift, press, lift});
+    else
+        add_visit({press, lift});
+}
+
+void plan_touches_of(const TouchArea& area) {
+    const int middle = (area.y1 + area.y2) / 2;
+    switch (area.type) {
+    case AreaType::key:
+    case AreaType::toggle:
+        if (has_macro(touch_macro_table, area.down_code) ||
+            has_macro(touch_macro_table, area.up_code))
+            plan_touch(area, middle, area.down_code);
+        return;
+    case AreaType::opener:
+        return plan_touch(area, middle, area.down_code);
+    case AreaType::list:
+        for (int row = 0; row < menu_items; ++row)
+            plan_touch(area, area.y1 + (2 * row + 1) * (area.y2 - area.y1 + 1) / (2 * menu_items),
+                       area.up_code + row);
+        return;
+    default:
+        return;
+    }
+}
+
+void do_act(const Act& act) {
+    switch (act.kind) {
+    case Act::start:
+        rx_pipe_put_block(act.command);
+        break;
+    case Act::press:
+        put_finger(act.x, act.y);
+        break;
+    case Act::lift:
+        lift_finger();
+        break;
+    }
+}
+
+/// The module has come to rest behind an act, or never will.
+void act_is_over() {
+    pay();
+    trial->act_began_us = trial->last_byte_us = trial->now_us;
+    if (trial->next_act < trial->visit.acts.size())
+        return do_act(trial->visit.acts[trial->next_act++]);
+    for (int i = 0; i < area_count; ++i)
+        plan_touches_of(touch_area(i));
+    end_run();
+}
+
+bool feed_more() {
+    if (trial->fed == trial->stream.size() || rx_count() > 0) return false;
+    const std::size_t left = trial->stream.size() - trial->fed;
+    const std::size_t now = std::min<std::size_t>(left, low_mark);
+    const auto part = trial->stream.subspan(trial->fed, now);
+    trial->fed += now;
+    rx_pipe_put_block(part);
+    return true;
+}
+
+void run(const Visit& visit, std::span<const std::uint8_t> image,
+         std::span<const std::uint8_t> stream) {
+    trial->visit = visit;
+    trial->next_act = 0;
+    trial->stream = stream;
+    trial->fed = 0;
+    trial->busy_limit = most_busy_bytes + std::ssize(stream);
+    trial->busy_bytes = trial->act_bytes = 0;
+    trial->now_us = trial->act_began_us = trial->last_byte_us = 0;
+    trial->next_tick_us = tick_us;
+    trial->step = {};
+    pending.clear();
+    cold_start();
+    eeprom_reset_to(static_cast<int>(image.size()), image);
+    reset_kind = visit.reset;
+    shutdown_requested = false;
+    run_firmware();
+    shutdown_requested = false;
+}
+
+int macro_count(int table) { return table == power_on_macro_table ? 4 : 256; }
+
+/// Plans a run of a macro that nothing has started so far. False if there is none.
+bool plan_left_macro() {
+    constexpr std::array<std::pair<int, std::uint8_t>, 3> tables{
+        {{normal_macro_table, 'N'}, {touch_macro_table, 'T'}, {menu_macro_table, 'M'}}};
+    for (const auto& [table, letter] : tables)
+        for (int number = 0; number < macro_count(table); ++number)
+            if (has_macro(table, number) && trial->ran.insert({table, number}).second) {
+                const Act start{Act::start, {0x1B, 'M', letter, low8(number)}, 0, 0};
+                trial->visits.push_back({0, {start}, true});
+                return true;
+            }
+    return false;
+}
+
+void run_all(std::span<const std::uint8_t> image, std::span<const std::uint8_t> stream) {
+    if (!stream.empty()) {
+        // The stream brings its own image.
+        run({}, Bytes(image.size(), 0xFF), stream);
+        trial->visits.clear();
+        trial->touched.clear();
+        trial->ran.clear();
+    }
+    eeprom_reset_to(static_cast<int>(image.size()), image);
+    for (std::uint8_t kind = 0; kind < macro_count(power_on_macro_table); ++kind)
+        if (kind == 0 || has_macro(power_on_macro_table, kind))
+            trial->visits.push_back({kind, {}, false});
+    trial->bytes_left = most_bytes;
+    while (!trial->visits.empty() || plan_left_macro()) {
+        if (trial->bytes_left <= 0) {
+            tell_finding("the macros take too long to try all that they do");
+            return;
+        }
+        const Visit visit = trial->visits.front();
+        trial->visits.pop_front();
+        run(visit, image, {});
+        eeprom_reset_to(static_cast<int>(image.size()), image);
+    }
+}
+
+}  // namespace
+
+void trial_time_passes(int ms) {
+    trial->now_us += ms * us_per_ms;
+    for (; trial->next_tick_us <= trial->now_us; trial->next_tick_us += tick_us)
+        firmware_tick();
+    if (trial->now_us - trial->act_began_us > most_busy_us) end_run();
+}
+
+void trial_idles() {
+    trial->busy_bytes = 0;
+    if (feed_more()) return;
+    if (trial->now_us - trial->last_byte_us < quiet_us &&
+        trial->now_us - trial->act_began_us < most_us && trial->act_bytes < most_act_bytes)
+        return;
+    act_is_over();
+}
+
+void trial_byte_taken() {
+    trial->now_us += byte_us;
+    trial->last_byte_us = trial->now_us;
+    count_bytes(1);
+}
+
+std::vector<std::string> remarks_on(std::span<const std::uint8_t> image,
+                                    std::span<const std::uint8_t> stream) {
+    Trial whole{};
+    trial = &whole;
+    trace_listener = listen;
+    run_all(image, stream);
+    trace_listener = nullptr;
+    trial = nullptr;
+    return whole.findings;
+}
+
+}  // namespace orvanel

@@ -1,0 +1,27 @@
+// trial.h: an image on trial. Its macros run through the module as on a device, in module time and
+// with a finger on each key that they define, and what the module does in silence comes to light.
+
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+/// What the trace would remark on, a finding a line, each command once. First `stream` is fed to a
+/// module with an erased image, if it isn't empty. Then `image` is switched on with each kind of
+/// reset, and each key and menu row that appears is touched; macros that are left run by
+/// themselves, and a bar or character that these miss is not told, since it may be the business of
+/// a page. Bounded for any content: what was left out is a finding.
+std::vector<std::string> remarks_on(std::span<const std::uint8_t> image,
+                                    std::span<const std::uint8_t> stream);
+
+// For the platform below the module: time has passed, the module has nothing to do, it has taken a
+// byte.
+void trial_time_passes(int ms);
+void trial_idles();
+void trial_byte_taken();
+
+}  // namespace orvanel
