@@ -60,6 +60,8 @@ def module(draw, x, y):
 
 
 def main():
+    if len(sys.argv) != 2 or sys.argv[1].startswith("-"):
+        sys.exit(__doc__)
     image = Image.new("P", (WIDTH, HEIGHT), WHITE)
     draw = ImageDraw.Draw(image)
     draw.rectangle([0, 0, WIDTH - 1, HEIGHT - 1], outline=SILVER)

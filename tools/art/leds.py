@@ -89,6 +89,8 @@ def pixel(shape, lamp, x, y):
 
 
 def main():
+    if len(sys.argv) != 2 or sys.argv[1].startswith("-"):
+        sys.exit(__doc__)
     image = Image.new("P", (45 * SIZE, SIZE))
     for number in range(45):
         for y in range(SIZE):
