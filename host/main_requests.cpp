@@ -30,7 +30,7 @@ constinit std::atomic<bool> ports_asked{false};
 void serve_message() {
     std::uint32_t state = asked;
     if (message_state.compare_exchange_strong(state, shown))
-        open_message_box(message_caption, message_text);
+        open_message_box(MessageOf::module, message_caption, message_text);
 }
 
 void serve_beeps() {
@@ -41,7 +41,7 @@ void serve_beeps() {
 }  // namespace
 
 void show_message(std::string_view caption, std::string_view text) {
-    if (on_main_thread()) return open_message_box(caption, text);
+    if (on_main_thread()) return open_message_box(MessageOf::host, caption, text);
     message_caption = caption;
     message_text = text;
     std::uint32_t state = no_message;

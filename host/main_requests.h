@@ -9,7 +9,7 @@ namespace orvanel {
 /// wake_main.
 void serve_main_requests();
 
-/// The user has closed the box of open_message_box; the firmware goes on. Main thread.
+/// The user has closed the box of the module's message; the firmware goes on. Main thread.
 void message_closed();
 
 /// The panel of the output ports is to show ports_shown anew. From any thread.

@@ -101,9 +101,13 @@ void paint_window(PixelRect rect);
 /// for the first time in 20 ms; or no more. Main thread only.
 void set_fade_timer(bool runs);
 
-/// Opens a message box and returns at once. message_closed (host/main_requests.h) is called when
-/// the user has closed it, which may be before this returns. Main thread only.
-void open_message_box(std::string_view caption, std::string_view text);
+/// Whose message it is. The module's belongs to the window, which takes no input while it is open,
+/// and message_closed (host/main_requests.h) is called when the user has closed it, which may be
+/// before open_message_box returns. The host's stands for itself: the glass can still be touched.
+enum class MessageOf : std::uint8_t { host, module };
+
+/// Opens a message box and returns at once. Main thread only.
+void open_message_box(MessageOf whose, std::string_view caption, std::string_view text);
 
 /// The system's simple beep. Main thread only.
 void sound_beep();

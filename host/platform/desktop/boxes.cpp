@@ -200,17 +200,21 @@ void close_dialog() {
     open_table = nullptr;
 }
 
-void open_message_box(std::string_view caption, std::string_view text) {
+void open_message_box(MessageOf whose, std::string_view caption, std::string_view text) {
     auto* const box = new QMessageBox(QMessageBox::Critical, to_qt(caption), to_qt(text),
                                       QMessageBox::Ok, main_window);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setTextFormat(Qt::PlainText);
     box_opened();
-    QObject::connect(box, &QMessageBox::finished, main_window, [](int /*button*/) {
-        message_closed();
+    QObject::connect(box, &QMessageBox::finished, main_window, [whose](int /*button*/) {
+        if (whose == MessageOf::module) message_closed();
         box_closed();
     });
-    box->open();
+    const bool holds_window = whose == MessageOf::module;
+    box->setWindowModality(holds_window ? Qt::WindowModal : Qt::NonModal);
+    box->show();
+    box->raise();
+    box->activateWindow();
 }
 
 void ask_for_file() {

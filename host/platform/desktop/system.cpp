@@ -68,7 +68,7 @@ void show_help(const std::string& path) {
     const std::string text = QFileInfo::exists(page)
                                  ? "Nothing here can show the manual. It is in\n" + path
                                  : "The manual is not installed. It would be\n" + path;
-    open_message_box("HD Orvanel42 simulator", text);
+    open_message_box(MessageOf::host, "HD Orvanel42 simulator", text);
 }
 
 void sound_beep() { QApplication::beep(); }

@@ -117,9 +117,9 @@ void paint_window(PixelRect) {}
 
 void set_fade_timer(bool runs) { next_fade_us = runs ? clock_us() + fade_step_us : never; }
 
-void open_message_box(std::string_view caption, std::string_view text) {
+void open_message_box(MessageOf whose, std::string_view caption, std::string_view text) {
     print_line("message " + text_piece(caption) + " " + text_piece(text));
-    message_closed();
+    if (whose == MessageOf::module) message_closed();
 }
 
 void sound_beep() { print_line("beep"); }

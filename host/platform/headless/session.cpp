@@ -40,7 +40,7 @@ namespace {
 constinit int end_fd = -1;
 
 void tell_unsaved(const std::string& fault) {
-    open_message_box("Error: HD Orvanel42 simulator", fault);
+    open_message_box(MessageOf::host, "Error: HD Orvanel42 simulator", fault);
     report_fault(wrong_line, fault);
 }
 
