@@ -60,8 +60,8 @@ refuses 'first is in use by another program' "$headless" --dir first
 refuses '--dir' "$program" --new-instance
 refuses 'the path is too long' "$program" --dir first "$long/file"
 
-# Another module beside it. A program without a window takes nothing over.
-"$program" --new-instance --dir second 'a "folder"/asks ü.eep' &
+# Another module beside it, and a file named in quotes. A program without a window takes nothing over.
+"$program" --new-instance --dir second "'a \"folder\"/asks ü.eep'" &
 running+=($!)
 until_it hears second
 kill -TERM "${running[@]}"

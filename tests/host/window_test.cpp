@@ -21,17 +21,21 @@
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QImage>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPixmap>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
 #include <QSlider>
 #include <QTimer>
+#include <QUrl>
 #include <QWidget>
 #include <gtest/gtest.h>
 
@@ -121,10 +125,11 @@ bool all_read() { return feed_left() == 0 && rx_count() == 0; }
 // Writes past the end of the image, and a restart, which tells so.
 const std::string overflow = "\x1b&E\xFE\x7F\x04\x00Wabcd\x1b&E\x00\x00\x00\x00J"s;
 
-/// The message box that is open, none if none is.
-QMessageBox* message_box() {
+/// An open message box that has `word` in its text, none if none is.
+QMessageBox* message_box(const QString& word = {}) {
     for (QWidget* widget : QApplication::topLevelWidgets())
-        if (auto* box = qobject_cast<QMessageBox*>(widget); box != nullptr && box->isVisible())
+        if (auto* box = qobject_cast<QMessageBox*>(widget);
+            box != nullptr && box->isVisible() && box->text().contains(word))
             return box;
     return nullptr;
 }
@@ -215,6 +220,12 @@ TEST_F(Window, a_message_holds_the_firmware_until_it_is_closed) {
     EXPECT_TRUE(message_box()->text().startsWith("not enough EEPROM memory (32kB)"));
     EXPECT_EQ(message_box()->windowTitle(), "Error: HD Orvanel42 simulator");
     rx_pipe_put_block(std::vector<std::uint8_t>{'x'});
+    run_for(milliseconds{50});
+    show_message("Error: HD Orvanel42 simulator", "of the host");
+    ASSERT_NE(message_box("of the host"), nullptr);
+    EXPECT_FALSE(message_box("of the host")->isModal());
+    EXPECT_TRUE(message_box("memory")->isModal());
+    message_box("of the host")->accept();
     run_for(milliseconds{50});
     EXPECT_EQ(rx_count(), 1) << "nothing is read behind the message";
     message_box()->accept();
@@ -312,13 +323,31 @@ TEST_F(Window, sends_typed_keys_to_the_companion) {
     };
     press(Qt::Key_F10, Qt::NoModifier, {});
     press(Qt::Key_Tab, Qt::NoModifier, "\t");
+    press(Qt::Key_Backtab, Qt::ShiftModifier, {});
     press(Qt::Key_Udiaeresis, Qt::NoModifier, QString(QChar(0xFC)));
     press(Qt::Key_6, Qt::AltModifier | Qt::KeypadModifier, "6");
     press(Qt::Key_Clear, Qt::AltModifier | Qt::KeypadModifier, {});  // 5 without NumLock
     QKeyEvent up(QEvent::KeyRelease, Qt::Key_Alt, Qt::NoModifier);
     QApplication::sendEvent(glass, &up);
-    for (const int key : {0, 9, 0x81, 65, -1})
+    for (const int key : {0, 9, 9, 0x81, 65, -1})
         EXPECT_EQ(key_ring_get(), key);
+    close_window();
+}
+
+TEST_F(Window, takes_a_file_that_is_dropped_beside_the_glass) {
+    open_with("");
+    const std::string path = testing::TempDir() + "dropped.blh";
+    std::ofstream(path, std::ios::binary) << "\x01\x01\x80"s;
+    QMimeData file;
+    file.setUrls({QUrl::fromLocalFile(QString::fromStdString(path))});
+    const auto offered = Qt::CopyAction | Qt::MoveAction;
+    QDragEnterEvent enter(QPoint(1, 1), offered, &file, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent drop(QPointF(1, 1), offered, &file, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(main_window->menuBar(), &enter);
+    QApplication::sendEvent(main_window->menuBar(), &drop);
+    std::filesystem::remove(path);
+    EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+    EXPECT_EQ(feed_left(), 8) << "the command for a picture of one dot";
     close_window();
 }
 

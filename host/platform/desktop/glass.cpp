@@ -1,7 +1,6 @@
 #include "host/platform/desktop/glass.h"
 
 #include "host/line_summary.h"
-#include "host/picture_import.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
 #include "host/platform/window_system.h"
@@ -11,17 +10,13 @@
 #include "host/window/keyboard.h"
 #include "host/window/menu_command.h"
 
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QEvent>
 #include <QImage>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
-#include <QMimeData>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QUrl>
 #include <QVariant>
 #include <QWheelEvent>
 
@@ -66,15 +61,16 @@ int function_of(const QKeyEvent& event) {
     return number == 10 || (number >= 1 && number < 10 && !alt) ? number : 0;
 }
 
+/// What a key types. The Tab key types the same with Shift, which the toolkit doesn't tell.
+QString text_of(const QKeyEvent& event) {
+    if (event.key() == Qt::Key_Backtab) return QStringLiteral("\t");
+    // Delete has a code of its own here that it hasn't as a character.
+    return event.key() == Qt::Key_Delete ? QString() : event.text();
+}
+
 void type(const QString& text) {
     for (const uint character : text.toUcs4())
         character_typed(character);
-}
-
-/// The file that is dropped, the first of several; empty if there is none on this machine.
-QString dropped_file(const QMimeData& data) {
-    const QList<QUrl> urls = data.urls();
-    return urls.isEmpty() ? QString() : urls.first().toLocalFile();
 }
 
 }  // namespace
@@ -82,7 +78,6 @@ QString dropped_file(const QMimeData& data) {
 Glass::Glass(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_InputMethodEnabled);
-    setAcceptDrops(true);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
 }
@@ -166,9 +161,8 @@ void Glass::keyPressEvent(QKeyEvent* event) {
         function_key(number);
     else if (const int digit = alt ? alt_digit_of(*event) : -1; digit >= 0)
         alt_digit(digit);
-    // Delete has a code of its own here that it hasn't as a character.
-    else if (!alt && event->key() != Qt::Key_Delete && !event->text().isEmpty())
-        type(event->text());
+    else if (const QString text = text_of(*event); !alt && !text.isEmpty())
+        type(text);
     else
         QWidget::keyPressEvent(event);
 }
@@ -185,19 +179,6 @@ void Glass::inputMethodEvent(QInputMethodEvent* event) { type(event->commitStrin
 
 QVariant Glass::inputMethodQuery(Qt::InputMethodQuery query) const {
     return query == Qt::ImEnabled ? QVariant(true) : QWidget::inputMethodQuery(query);
-}
-
-void Glass::dragEnterEvent(QDragEnterEvent* event) {
-    if (!dropped_file(*event->mimeData()).isEmpty()) event->acceptProposedAction();
-}
-
-void Glass::dropEvent(QDropEvent* event) {
-    const QPoint at = window_pixel(event->position(), devicePixelRatioF());
-    const QString path = dropped_file(*event->mimeData());
-    // A copy, whatever was offered: nobody is to take the file away behind it.
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    drop_file(path.toStdString(), at.x(), at.y());
 }
 
 }  // namespace orvanel

@@ -1,5 +1,5 @@
-// glass.h: the widget that shows the module, skin and display, and takes mouse, keys and dropped
-// files. What they mean is decided in host/window.
+// glass.h: the widget that shows the module, skin and display, and takes mouse and keys. What
+// they mean is decided in host/window.
 
 #pragma once
 
@@ -30,8 +30,6 @@ class Glass final : public QWidget {
     void keyReleaseEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
-    void dragEnterEvent(QDragEnterEvent* event) override;
-    void dropEvent(QDropEvent* event) override;
 };
 
 }  // namespace orvanel

@@ -13,6 +13,7 @@
 #include "host/program_life.h"
 #include "host/settings.h"
 #include "host/window/menu_command.h"
+#include "link/feeds.h"
 
 #include <CLI/CLI.hpp>
 #include <QApplication>
@@ -57,9 +58,18 @@ std::string unreadable(const std::string& path) {
     return {};
 }
 
+/// The file that a word names. It may stand in quotes, as where a command line was put together by
+/// others; but a name can begin with a quote of its own.
+std::string without_quotes(const std::string& word) {
+    std::error_code ignored;
+    return std::filesystem::exists(word, ignored) ? word : std::string(orvanel::unquoted(word));
+}
+
+std::string not_to_open(const std::string& word) { return unreadable(without_quotes(word)); }
+
 void add_options(CLI::App& app, Options& options) {
     app.add_option("FILE", options.file, "Commands for the module, sent to it once it runs")
-        ->check(unreadable);
+        ->check(not_to_open);
     auto* folder = app.add_option("--dir", options.folder,
                                   "Keep the settings and the EEPROM image in DIR, as simulator.ini "
                                   "and Orvanel42.bin, not in the program's own folder");
@@ -94,12 +104,10 @@ std::string folder_of(const Options& options) {
     return options.image.empty() && options.mem_kib == 0 ? orvanel::own_folder() : "";
 }
 
-/// One program for each folder: this one, or the one that runs there already gets the file, as an
-/// absolute path. The result is below 0 if it is this one, else the status to end with.
+/// One program for each folder: this one, or the one that runs there already gets the file. The
+/// result is below 0 if it is this one, else the status to end with.
 int claim_folder(const Options& options) {
     using namespace orvanel;
-    const std::string file =
-        options.file.empty() ? "" : std::filesystem::absolute(options.file).string();
     std::string fault;
     // One that is starting takes no messages yet, and one that is ending takes none any more.
     for (int tries = 0; tries < most_tries; ++tries) {
@@ -107,7 +115,7 @@ int claim_folder(const Options& options) {
         if (lock == FolderLock::taken) return -1;
         if (lock == FolderLock::failed || options.new_instance) break;
         std::string refusal;
-        const HandOver result = hand_over(options.folder, file, refusal);
+        const HandOver result = hand_over(options.folder, options.file, refusal);
         if (result == HandOver::done) return EXIT_SUCCESS;
         if (result == HandOver::failed) {
             fault = refusal;
@@ -215,6 +223,9 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? EXIT_SUCCESS : wrong_command_line;
     }
+    // For whoever opens it, here or elsewhere; and so it never begins with a quote.
+    if (!options.file.empty())
+        options.file = std::filesystem::absolute(without_quotes(options.file)).string();
     options.folder = folder_of(options);
     if (options.folder.empty() && options.image.empty() && options.mem_kib == 0) {
         std::fputs("orvanel42: there is no folder to live in; name one with --dir\n", stderr);

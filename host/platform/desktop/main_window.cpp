@@ -1,5 +1,6 @@
 #include "host/platform/desktop/main_window.h"
 
+#include "host/picture_import.h"
 #include "host/platform/desktop/menus.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
@@ -11,12 +12,16 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QCursor>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QIcon>
 #include <QLayout>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
+#include <QUrl>
 #include <QWindow>
 
 #include <cmath>
@@ -115,9 +120,18 @@ QIcon program_icon() {
     return icon;
 }
 
+/// The file that is dropped, the first of several; empty if there is none on this machine.
+QString dropped_file(const QMimeData& data) {
+    const QList<QUrl> urls = data.urls();
+    return urls.isEmpty() ? QString() : urls.first().toLocalFile();
+}
+
 }  // namespace
 
-MainWindow::MainWindow() { setWindowFlags(frame_flags); }
+MainWindow::MainWindow() {
+    setWindowFlags(frame_flags);
+    setAcceptDrops(true);
+}
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     keep_place();
@@ -138,6 +152,20 @@ void MainWindow::paintEvent(QPaintEvent* event) {
     shown = true;
     // Not within a paint.
     if (outline || is_on_top) QMetaObject::invokeMethod(this, take_shape, Qt::QueuedConnection);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (!dropped_file(*event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+/// The menu bar is a place beside the glass like others.
+void MainWindow::dropEvent(QDropEvent* event) {
+    const QPoint at = window_pixel(glass->mapFrom(this, event->position()), scale());
+    const QString path = dropped_file(*event->mimeData());
+    // A copy, whatever was offered: nobody is to take the file away behind it.
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    drop_file(path.toStdString(), at.x(), at.y());
 }
 
 void make_main_window() {

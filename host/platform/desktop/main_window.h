@@ -1,5 +1,6 @@
 // main_window.h: the window itself: a frame with the menu bar around the glass, or cut to the
-// outline of the module; its place, and what is asked of it by host/platform/window_system.h.
+// outline of the module; its place, files that are dropped on it, and what is asked of it by
+// host/platform/window_system.h.
 
 #pragma once
 
@@ -17,6 +18,8 @@ class MainWindow final : public QMainWindow {
     void closeEvent(QCloseEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 };
 
 /// Both exist from make_main_window to drop_main_window.
