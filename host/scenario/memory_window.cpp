@@ -10,16 +10,28 @@
 #include "host/window/menu_command.h"
 #include "host/window_place.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace orvanel {
 
 MemoryWindow memory_window{};
 
+namespace {
+
+/// A window that has reached the end of the screen stays there.
+int on_screen(int place) {
+    return std::clamp<int>(place, std::numeric_limits<std::int16_t>::min(),
+                           std::numeric_limits<std::int16_t>::max());
+}
+
+}  // namespace
+
 void open_memory_window() {
     memory_window = {};
-    memory_window.left = window_x;
-    memory_window.top = window_y;
+    memory_window.left = on_screen(window_x);
+    memory_window.top = on_screen(window_y);
     resize_window();
 }
 
@@ -28,26 +40,26 @@ Outline memory_outline() { return memory_window.outline ? *memory_window.outline
 void memory_mouse_down(int px, int py) {
     memory_window.mouse = {px, py};
     memory_window.left_down = true;
-    mouse_down(px, py);
+    if (opened_dialog() == nullptr) mouse_down(px, py);
 }
 
 void memory_mouse_move(int px, int py) {
     if (const auto grab = memory_window.dragged_at) {
         // The window follows, and so the mouse is where it took hold again.
-        memory_window.left += px - grab->x;
-        memory_window.top += py - grab->y;
+        memory_window.left = on_screen(memory_window.left + px - grab->x);
+        memory_window.top = on_screen(memory_window.top + py - grab->y);
         window_moved(memory_window.left, memory_window.top);
         return;
     }
     memory_window.mouse = {px, py};
-    mouse_move(px, py, memory_window.left_down);
+    if (opened_dialog() == nullptr) mouse_move(px, py, memory_window.left_down);
 }
 
 void memory_mouse_up(int px, int py) {
     memory_window.left_down = false;
     if (std::exchange(memory_window.dragged_at, std::nullopt)) return;
     memory_window.mouse = {px, py};
-    mouse_up(px, py);
+    if (opened_dialog() == nullptr) mouse_up(px, py);
 }
 
 // What window_system.h asks for. Pictures are made when a scenario asks for them.

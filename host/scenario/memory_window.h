@@ -34,7 +34,9 @@ void open_memory_window();
 /// The outline of the window, the whole client area if it isn't cut.
 Outline memory_outline();
 
-/// The left button of the mouse, and its moves. A drag of the window takes them while it lasts.
+/// The left button of the mouse, and its moves. A drag of the window takes them while it lasts, and
+/// a window with an open dialog hears nothing of them. The screen ends 32768 pixels from its
+/// corner.
 void memory_mouse_down(int px, int py);
 void memory_mouse_move(int px, int py);
 void memory_mouse_up(int px, int py);

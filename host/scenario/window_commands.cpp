@@ -99,14 +99,15 @@ void mouse_up_command(const Arguments& a) { memory_mouse_up(px_of(a), py_of(a));
 
 void key_command(const Arguments& a) {
     constexpr int function_keys = 10;
+    const Shortcut* const shortcut = a.quoted ? nullptr : shortcut_of(a.word);
+    if (shortcut != nullptr) return menu_command(shortcut->id);
+    if (opened_dialog() != nullptr) return;  // that has the keys
     if (a.quoted)
         type(a.word);
     else if (const auto number = number_behind("F", a.word, 1, function_keys))
         function_key(*number);
     else if (is_alt_number(a.word))
         type_alt_number(std::string_view(a.word).substr(alt.size()));
-    else if (const Shortcut* const shortcut = shortcut_of(a.word))
-        menu_command(shortcut->id);
     else
         type(a.word);
 }
@@ -119,7 +120,10 @@ void menu_item_command(const Arguments& a) {
         report_fault(wrong_line, "the menu has no item " + std::to_string(id));
 }
 
-void drop_command(const Arguments& a) { drop_file(a.path, px_of(a), py_of(a)); }
+void drop_command(const Arguments& a) {
+    // In quotes, which whoever opens it takes off: the name may begin with one of its own.
+    drop_file('"' + a.path + '"', px_of(a), py_of(a));
+}
 
 void dialog_command(const Arguments& a) {
     const Dialog* const dialog = opened_dialog();
