@@ -101,6 +101,7 @@ void key_command(const Arguments& a) {
     constexpr int function_keys = 10;
     const Shortcut* const shortcut = a.quoted ? nullptr : shortcut_of(a.word);
     if (shortcut != nullptr) return menu_command(shortcut->id);
+    if (!a.quoted && a.word == "Alt+F4") return menu_command(item_exit);  // as the system does it
     if (opened_dialog() != nullptr) return;  // that has the keys
     if (a.quoted)
         type(a.word);
