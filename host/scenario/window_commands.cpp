@@ -99,16 +99,15 @@ void mouse_up_command(const Arguments& a) { memory_mouse_up(px_of(a), py_of(a));
 
 void key_command(const Arguments& a) {
     constexpr int function_keys = 10;
-    const Shortcut* const shortcut = a.quoted ? nullptr : shortcut_of(a.word);
-    if (shortcut != nullptr) return menu_command(shortcut->id);
-    if (!a.quoted && a.word == "Alt+F4") return menu_command(item_exit);  // as the system does it
-    if (opened_dialog() != nullptr) return;  // that has the keys
-    if (a.quoted)
-        type(a.word);
-    else if (const auto number = number_behind("F", a.word, 1, function_keys))
+    // A text in quotes is no name of a key.
+    const std::string_view name = a.quoted ? std::string_view{} : std::string_view{a.word};
+    if (const Shortcut* const shortcut = shortcut_of(name)) return menu_command(shortcut->id);
+    if (name == "Alt+F4") return menu_command(item_exit);  // as the system does it
+    if (opened_dialog() != nullptr) return;                // that has the keys
+    if (const auto number = number_behind("F", name, 1, function_keys))
         function_key(*number);
-    else if (is_alt_number(a.word))
-        type_alt_number(std::string_view(a.word).substr(alt.size()));
+    else if (is_alt_number(name))
+        type_alt_number(name.substr(alt.size()));
     else
         type(a.word);
 }
