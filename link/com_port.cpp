@@ -266,6 +266,9 @@ LinkRest plain_turn() {
     const bool sending = link_send_from_pipe();
     const int queued = com_queued_in();
     if (queued < 0) return LinkRest::fault;
+    // Asked anew behind the count: bytes that the peer sent behind a change of protocol go the new
+    // way, even if the change came amid this turn.
+    if (queued > 0 && protocol_on.load()) return LinkRest::none;
     int got = 0;
     if (queued > 0) {
         // Any byte from the peer ends the automatic macro.

@@ -196,6 +196,8 @@ void handle_frame() {
 LinkRest framed_turn() {
     const int queued = com_queued_in();
     if (queued < 0) return LinkRest::fault;
+    // As in a plain turn: bytes behind a change of protocol go the new way.
+    if (queued > 0 && !protocol_on.load()) return LinkRest::none;
     std::array<std::uint8_t, most_answer + 3> bytes;
     if (queued > 0) {
         const auto most = std::min(bytes.size(), static_cast<std::size_t>(queued));
