@@ -136,7 +136,8 @@ MainWindow::MainWindow() {
 void MainWindow::closeEvent(QCloseEvent* event) {
     keep_place();
     QMainWindow::closeEvent(event);
-    QApplication::quit();  // the ports panel isn't to keep the program alive
+    // Not quit, which would close the ports panel as if by hand: it is to be there next time.
+    QApplication::exit();
 }
 
 void MainWindow::moveEvent(QMoveEvent* event) {

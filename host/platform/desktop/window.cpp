@@ -77,7 +77,7 @@ bool open_window(const std::string& file, const std::string& serial) {
     ended_by_signal = false;
     on_wake(end_wake, [] {
         ended_by_signal = true;
-        QApplication::quit();
+        QApplication::exit();  // not quit, which would close the ports panel as if by hand
     });
     make_fade_timer();
     open_port(serial);
