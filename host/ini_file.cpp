@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace orvanel {
@@ -55,18 +56,33 @@ std::optional<std::string_view> section_name(std::string_view line) {
     return of(line, trimmed_part(line, {1, end}));
 }
 
+/// Where the text begins behind its byte order mark.
+std::size_t start_of(std::string_view text) {
+    return text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0;
+}
+
+/// The line that begins at `at`, as the head of a section.
+std::optional<std::string_view> section_at(std::string_view text, std::size_t at) {
+    return section_name(of(text, trimmed_part(text, line_at(text, at).text)));
+}
+
+/// Where the first head of a section at or behind `at`, the beginning of a line, begins; else the
+/// text's end.
+std::size_t next_head(std::string_view text, std::size_t at) {
+    while (at < text.size() && !section_at(text, at).has_value())
+        at = line_at(text, at).next;
+    return at;
+}
+
 /// The lines of the first such section, without its head.
 std::optional<Part> find_section(std::string_view text, std::string_view section) {
-    std::optional<Part> found;
-    const std::size_t start = text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0;
-    for (std::size_t at = start; at < text.size();) {
-        const Line line = line_at(text, at);
-        const auto name = section_name(of(text, trimmed_part(text, line.text)));
-        if (found.has_value() && name.has_value()) return Part{found->begin, at};
-        if (name.has_value() && same_name(*name, section)) found = Part{line.next, text.size()};
-        at = line.next;
+    for (std::size_t at = next_head(text, start_of(text)); at < text.size();) {
+        const std::size_t behind = line_at(text, at).next;
+        const std::size_t end = next_head(text, behind);
+        if (same_name(*section_at(text, at), section)) return Part{behind, end};
+        at = end;
     }
-    return found;
+    return std::nullopt;
 }
 
 /// Where the `=` of the line stands, npos if it is no line of a key.
@@ -121,21 +137,15 @@ std::optional<Value> find_value(std::string_view text, Part section, std::string
     return std::nullopt;
 }
 
-/// The line of the first such key, with its end.
-std::optional<Part> find_key_line(std::string_view text, Part section, std::string_view key) {
-    for (std::size_t at = section.begin; at < section.end;) {
-        const Line line = line_at(text, at);
-        if (find_value(text, {at, line.next}, key).has_value()) return Part{at, line.next};
-        at = line.next;
+/// These lines but those of the key.
+std::string without_key(std::string_view lines, std::string_view key) {
+    std::string left;
+    for (std::size_t at = 0; at < lines.size();) {
+        const Part line{at, line_at(lines, at).next};
+        if (!find_value(lines, line, key).has_value()) left.append(of(lines, line));
+        at = line.end;
     }
-    return std::nullopt;
-}
-
-/// Where the line that ends at `end` begins.
-std::size_t start_of_line(std::string_view text, std::size_t end) {
-    const std::size_t feed = end == 0 ? npos : text.rfind('\n', end - 1);
-    if (feed != npos) return feed + 1;
-    return text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0;
+    return left;
 }
 
 /// The end of the section's last key, or of its head.
@@ -184,16 +194,20 @@ void set_ini_value(std::string& text, std::string_view section, std::string_view
 }
 
 void remove_ini_value(std::string& text, std::string_view section, std::string_view key) {
-    for (auto lines = find_section(text, section); lines.has_value();
-         lines = find_section(text, section)) {
-        const auto line = find_key_line(text, *lines, key);
-        if (!line.has_value()) return;
-        text.erase(line->begin, line->end - line->begin);
-        lines->end -= line->end - line->begin;
-        if (of(text, *lines).find_first_not_of(" \t\r\n") != npos) continue;
-        const std::size_t head = start_of_line(text, lines->begin - 1);
-        text.erase(head, lines->end - head);
+    std::size_t at = next_head(text, start_of(text));
+    std::string kept = text.substr(0, at);
+    while (at < text.size()) {
+        const Part head{at, line_at(text, at).next};
+        const Part lines{head.end, next_head(text, head.end)};
+        const bool is_it = same_name(*section_at(text, at), section);
+        const std::string left =
+            is_it ? without_key(of(text, lines), key) : std::string(of(text, lines));
+        const bool emptied = left.size() < lines.end - lines.begin &&
+                             left.find_first_not_of(" \t\r\n") == std::string::npos;
+        if (!emptied) kept.append(of(text, head)).append(left);
+        at = lines.end;
     }
+    text = std::move(kept);
 }
 
 bool same_name(std::string_view a, std::string_view b) {

@@ -21,7 +21,8 @@ std::optional<std::string_view> ini_value(std::string_view text, std::string_vie
 void set_ini_value(std::string& text, std::string_view section, std::string_view key,
                    std::string_view value);
 
-/// Takes each such key out with its line, and the head of its section if nothing else stands in it.
+/// Takes each such key out of each such section with its line, and the head of the section too if
+/// nothing else is left in it.
 void remove_ini_value(std::string& text, std::string_view section, std::string_view key);
 
 /// Whether the names of two sections or keys are the same: the case of ASCII letters is none.
