@@ -114,9 +114,9 @@ class Builder {
         const int id = control.id;
         button->setObjectName(QString::number(id));
         button->setChecked(dialog_value(id) != 0);
-        QObject::connect(button, &QRadioButton::toggled, &dialog, [&box = dialog, id](bool chosen) {
-            if (chosen) box.use(id, 1);
-        });
+        // The one that is chosen already shows its choice too: a reset may have left old colours.
+        QObject::connect(button, &QRadioButton::clicked, &dialog,
+                         [&box = dialog, id] { box.use(id, 1); });
         group->addWidget(button);
         give_focus(button, id);
     }
