@@ -34,3 +34,21 @@ rm "$folder/kept/Orvanel42.bin"
 mkdir "$folder/kept/Orvanel42.bin"
 if "$program" --dir "$folder/kept" 2>"$folder/said"; then exit 1; fi
 grep -q "Orvanel42.bin: not a plain file" "$folder/said"
+
+# An end that hangs in a save is hurried by a second signal, and the rest is saved all the same.
+for seconds in 2 5 10 30; do
+    rm -rf "$folder/slow"
+    "$program" --dir "$folder/slow" "$folder/stream" 2>"$folder/said" &
+    sleep "$seconds"
+    if ! mkfifo "$folder/slow/Orvanel42.bin"; then # it had not begun
+        kill -KILL $!
+        continue
+    fi
+    kill -TERM $!
+    sleep 1
+    kill -TERM $! || continue # nothing had been programmed
+    if wait $!; then exit 1; fi
+    break
+done
+grep -q "cannot save .*Orvanel42.bin: Interrupted system call" "$folder/said"
+grep -qx xpos=100 "$folder/slow/simulator.ini"

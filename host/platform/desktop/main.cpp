@@ -9,6 +9,7 @@
 #include "host/platform/shared/process.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/start_port.h"
+#include "host/platform/shared/wake.h"
 #include "host/program_folder.h"
 #include "host/program_life.h"
 #include "host/settings.h"
@@ -182,6 +183,7 @@ int run_window() {
     event_loop_runs = false;
     orvanel::close_window();
     const std::vector<std::string> faults = save_memory();
+    orvanel::close_end_signals();  // not before: an impatient second one would cut the save off
     if (faults.empty()) return status;
     for (const std::string& fault : faults)
         if (!orvanel::ended_by_signal)

@@ -92,7 +92,6 @@ void close_window() {
     stop_module();
     keep_place();
     keep_panel_place();
-    close_end_signals();
     drop_main_window();
     close_wake(main_wake);
     close_real_time();

@@ -76,7 +76,7 @@ bool wait_for_wake(int fd, int ms) {
 int open_end_signals() {
     const int fd = open_wake();
     if (fd < 0) return fd;
-    end_fd.store(fd);
+    close_wake(end_fd.exchange(fd));
     set_end_action(on_end_signal);
     return fd;
 }
