@@ -19,8 +19,8 @@ void take_wake(int fd);
 bool wait_for_wake(int fd, int ms);
 
 /// A wake that SIGINT, SIGTERM and SIGHUP set from now on, in place of ending the program; -1 on
-/// failure. One that was open is closed. A SIGHUP that the parent has had ignored stays so. They cut a system call short that
-/// waits for a device.
+/// failure. One that was open is closed. A SIGHUP that the parent has had ignored stays so. They
+/// cut a system call short that waits for a device.
 int open_end_signals();
 
 /// Gives these signals their default action again and closes the wake.
