@@ -2,6 +2,7 @@
 // its pseudo terminal: link_bench PROGRAM
 // Beside it stands `cat` in the module's place, and a thread that sleeps 5 ms at a time.
 
+#include "bench/processes.h"
 #include "tests/support/module_process.h"
 #include "tests/support/pactlink_peer.h"
 
@@ -16,7 +17,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <signal.h>
 #include <string>
 #include <thread>
@@ -25,7 +25,6 @@
 namespace {
 
 using namespace orvanel;
-using std::chrono::duration;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
@@ -33,21 +32,6 @@ constexpr std::size_t window = 40'000;  // bytes on their way there and back
 constexpr int latency_samples = 2000;
 constexpr std::chrono::seconds share_time{10};
 constexpr int line_bytes_a_second = 11'520;  // 115200 baud
-
-double seconds_since(steady_clock::time_point begin) {
-    return duration<double>(steady_clock::now() - begin).count();
-}
-
-double cpu_seconds(clockid_t clock) {
-    timespec now{};
-    clock_gettime(clock, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-double cpu_seconds_of(pid_t pid) {
-    clockid_t clock{};
-    return clock_getcpuclockid(pid, &clock) == 0 ? cpu_seconds(clock) : 0;
-}
 
 /// `cat` where the module would be.
 struct Cat {
@@ -148,27 +132,8 @@ void latency(const char* what, int line, const Bytes& question, std::size_t answ
         times.push_back(seconds_since(begin) * 1e6);
     }
     std::sort(times.begin(), times.end());
-    std::printf("%-42s median %5.0f us, p99 %5.0f us\n", what, times[times.size() / 2],
+    std::printf("%-58s median %5.0f us, p99 %5.0f us\n", what, times[times.size() / 2],
                 times[times.size() * 99 / 100]);
-}
-
-/// Processor time of the program in percent of a core, while `meanwhile` runs.
-template <typename Work> void share(const char* what, const ModuleProcess& module, Work meanwhile) {
-    const double before = cpu_seconds_of(module.pid);
-    const auto begin = steady_clock::now();
-    meanwhile();
-    const double used = cpu_seconds_of(module.pid) - before;
-    std::printf("%-42s %.2f %% of a core\n", what, 100 * used / seconds_since(begin));
-}
-
-void sleep_5_ms_at_a_time() {
-    const double before = cpu_seconds(CLOCK_THREAD_CPUTIME_ID);
-    const auto begin = steady_clock::now();
-    while (steady_clock::now() - begin < share_time)
-        std::this_thread::sleep_for(milliseconds{5});
-    const double used = cpu_seconds(CLOCK_THREAD_CPUTIME_ID) - before;
-    std::printf("%-42s %.2f %% of a core\n", "a thread that sleeps 5 ms at a time",
-                100 * used / seconds_since(begin));
 }
 
 /// Lines and text, at the pace of the line.
@@ -203,30 +168,28 @@ int main(int argc, char** argv) {
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     constexpr std::size_t much = 255 * 16'000;
     const Cat cat = begin_cat();
-    std::printf("%-42s %.2f MB/s\n", "there and back, cat",
-                stream(cat.line, Bytes(much, 'x'), much));
+    print_result("there and back, cat", stream(cat.line, Bytes(much, 'x'), much), "MB/s");
     latency("a byte there and back, cat", cat.line, {'x'}, 1);
     end_cat(cat);
 
     ModuleProcess module = begin_module_process(argv[1]);
     tell_module(module, "protocol 0");
     ask_module(module, "time");
-    std::printf("%-42s %.2f MB/s\n", "there and back, plain",
-                stream(module.line, send_back(much), much));
+    print_result("there and back, plain", stream(module.line, send_back(much), much), "MB/s");
     latency("ESC ? and its answer of 9 bytes, plain", module.line, {0x1B, '?'}, 9);
     tell_module(module, "protocol 1");
     ask_module(module, "time");
     PactlinkPeer peer{module.line, 0, std::mt19937(1), 0, 0, 0, 0, 0, 0};
-    std::printf("%-42s %.2f MB/s\n", "there and back, Pactlink",
-                stream_frames(peer, send_back(much), much));
+    print_result("there and back, Pactlink", stream_frames(peer, send_back(much), much), "MB/s");
     latency("an empty data frame and its ACK", module.line, frame_of(0x11, {}), 1);
 
     const auto rest = [] { std::this_thread::sleep_for(share_time); };
-    share("idle, Pactlink", module, rest);
+    measure_share("idle, Pactlink", {module.pid}, rest);
     tell_module(module, "protocol 0");
     ask_module(module, "time");
-    share("idle, plain", module, rest);
-    share("lines and text at 115200 baud, plain", module, [&] { send_at_line_speed(module.line); });
-    sleep_5_ms_at_a_time();
+    measure_share("idle, plain", {module.pid}, rest);
+    measure_share("lines and text at 115200 baud, plain", {module.pid},
+                  [&] { send_at_line_speed(module.line); });
+    measure_sleeper(share_time);
     return end_module_process(module);
 }
