@@ -41,7 +41,9 @@ bool fill_and_close(int fd, std::span<const std::uint8_t> content, bool flush) {
         else
             good = errno == EINTR && flush;  // a device may keep us waiting when we are to end
     }
-    if (good && flush) good = fsync(fd) == 0;
+    // Of a signal that comes meanwhile only some network file systems tell.
+    while (good && flush && fsync(fd) != 0)
+        good = errno == EINTR;
     const int fault = errno;
     // Some file systems tell only here that the bytes found no room.
     const bool closed = close(fd) == 0;
