@@ -16,8 +16,10 @@ namespace {
 
 std::string open_folder;  // empty if none is
 
-std::string settings_path() { return open_folder + "/simulator.ini"; }
-std::string image_path() { return open_folder + "/Orvanel42.bin"; }
+std::string path_of(const char* name) { return std::filesystem::path(open_folder) / name; }
+
+std::string settings_path() { return path_of("simulator.ini"); }
+std::string image_path() { return path_of("Orvanel42.bin"); }
 
 /// Edits the file as it stands now: the user may have changed it since the start.
 std::string save_settings() {

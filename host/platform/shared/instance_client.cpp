@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <system_error>
 #include <vector>
 
@@ -75,7 +76,9 @@ std::uint32_t word_of(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
-std::string lock_path(const std::string& folder) { return folder + "/Orvanel42.lock"; }
+std::string lock_path(const std::string& folder) {
+    return std::filesystem::path(folder) / "Orvanel42.lock";
+}
 
 LockContent read_lock(const std::string& folder) {
     const std::string text = start_of(lock_path(folder));
