@@ -48,6 +48,7 @@ struct Options {
     int mem_kib = 0;  // 0: not given
     std::string serial;
     bool new_instance = false;
+    bool says_where = false;  // by an option, on a command line, whose user reads what it says
 };
 
 /// Empty if the file can be read, else what is wrong with it.
@@ -106,10 +107,10 @@ std::string folder_of(const Options& options) {
 }
 
 /// One program for each folder: this one, or the one that runs there already gets the file. The
-/// result is below 0 if it is this one, else the status to end with.
-int claim_folder(const Options& options) {
+/// result is below 0 if it is this one, else the status to end with; `fault` is why if that is no
+/// success.
+int claim_folder(const Options& options, std::string& fault) {
     using namespace orvanel;
-    std::string fault;
     // One that is starting takes no messages yet, and one that is ending takes none any more.
     for (int tries = 0; tries < most_tries; ++tries) {
         const FolderLock lock = lock_folder(options.folder, fault);
@@ -124,7 +125,6 @@ int claim_folder(const Options& options) {
         }
         std::this_thread::sleep_for(between_tries);
     }
-    std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
     return wrong_command_line;
 }
 
@@ -210,10 +210,22 @@ bool prepare_display() {
     return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-void tell_start_fault(const std::string& fault) {
+/// In a box, on the display that Qt has.
+void show_start_fault(const std::string& fault) {
     const std::string caption{orvanel::start_fault_caption};
-    std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
     QMessageBox::critical(nullptr, QString::fromStdString(caption), QString::fromStdString(fault));
+}
+
+/// The start ends while there is no Qt yet. Who has started the program from a menu of the desktop
+/// doesn't see standard error.
+int refuse_start(const Options& options, const std::string& fault, int& argc, char** argv) {
+    std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    if (options.says_where || !prepare_display()) return wrong_command_line;
+    qInstallMessageHandler(on_qt_message);
+    argc = 1;
+    const QApplication application(argc, argv);
+    show_start_fault("Error: " + fault);
+    return wrong_command_line;
 }
 
 int run(int argc, char** argv) {
@@ -228,18 +240,18 @@ int run(int argc, char** argv) {
     // For whoever opens it, here or elsewhere; and so it never begins with a quote.
     if (!options.file.empty())
         options.file = std::filesystem::absolute(without_quotes(options.file)).string();
+    options.says_where = !options.folder.empty() || !options.image.empty() || options.mem_kib != 0;
     options.folder = folder_of(options);
-    if (options.folder.empty() && options.image.empty() && options.mem_kib == 0) {
-        std::fputs("orvanel42: there is no folder to live in; name one with --dir\n", stderr);
-        return wrong_command_line;
-    }
-    const int status = options.folder.empty() ? -1 : claim_folder(options);
-    if (status >= 0) return status;
+    if (options.folder.empty() && options.image.empty() && options.mem_kib == 0)
+        return refuse_start(options, "there is no folder to live in; name one with --dir", argc,
+                            argv);
+    std::string fault;
+    const int status = options.folder.empty() ? -1 : claim_folder(options, fault);
+    if (status == EXIT_SUCCESS) return status;
+    if (status > 0) return refuse_start(options, fault, argc, argv);
     if (!orvanel::built_in_data_is_whole()) return EXIT_SUCCESS;
-    if (const std::string fault = load_memory(options); !fault.empty()) {
-        std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
-        return wrong_command_line;
-    }
+    fault = load_memory(options);
+    if (!fault.empty()) return refuse_start(options, fault, argc, argv);
     orvanel::name_devices(options.serial, options.folder);
     if (!prepare_display()) {
         std::fputs("orvanel42: there is no display to open a window on (DISPLAY and "
@@ -250,8 +262,10 @@ int run(int argc, char** argv) {
     qInstallMessageHandler(on_qt_message);
     argc = 1;  // the rest is ours and not for Qt
     const QApplication application(argc, argv);
-    if (const std::string fault = orvanel::prepare_skin(); !fault.empty()) {
-        tell_start_fault(fault);
+    fault = orvanel::prepare_skin();
+    if (!fault.empty()) {
+        std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+        show_start_fault(fault);
         return failed;
     }
     orvanel::set_companions(orvanel::help_page(), orvanel::terminal_command(options.folder));
