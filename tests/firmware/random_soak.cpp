@@ -222,6 +222,7 @@ void look_at_step() {
 }
 
 void take_step() {
+    const bool after_command = step.starts_with('#') || step.starts_with('\x1B');
     only_here.reset();
     planes_before = graphics_planes;
     const unsigned kind = below(20);
@@ -241,6 +242,7 @@ void take_step() {
         request_restart(static_cast<std::uint8_t>(below(4)));
     } else {
         step = next_command();
+        if (!after_command) only_here.reset();  // a finger or a reset may still do its part
         rx_pipe_put_block(std::vector<std::uint8_t>(step.begin(), step.end()));
     }
 }
