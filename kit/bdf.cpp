@@ -152,14 +152,16 @@ Font read_bdf(const std::string& name, std::string_view text, const Codes& wante
     BdfReader reader{name, text, 0, {}, false, 0, 0, false, {}};
     if (!next_line(reader) || !reader.line.starts_with("STARTFONT"))
         fail(reader, "expected STARTFONT: this is no BDF");
-    bool ended = false;
+    bool ended = false, characters = false;
     while (!ended && next_line(reader)) {
         const std::string_view word = take_word(reader.line);
         ended = word == "ENDFONT";
         if (word != "STARTCHAR") {
-            read_property(reader, word);
+            // Behind the first character a property would change what its number has meant.
+            if (!characters) read_property(reader, word);
             continue;
         }
+        characters = true;
         if (encoding != Encoding::stated) reader.codes = encoding == Encoding::codes;
         read_character(reader, wanted);
     }

@@ -100,6 +100,10 @@ TEST(KitFont, numbers_of_a_bdf_are_unicode_unless_it_is_our_own) {
                             character(0xE4, glyph) + "ENDFONT\n";
     EXPECT_TRUE(read_bdf("f", own, all_codes(), Encoding::stated).glyphs.contains(0xE4));
     EXPECT_TRUE(read_bdf("f", own, all_codes(), Encoding::unicode).glyphs.contains(0x84));
+    const std::string late = std::string(small_head) + character(0x2580, glyph) +
+                             "CHARSET_REGISTRY \"Orvanel42\"\nENDFONT\n";
+    EXPECT_FALSE(read_bdf("f", late, all_codes(), Encoding::stated).glyphs.contains(0x2580))
+        << "0x2580 is no code of the module";
 }
 
 TEST(KitFont, tells_the_line_of_a_bad_bdf) {
