@@ -94,6 +94,9 @@ void take_shape() {
     const bool had_frame = has_frame();
     set_flags();
     set_mask();
+    // Where the toolkit draws the frame itself, as under Wayland, it begins with an empty picture.
+    main_window->update();
+    glass->update();
     if (has_frame() == had_frame || !can_place_windows()) return;
     is_reframed = true;
     client_wanted = client;
