@@ -39,16 +39,21 @@ void put_number(Writer& writer, int value, char end) {
     writer.bytes->push_back(static_cast<std::uint8_t>(end));
 }
 
-/// The words of a command's parameters, for messages.
-std::string usage_of(const Form& form) {
+/// The words of a command's parameters, and `tail` for what comes behind the numbers.
+std::string parameters_of(const Form& form, std::string_view tail, const char* between) {
     std::string words;
     for (int i = 0; i < param_count(form); ++i)
-        words += std::string(i == 0 ? "" : ", ") + form.params[static_cast<std::size_t>(i)].name;
+        words +=
+            (i == 0 ? "" : between) + std::string(form.params[static_cast<std::size_t>(i)].name);
+    if (!words.empty() && !tail.empty()) words += between;
+    return words.append(tail);
+}
+
+/// What a command takes, for messages.
+std::string usage_of(const Form& form) {
     constexpr std::string_view tails[]{"",       "a text", "a picture",
                                        "a byte", "bytes",  "address, length, R, C or J"};
-    const std::string_view tail = tails[static_cast<std::size_t>(form.tail)];
-    if (!words.empty() && !tail.empty()) words += ", ";
-    words += tail;
+    const std::string words = parameters_of(form, tails[static_cast<std::size_t>(form.tail)], ", ");
     return letters_of(form) + " takes " + (words.empty() ? "nothing" : words);
 }
 
@@ -294,6 +299,21 @@ void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& byte
     const Bytes plain = take_bytes(scanner);
     if (plain.empty()) fail(pieces, "expected a text in double quotes or hexadecimal digits");
     append(bytes, plain);
+}
+
+std::string command_list() {
+    constexpr std::string_view tails[]{"",     "text",  "picture",
+                                       "byte", "bytes", "address,length,letter"};
+    std::string list;
+    for (const Form& form : all_forms()) {
+        const std::string words =
+            parameters_of(form, tails[static_cast<std::size_t>(form.tail)], ",");
+        (list += '#') += form.group;
+        if (form.op != 0) list += form.op;
+        if (!words.empty()) (list += ' ') += words;
+        list += '\n';
+    }
+    return list;
 }
 
 std::vector<std::string> lines_from(std::span<const std::uint8_t> bytes) {

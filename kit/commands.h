@@ -22,6 +22,10 @@ struct Assembly {
 /// none. Throws a Fault.
 void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& bytes);
 
+/// Every command with the names of its parameters, one a line, as in `#GD x1,y1,x2,y2`. A name of
+/// two words has a blank in it.
+std::string command_list();
+
 /// The lines from which assemble_line makes exactly these bytes. What is no command written in the
 /// plainest way comes as `text` or `bytes`.
 std::vector<std::string> lines_from(std::span<const std::uint8_t> bytes);

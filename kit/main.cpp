@@ -4,6 +4,7 @@
 #include "host/platform/shared/safe_file.h"
 #include "kit/build.h"
 #include "kit/check.h"
+#include "kit/commands.h"
 #include "kit/diff.h"
 #include "kit/dump.h"
 #include "kit/objects.h"
@@ -234,11 +235,18 @@ int run(int argc, char** argv) {
     add_file(*diff_app, "A", options.source, any_file);
     add_file(*diff_app, "B", options.other, any_file);
 
+    CLI::App* commands_app =
+        app.add_subcommand("commands", "List the module's commands and their parameters");
+
     try {
         app.parse(argc, argv);
         check_outputs(options);
     } catch (const CLI::ParseError& fault) {
         return app.exit(fault) == 0 ? all_well : wrong_call;
+    }
+    if (*commands_app) {
+        put(command_list());
+        return all_well;
     }
     try {
         if (*build_app) return build(options);

@@ -12,7 +12,7 @@ _orvanel42() {
     orvanel42-kit)
         options="--output --image-length --crc --stream-length --quiet --help --version"
         if [ "$COMP_CWORD" -eq 1 ]; then
-            mapfile -t COMPREPLY < <(compgen -W "build dump check diff --help --version" -- "$word")
+            mapfile -t COMPREPLY < <(compgen -W "build dump check diff commands --help --version" -- "$word")
             return
         fi ;;
     esac
