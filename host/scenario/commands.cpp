@@ -421,6 +421,9 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 void report_unknown(std::string_view name) {
     constexpr std::size_t longest_name = 30;  // beyond it nobody means a command of ours
     std::string message = "unknown command " + in_quotes(name);
+    if (name.starts_with('#') || name.starts_with('\x1B'))
+        return report_fault(
+            wrong_line, message + "; a stream of the module's commands is played by 'feed FILE'");
     const auto* nearest = std::min_element(
         std::begin(commands), std::end(commands), [name](const auto& a, const auto& b) {
             return edit_distance(name.substr(0, longest_name), a.name) <

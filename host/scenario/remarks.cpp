@@ -17,6 +17,12 @@ std::string hex_of(int value, int digits) {
     return text;
 }
 
+/// ` 'a'`, empty for a code that is no ASCII letter or sign.
+std::string letter_of(int code) {
+    if (code <= 0x20 || code > 0x7E) return "";
+    return {' ', '\'', static_cast<char>(code), '\''};
+}
+
 }  // namespace
 
 std::string name_of(const ByteSource& source) {
@@ -53,7 +59,7 @@ std::string words_of(Remark remark, int from, int to) {
     case Remark::missing_font:
         return "font " + n + " is missing";
     case Remark::missing_glyph:
-        return "character " + hex_of(from, 2) + " is not in the font";
+        return "character 0x" + hex_of(from, 2) + letter_of(from) + " is not in the font";
     case Remark::missing_picture:
         return "picture " + n + " is missing";
     case Remark::missing_border:

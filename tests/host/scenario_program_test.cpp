@@ -239,6 +239,8 @@ TEST_F(ScenarioProgram, a_wrong_line_ends_the_run_and_says_why) {
     for (const auto& [line, fault] :
          {Case{"sned 00", "unknown command 'sned'; is it 'send'?"},
           Case{"\x01\xFF", "unknown command '\\x01\\xFF'"},
+          Case{"#TA",
+               "unknown command '#TA'; a stream of the module's commands is played by 'feed FILE'"},
           Case{"wait", "a number is missing, 0 to 1000000000; the form is: wait MS"},
           Case{"reset 4", "4 is outside 0 to 3; the form is: reset [KIND]"},
           Case{"answers now", "'now' is too much; the form is: answers"},
@@ -298,12 +300,12 @@ TEST_F(ScenarioProgram, a_trace_tells_what_the_module_did_in_silence) {
               "ok\n"
               "9 clamped to 5\n"
               "there is no process macro 9\n"
-              "character 61 is not in the font\n"
+              "character 0x61 'a' is not in the font\n"
               "ok\n"
               "ok\n"
               "answer 01 02\n"
-              "character 61 is not in the font; character 80 is not in the font\n"
-              "character 6B is not in the font\n"
+              "character 0x61 'a' is not in the font; character 0x80 is not in the font\n"
+              "character 0x6B 'k' is not in the font\n"
               "press 9 9 on key\n"
               "answer 1B 41 01 01\n"
               "release on key\n"
