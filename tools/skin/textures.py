@@ -362,7 +362,7 @@ def save_board(folder):
         at += wide + widths.choice([6, 6, 10, 14])
 
     # Ink runs a little, and is thinner here and there.
-    ink = np.clip((blurred(silk, 3.0) + .035 * noise(rng, shape, 5) - .34) / .3, 0, 1) * np.clip(.95 + .03 * cloud + .03 * grain, .8, 1)
+    ink = np.clip((blurred(silk, 3.0) + .035 * noise(rng, shape, 5) - .34) / .3, 0, 1) * np.clip(.82 + .05 * cloud + .06 * grain, .6, .95)
     ink *= (1 - open_at)
     colour = colour * (1 - ink[..., None]) + np.array([226, 229, 220], np.float32) * ink[..., None]
 
