@@ -31,7 +31,6 @@ using std::chrono::steady_clock;
 constexpr std::size_t window = 40'000;  // bytes on their way there and back
 constexpr int latency_samples = 2000;
 constexpr std::chrono::seconds share_time{10};
-constexpr int line_bytes_a_second = 11'520;  // 115200 baud
 
 /// `cat` where the module would be.
 struct Cat {
@@ -136,26 +135,13 @@ void latency(const char* what, int line, const Bytes& question, std::size_t answ
                 times[times.size() * 99 / 100]);
 }
 
-/// Lines and text, at the pace of the line.
-void send_at_line_speed(int line) {
-    constexpr milliseconds beat{10};
+std::string lines_and_text() {
     std::string commands;
-    while (commands.size() < line_bytes_a_second) {
+    for (int i = 0; i < 400; ++i) {
         const std::string x = std::to_string(commands.size() % 240);
         commands.append("#GD").append(x).append(",0,239,100;#RI").append(x).append(",5,60,90;text");
     }
-    std::size_t sent = 0;
-    const auto begin = steady_clock::now();
-    for (int i = 1; steady_clock::now() - begin < share_time; ++i) {
-        const auto due = static_cast<std::size_t>(seconds_since(begin) * line_bytes_a_second);
-        while (sent < due) {
-            const std::size_t at = sent % commands.size();
-            const std::size_t n = std::min(due - sent, commands.size() - at);
-            write_all(line, {reinterpret_cast<const std::uint8_t*>(commands.data()) + at, n});
-            sent += n;
-        }
-        std::this_thread::sleep_until(begin + i * beat);
-    }
+    return commands;
 }
 
 }  // namespace
@@ -189,7 +175,7 @@ int main(int argc, char** argv) {
     ask_module(module, "time");
     measure_share("idle, plain", {module.pid}, rest);
     measure_share("lines and text at 115200 baud, plain", {module.pid},
-                  [&] { send_at_line_speed(module.line); });
+                  [&] { send_at_line_speed(module.line, lines_and_text(), share_time); });
     measure_sleeper(share_time);
     return end_module_process(module);
 }

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -69,6 +70,24 @@ long kib_of(pid_t pid, const std::string& file, const std::string& field) {
 
 void print_result(const std::string& what, double number, const char* unit) {
     std::printf("%-58s %10.2f %s\n", what.c_str(), number, unit);
+}
+
+void send_at_line_speed(int line, std::string_view commands, std::chrono::seconds time) {
+    constexpr int bytes_a_second = 11'520;
+    constexpr std::chrono::milliseconds beat{10};
+    std::size_t sent = 0;
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 1; std::chrono::steady_clock::now() - begin < time; ++i) {
+        const auto due = static_cast<std::size_t>(seconds_since(begin) * bytes_a_second);
+        while (sent < due) {
+            const std::size_t at = sent % commands.size();
+            const ssize_t n =
+                write(line, commands.data() + at, std::min(due - sent, commands.size() - at));
+            if (n <= 0) break;
+            sent += static_cast<std::size_t>(n);
+        }
+        std::this_thread::sleep_until(begin + i * beat);
+    }
 }
 
 void measure_sleeper(std::chrono::seconds time) {

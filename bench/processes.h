@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orvanel {
@@ -28,6 +29,9 @@ long kib_of(pid_t pid, const std::string& file, const std::string& field);
 
 /// The line `WHAT   NUMBER UNIT` of a result.
 void print_result(const std::string& what, double number, const char* unit);
+
+/// Sends the commands over and over at 115200 baud. Where the line takes no more they wait.
+void send_at_line_speed(int line, std::string_view commands, std::chrono::seconds time);
 
 /// The share of a core that a thread takes which sleeps 5 ms at a time.
 void measure_sleeper(std::chrono::seconds time);

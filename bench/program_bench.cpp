@@ -33,7 +33,6 @@ using std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
 constexpr seconds share_time{10};
-constexpr int line_bytes_a_second = 11'520;  // 115200 baud
 constexpr int module_count = 100;
 
 using Command = std::vector<std::string>;
@@ -134,31 +133,17 @@ void end_module(const Module& module) {
     close(module.line);
 }
 
-/// 8 x 8 dots set, inverted and lettered all over the glass, at the pace of the line.
-void send_at_line_speed(int line) {
-    constexpr milliseconds beat{10};
+/// 8 x 8 dots inverted and lettered, all over the glass.
+std::string small_changes() {
     std::string commands = "#TA";
-    for (int i = 0; commands.size() < line_bytes_a_second; ++i) {
-        const std::string x = std::to_string(i * 24 % 232);
-        const std::string y = std::to_string(i * 40 % 120);
-        const std::string box = x + "," + y + "," + std::to_string(i * 24 % 232 + 7) + "," +
-                                std::to_string(i * 40 % 120 + 7);
-        commands.append("#RI").append(box).append("\r#ZL").append(x).append(",").append(y);
+    for (int i = 0; i < 600; ++i) {
+        const int x = i * 24 % 232, y = i * 40 % 120;
+        const std::string corner = std::to_string(x) + "," + std::to_string(y);
+        commands.append("#RI").append(corner).append(",").append(std::to_string(x + 7));
+        commands.append(",").append(std::to_string(y + 7)).append("\r#ZL").append(corner);
         commands.append(",\"A\"\r");
     }
-    std::size_t sent = 0;
-    const auto begin = steady_clock::now();
-    for (int i = 1; steady_clock::now() - begin < share_time; ++i) {
-        const auto due = static_cast<std::size_t>(seconds_since(begin) * line_bytes_a_second);
-        while (sent < due) {
-            const std::size_t at = sent % commands.size();
-            const ssize_t n =
-                write(line, commands.data() + at, std::min(due - sent, commands.size() - at));
-            if (n <= 0) break;
-            sent += static_cast<std::size_t>(n);
-        }
-        std::this_thread::sleep_until(begin + i * beat);
-    }
+    return commands;
 }
 
 void rest() { std::this_thread::sleep_for(share_time); }
@@ -180,7 +165,7 @@ void measure_window(const fs::path& folder, const std::string& program, int zoom
     std::this_thread::sleep_for(seconds{2});
     measure_share("window idle, port open" + at_zoom, {module.pid}, rest);
     measure_share("window, 8 x 8 changes at 115200 baud" + at_zoom, {module.pid},
-                  [&] { send_at_line_speed(module.line); });
+                  [&] { send_at_line_speed(module.line, small_changes(), share_time); });
     print_result("window, resident" + at_zoom,
                  static_cast<double>(kib_of(module.pid, "status", "VmRSS:")) / 1024, "MiB");
     end_module(module);

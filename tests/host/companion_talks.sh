@@ -1,6 +1,7 @@
 #!/bin/bash
 # A program and its companion: companion_talks.sh HEADLESS TERMINAL
 set -euo pipefail
+. "$(dirname "$0")/../support/waiting.sh"
 
 headless=$1
 terminal=$2
@@ -17,18 +18,6 @@ exec 4<>commands  # open without an end: a scenario that goes on
 start() {
     "$headless" --realtime --dir module <&4 >said 2>told &
     running=$!
-}
-
-# Waits until the command succeeds, a minute at most.
-until_it() { # COMMAND...
-    local i
-    for ((i = 0; i < 600; ++i)); do
-        ! "$@" >last 2>&1 || return 0
-        sleep 0.1
-    done
-    echo "never: $*" >&2
-    cat last told >&2
-    return 1
 }
 
 ends_with() { # STATUS TEXT COMMAND...

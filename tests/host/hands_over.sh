@@ -1,6 +1,7 @@
 #!/bin/bash
 # A second start hands its file to the window that is there: hands_over.sh PROGRAM TERMINAL HEADLESS
 set -euo pipefail
+. "$(dirname "$0")/../support/waiting.sh"
 
 program=$1
 terminal=$2
@@ -19,18 +20,6 @@ part=$(printf 'x%.0s' {1..130})
 long=$part/$part
 mkdir -p "$long"
 touch "$long/file"
-
-# Waits until the command succeeds, a minute at most.
-until_it() { # COMMAND...
-    local i
-    for ((i = 0; i < 600; ++i)); do
-        ! "$@" >last 2>&1 || return 0
-        sleep 0.1
-    done
-    echo "never: $*" >&2
-    cat last >&2
-    return 1
-}
 
 refuses() { # TEXT COMMAND...
     local status=0

@@ -4,6 +4,7 @@
 # IMAGE is the demo's, and GOLDEN the folder of its pictures: what the glass shows tells where a
 # journey has come to.
 set -Eeuo pipefail
+. "$(dirname "$0")/../support/waiting.sh"
 trap 'echo "journeys: line $LINENO: $BASH_COMMAND" >&2' ERR
 
 program=$1
@@ -13,18 +14,6 @@ folder=$(mktemp -d)
 running=()
 trap 'kill "${running[@]}" 2>/dev/null || true; wait; rm -rf "$folder"' EXIT
 cd "$folder"
-
-# Waits until the command succeeds, a minute at most.
-until_it() { # COMMAND...
-    local i
-    for ((i = 0; i < 600; ++i)); do
-        ! "$@" >last 2>&1 || return 0
-        sleep 0.1
-    done
-    echo "never: $*" >&2
-    cat last >&2
-    return 1
-}
 
 fails() { ! "$@"; }
 

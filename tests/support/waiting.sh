@@ -1,0 +1,15 @@
+# waiting.sh: for tests in the shell, which source it.
+
+# Waits until the command succeeds, a minute at most; then shows what it said, and the file `told`
+# if there is one, which is for what a program in the background says.
+until_it() { # COMMAND...
+    local i
+    for ((i = 0; i < 600; ++i)); do
+        ! "$@" >last 2>&1 || return 0
+        sleep 0.1
+    done
+    echo "never: $*" >&2
+    cat last >&2
+    [ ! -e told ] || cat told >&2
+    return 1
+}
