@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <csetjmp>
 #include <cstddef>
 #include <span>
@@ -50,8 +51,10 @@ Bytes encode_pbm(const BitPlane& dots) {
     return file;
 }
 
-/// What lets light through shows white behind it.
-bool is_dark(std::span<const png_byte, 4> rgba) {
+/// Of four bytes as they stand: red, green, blue, opacity. What lets light through shows white
+/// behind it.
+bool is_dark(std::uint32_t pixel) {
+    const auto rgba = std::bit_cast<std::array<png_byte, 4>>(pixel);
     const int luminance = (299 * rgba[0] + 587 * rgba[1] + 114 * rgba[2]) / 1000;
     return 255 - (255 - luminance) * rgba[3] / 255 < 128;
 }
@@ -67,14 +70,16 @@ std::string decode_png(std::span<const std::uint8_t> file, BitPlane& dots) {
         return fault;
     }
     image.format = PNG_FORMAT_RGBA;
-    Bytes pixels(PNG_IMAGE_SIZE(image));
+    std::vector<std::uint32_t> pixels(std::size_t{screen_width} * screen_height);
     if (png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr) == 0)
         return std::string("is damaged: ") + image.message;
-    for (int y = 0; y < screen_height; ++y)
-        for (int x = 0; x < screen_width; ++x) {
-            const auto at = static_cast<std::size_t>(y * screen_width + x) * 4;
-            plane_put(dots.data(), x, y, is_dark(std::span(pixels).subspan(at).first<4>()));
-        }
+    // Most pixels are like the one before.
+    std::uint32_t before = pixels[0];
+    bool dark = is_dark(before);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        if (pixels[i] != before) dark = is_dark(before = pixels[i]);
+        dots[i / 8] = static_cast<std::uint8_t>(dots[i / 8] << 1 | (dark ? 1 : 0));
+    }
     return {};
 }
 

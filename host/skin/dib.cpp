@@ -146,9 +146,13 @@ void dib_turn(Dib& target, const Dib& source) {
     const auto from = source.block.begin() + static_cast<std::ptrdiff_t>(source.colours);
     std::copy(from, from + static_cast<std::ptrdiff_t>(source.bits - source.colours),
               target.block.begin() + static_cast<std::ptrdiff_t>(target.colours));
-    for (int y = 0; y < rows; ++y)
-        for (int x = 0; x < columns; ++x)
-            dib_put(target, rows - 1 - y, x, dib_get(source, x, y));
+    // A column of the source, from its bottom row up as it is stored, is a row of the target.
+    for (int x = 0; x < columns; ++x) {
+        const std::uint8_t* pixel = &source.block[source.bits + static_cast<std::size_t>(x)];
+        std::uint8_t* to = &target.block[row_at(target, x)];
+        for (int i = 0; i < rows; ++i)
+            to[i] = pixel[static_cast<std::size_t>(i) * source.stride];
+    }
     target.scale = source.scale;
     target.width = source.height;
     target.height = source.width;
