@@ -79,7 +79,7 @@ point_at() { # X Y on the glass
 press() { # X Y
     point_at "$1" "$2"
     xdotool mousedown 1
-    sleep 0.3 # a finger stays a while; the module looks each 100 ms
+    sleep 0.5 # a finger stays a while, or the module may not see it
     xdotool mouseup 1
 }
 
@@ -121,11 +121,15 @@ until_it shows codes
 
 # The menu on the right button, and the keys: larger, turned, without a frame, and back.
 until_it is_large 292 164
-measure
-xdotool mousemove $((X + 100)) $((Y + HEIGHT - 8)) click 3
-sleep 0.5
-xdotool key v 2
-until_it is_large 584 328
+zooms_by_popup() {
+    measure
+    xdotool mousemove $((X + 100)) $((Y + HEIGHT - 8)) click 3
+    sleep 1 # nothing tells that it is there
+    xdotool key v 2
+    sleep 1
+    is_large 584 328 || ! xdotool key Escape Escape
+}
+until_it zooms_by_popup
 xdotool key ctrl+1
 until_it is_large 292 164
 xdotool key ctrl+d
