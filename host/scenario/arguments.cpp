@@ -1,0 +1,139 @@
+#include "host/scenario/arguments.h"
+
+#include "firmware/core/draw_area.h"
+#include "host/scenario/line.h"
+#include "host/scenario/report.h"
+#include "host/window/dialog.h"
+
+#include <filesystem>
+#include <utility>
+
+namespace orvanel {
+
+namespace {
+
+/// Paths start from the folder of the scenario, or the present one for standard input.
+std::string resolved(const std::string& name) {
+    return (std::filesystem::path(scenario_name).parent_path() / name).string();
+}
+
+std::string take_picture_path(std::string_view& rest, Arguments& into) {
+    std::string fault = take_path(rest, into.path);
+    if (fault.empty() && !is_picture_path(into.path))
+        fault = in_quotes(into.path) + " ends neither in .png nor in .pbm";
+    into.path = resolved(into.path);
+    return fault;
+}
+
+std::string take_file_path(std::string_view& rest, std::string_view ending, Arguments& into) {
+    std::string fault = take_path(rest, into.path);
+    if (fault.empty() && !ends_in(into.path, ending))
+        fault = in_quotes(into.path) + " doesn't end in " + std::string(ending);
+    into.path = resolved(into.path);
+    return fault;
+}
+
+void take_shown(std::string_view& rest, Arguments& into) {
+    std::string_view ahead = rest;
+    const std::string_view word = take_word(ahead);
+    if (word != "main" && word != "flash") return;
+    into.shown = word == "main" ? Shown::main : Shown::flash;
+    rest = ahead;
+}
+
+std::string take_within(std::string_view& rest, const Argument& a, Arguments& into) {
+    into.within_ms = a.otherwise;
+    std::string_view ahead = rest;
+    if (take_word(ahead) != "within") return {};
+    rest = ahead;
+    return take_number(rest, a.least, a.most, into.within_ms);
+}
+
+std::string take_key(std::string_view& rest, Arguments& into) {
+    rest = trimmed(rest);
+    if (rest.empty()) return "a key is missing";
+    into.quoted = rest.front() == '"';
+    if (!into.quoted) {
+        into.word = std::exchange(rest, {});
+        return {};
+    }
+    std::vector<std::uint8_t> text;
+    std::string fault = take_bytes(rest, text);
+    into.word.assign(text.begin(), text.end());
+    return fault;
+}
+
+std::string take_control(std::string_view& rest, const Argument& a, Arguments& into) {
+    into.number = dialog_close;
+    std::string_view ahead = rest;
+    if (take_word(ahead) == "close") {
+        rest = ahead;
+        return {};
+    }
+    into.value = a.otherwise;
+    std::string fault = take_number(rest, a.least, a.most, into.number);
+    if (!fault.empty() || trimmed(rest).empty()) return fault;
+    return take_number(rest, 0, slider_end, into.value);
+}
+
+std::string take_message(std::string_view& rest, BridgeMessage& message) {
+    for (std::uint32_t* part :
+         {&message.number, &message.parameters.first, &message.parameters.second})
+        if (std::string fault = take_hex_number(rest, *part); !fault.empty()) return fault;
+    return {};
+}
+
+}  // namespace
+
+std::string take_argument(std::string_view& rest, const Argument& a, Arguments& into) {
+    switch (a.take) {
+    case Take::none:
+        return {};
+    case Take::bytes:
+        return take_bytes(rest, into.bytes);
+    case Take::path: {
+        std::string fault = take_path(rest, into.path);
+        into.path = resolved(into.path);
+        return fault;
+    }
+    case Take::picture:
+        return take_picture_path(rest, into);
+    case Take::file:
+        return take_file_path(rest, a.ending, into);
+    case Take::shown:
+        take_shown(rest, into);
+        return {};
+    case Take::number:
+        into.number = a.otherwise;
+        if (a.otherwise >= 0 && trimmed(rest).empty()) return {};
+        return take_number(rest, a.least, a.most, into.number);
+    case Take::dot: {
+        std::string fault = take_number(rest, 0, last_x, into.x);
+        return fault.empty() ? take_number(rest, 0, last_y, into.y) : fault;
+    }
+    case Take::place: {
+        into.x = into.y = a.otherwise;
+        if (trimmed(rest).empty()) return {};
+        std::string fault = take_number(rest, a.least, a.most, into.x);
+        return fault.empty() ? take_number(rest, a.least, a.most, into.y) : fault;
+    }
+    case Take::pixel: {
+        std::string fault = take_number(rest, a.least, a.most, into.x);
+        return fault.empty() ? take_number(rest, a.least, a.most, into.y) : fault;
+    }
+    case Take::key:
+        return take_key(rest, into);
+    case Take::control:
+        return take_control(rest, a, into);
+    case Take::message:
+        return take_message(rest, into.message);
+    case Take::word:
+        into.word = take_word(rest);
+        return into.word.empty() ? "a name is missing" : "";
+    case Take::within:
+        return take_within(rest, a, into);
+    }
+    return {};
+}
+
+}  // namespace orvanel

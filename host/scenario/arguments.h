@@ -1,0 +1,62 @@
+// arguments.h: the arguments of scenario commands: the kinds that there are, and reading them.
+
+#pragma once
+
+#include "host/bridge.h"
+#include "host/scenario/picture.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvanel {
+
+/// What one argument of a command is.
+enum class Take : std::uint8_t {
+    none,
+    bytes,    // HEX and TEXT pieces
+    path,     // from the folder of the scenario
+    picture,  // a path that ends in .png or .pbm
+    file,     // a path that has the `ending`
+    shown,    // `main`, `flash` or nothing
+    number,   // least..most; `otherwise` if it is left out, where that isn't below 0
+    dot,      // X and Y of a dot on the glass
+    place,    // X and Y as bytes, or nothing for 0, 0
+    word,     // a name without blanks
+    pixel,    // PX and PY in the window, or beside it
+    key,      // a text in quotes, or the rest of the line
+    control,  // a control's number, and perhaps a value, or `close`
+    message,  // NUMBER FIRST SECOND in hexadecimal
+    within,   // `within MS` or nothing, then `otherwise`
+};
+
+struct Argument {
+    Take take;
+    std::int64_t least, most;
+    std::int64_t otherwise;
+    std::string_view ending{};
+};
+
+/// Arguments::number of `dialog close`.
+constexpr std::int64_t dialog_close = -1;
+
+/// The arguments of the running command.
+struct Arguments {
+    std::vector<std::uint8_t> bytes;
+    std::string path;  // resolved against the folder of the scenario
+    Shown shown;
+    std::int64_t number;
+    std::int64_t x, y;
+    std::string word;
+    bool quoted;         // `word` stood in quotes
+    std::int64_t value;  // of a control, 1 if none was given
+    std::int64_t within_ms;
+    BridgeMessage message;
+};
+
+/// Takes an argument of this kind from the front of the rest of a line. Empty, or what is wrong
+/// with it.
+std::string take_argument(std::string_view& rest, const Argument& a, Arguments& into);
+
+}  // namespace orvanel
