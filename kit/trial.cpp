@@ -1,5 +1,6 @@
 #include "kit/trial.h"
 
+#include "firmware/core/bytes.h"
 #include "firmware/core/loop.h"
 #include "firmware/core/power_on.h"
 #include "firmware/core/requests.h"
@@ -329,9 +330,9 @@ void run_all(std::span<const std::uint8_t> image, std::span<const std::uint8_t> 
         trial->ran.clear();
     }
     eeprom_reset_to(static_cast<int>(image.size()), image);
-    for (std::uint8_t kind = 0; kind < macro_count(power_on_macro_table); ++kind)
+    for (int kind = 0; kind < macro_count(power_on_macro_table); ++kind)
         if (kind == 0 || has_macro(power_on_macro_table, kind))
-            trial->visits.push_back({kind, {}, false});
+            trial->visits.push_back({low8(kind), {}, false});
     trial->bytes_left = most_bytes;
     while (!trial->visits.empty() || plan_left_macro()) {
         if (trial->bytes_left <= 0) {
