@@ -50,6 +50,11 @@ LinkRest link_turn() {
 
 void run_link() {
     line_waits = true;
+    // The reset of the start empties the pipes: what a quick peer has sent waits on the line.
+    while (!shutdown_requested.load() && !tick_enabled.load()) {
+        serve_line_words();
+        com_wait(LineEvent::idle, 1);
+    }
     while (!shutdown_requested.load()) {
         // A reset empties the pipe without a read; and the firmware may read the last byte before
         // RTS has gone off for it.

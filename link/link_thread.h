@@ -11,8 +11,9 @@ namespace orvanel {
 /// The result says what there is to wait for.
 LinkRest link_turn();
 
-/// The thread's body: turn after turn until shutdown_requested. Between them it sleeps until there
-/// is something to do. Whoever sets shutdown_requested calls wake_link, and close_link behind it.
+/// The thread's body: turn after turn, from the module's first reset until shutdown_requested.
+/// Between them it sleeps until there is something to do. Whoever sets shutdown_requested calls
+/// wake_link, and close_link behind it.
 void run_link();
 
 }  // namespace orvanel
