@@ -61,8 +61,8 @@ std::string object_difference(Image before, const Object& a, Image after, const 
 /// Marks the bytes that tables and objects account for.
 void mark_known(Image image, const ObjectMap& objects, std::vector<bool>& known) {
     const auto mark = [&known](int first, int count) {
-        for (int i = first; i < first + count && i < std::ssize(known); ++i)
-            known[static_cast<std::size_t>(i)] = true;
+        const std::ptrdiff_t end = std::min<std::ptrdiff_t>(first + count, std::ssize(known));
+        if (first < end) std::fill(known.begin() + first, known.begin() + end, true);
     };
     for (const auto& [id, object] : objects) {
         const int entry = table_of(object.kind) + entry_size(object.kind) * object.number;
