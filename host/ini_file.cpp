@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r";
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";  // some editors begin a text with it
-constexpr std::size_t longest_file = 1024 * 1024;             // beyond it nobody means settings
 constexpr auto npos = std::string_view::npos;
 
 /// A part of the text, by position.
@@ -221,7 +220,7 @@ std::string load_ini(const std::string& path, std::string& text) {
     const auto kind = std::filesystem::status(path, ignored).type();
     if (kind == std::filesystem::file_type::not_found) return {};
     std::vector<std::uint8_t> content;
-    const std::string fault = read_file(path, longest_file, content);
+    const std::string fault = read_file(path, longest_ini, content);
     if (!fault.empty()) return path + ": " + fault;
     text.assign(content.begin(), content.end());
     return {};

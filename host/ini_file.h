@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,8 +29,11 @@ void remove_ini_value(std::string& text, std::string_view section, std::string_v
 /// Whether the names of two sections or keys are the same: the case of ASCII letters is none.
 bool same_name(std::string_view a, std::string_view b);
 
-/// Reads the whole file, of 1 MiB at most; a file that isn't there is an empty one. The result is
-/// empty on success, else the path and what went wrong.
+/// Bytes of a file: beyond it nobody means settings.
+constexpr std::size_t longest_ini = 1024 * 1024;
+
+/// Reads the whole file, of longest_ini bytes at most; a file that isn't there is an empty one. The
+/// result is empty on success, else the path and what went wrong.
 std::string load_ini(const std::string& path, std::string& text);
 
 }  // namespace orvanel

@@ -30,6 +30,9 @@ std::string save_settings() {
     const std::string former = ini;
     put_settings(ini);
     if (ini == former) return {};
+    // The next start would refuse it.
+    if (ini.size() > longest_ini)
+        return "cannot save " + path + ": longer than " + std::to_string(longest_ini) + " bytes";
     const std::vector<std::uint8_t> bytes(ini.begin(), ini.end());
     fault = replace_file(path, bytes, Backup::none);
     return fault.empty() ? "" : "cannot save " + path + ": " + fault;

@@ -226,7 +226,13 @@ TEST_F(Folder, keeps_what_the_user_writes_while_the_program_runs) {
 
 TEST_F(Folder, what_can_not_be_read_is_told_and_left_alone) {
     const std::string path = folder.string();
+    const std::string nearly_too_long(longest_ini, '\n');
+    put("simulator.ini", nearly_too_long);
     ASSERT_EQ(open_program_folder(path), "");
+    EXPECT_EQ(save_program_folder(),
+              std::vector{"cannot save " + path + "/simulator.ini: longer than 1048576 bytes"});
+    EXPECT_EQ(get("simulator.ini"), nearly_too_long);
+    fs::remove(folder / "simulator.ini");
     fs::create_directory(folder / "simulator.ini");
     EXPECT_EQ(open_program_folder(path), path + "/simulator.ini: not a plain file");
     EXPECT_EQ(save_program_folder(),
