@@ -103,10 +103,8 @@ void redraw_bar() {
 }
 
 /// Moves the bar in work to value v of its scale. False, and the value stays, if that is the same
-/// dot.
+/// dot. A pointer in a bar of two dots with a frame has the length -1, and moves back by a dot.
 bool set_bar_value(int v) {
-    // A frame and a pointer may leave no dots to move in.
-    if (bar_work.length <= 0) return false;
     const int rel = std::clamp(v - bar_work.low, 0, bar_work.steps - 1);
     const int pos = rel * bar_work.length / (bar_work.steps - 1);
     if (pos == bar_work.pos) return false;
@@ -170,7 +168,8 @@ void power_on_bars() {
 }
 
 bool bar_touch_value(int slot) {
-    if (!select_bar(slot) || bar_work.length <= 0) return false;
+    // A frame and a pointer may leave no dots to move in.
+    if (!select_bar(slot) || bar_work.length == 0) return false;
     int t = 0;
     switch (bar_work.dir) {
     case 'R':

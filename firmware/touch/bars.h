@@ -10,8 +10,8 @@
 namespace orvanel {
 
 struct BarGraph {
-    std::int32_t pos;     // dots from the bar's start, 0..length
-    std::int32_t length;  // usable dots in the direction of growth: less the frame and the pointer
+    std::int32_t pos;     // dots from the bar's start, between 0 and length
+    std::int32_t length;  // usable dots in the direction of growth, -1 at least
     std::int32_t x1, x2;  // outer rectangle, dots
     std::uint8_t y1, y2;  // dots
     std::uint8_t dir;   // 'L', 'R', 'O' or 'U': to the left, to the right, upward, downward; 0: no

@@ -130,8 +130,8 @@ void check_tables() {
     check(open_menu_slot == no_menu_slot || (open_menu_slot < 8 && menu_items > 0));
     check(bar_current >= -1 && bar_current < static_cast<int>(bar_slots.size()));
     if (bar_current >= 0)
-        check(bar_work.pos >= 0 && bar_work.pos <= std::max(bar_work.length, 0) &&
-              bar_work.value < bar_work.steps);
+        check(bar_work.pos >= std::min(bar_work.length, 0) &&
+              bar_work.pos <= std::max(bar_work.length, 0) && bar_work.value < bar_work.steps);
 }
 
 /// Between two commands; within one, a row may be in the making.
