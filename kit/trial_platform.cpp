@@ -9,7 +9,7 @@ namespace orvanel {
 
 void sleep_ms(int ms) { trial_time_passes(ms); }
 
-void sleep_until_input(int ms) {
+void sleep_until_woken(int ms) {
     trial_time_passes(ms);
     trial_idles();
 }

@@ -33,7 +33,8 @@ void start_due_process() {
     }
 }
 
-/// What the module does between two commands, and only while no macro runs. The depth is looked at
+/// What the module does between two commands, and only while no macro runs. An idle pass can find
+/// only what another thread has left, and who leaves something wakes us. The depth is looked at
 /// once: an automatic macro that is due in the same pass nests on top of a process macro and runs
 /// first.
 void background_work() {

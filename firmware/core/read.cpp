@@ -82,7 +82,7 @@ bool read_next_byte() {
         return true;
     }
     trace(TraceKind::idle);
-    sleep_until_input(idle_sleep_ms);
+    sleep_until_woken(idle_sleep_ms);
     return false;
 }
 

@@ -1,5 +1,7 @@
 #include "firmware/core/requests.h"
 
+#include "host/platform/platform.h"
+
 namespace orvanel {
 
 constinit std::atomic<std::uint8_t> reset_kind{0};
@@ -11,6 +13,7 @@ constinit std::atomic<bool> tick_yield_pending{false};
 void request_restart(std::uint8_t kind) {
     reset_kind.store(kind);
     restart_requested.store(true);
+    wake_firmware();
 }
 
 bool breaking_off() { return restart_requested.load() || shutdown_requested.load(); }

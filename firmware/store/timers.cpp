@@ -10,6 +10,7 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/store/macro.h"
 #include "firmware/text/terminal.h"
+#include "host/platform/platform.h"
 #include "link/port.h"
 
 #include <algorithm>
@@ -181,6 +182,7 @@ void firmware_tick() {
     for (AutoMacroTimer& process : process_macros)
         tick_process(process);
     tick_yield_pending.store(true);
+    wake_firmware();
 }
 
 }  // namespace orvanel

@@ -15,6 +15,7 @@
 #include "firmware/touch/keys.h"
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
+#include "host/platform/platform.h"
 #include "link/answers.h"
 
 #include <algorithm>
@@ -163,9 +164,13 @@ void power_on_tracking() {
 void put_finger(int x, int y) {
     touch_sample.store(static_cast<std::uint32_t>(x + 1) | static_cast<std::uint32_t>(y + 1) << 8 |
                        touch_changed);
+    wake_firmware();
 }
 
-void lift_finger() { touch_sample.store(touch_changed); }
+void lift_finger() {
+    touch_sample.store(touch_changed);
+    wake_firmware();
+}
 
 void poll_touch() {
     if (!touch_enabled || (touch_sample.load(std::memory_order_relaxed) & touch_changed) == 0)

@@ -19,12 +19,12 @@ struct PixelRect {
 /// real time may return early once shutdown_requested is set.
 void sleep_ms(int ms);
 
-/// As sleep_ms, but in real time it ends early when wake_firmware is called: the firmware has
-/// nothing to do until a byte comes.
-void sleep_until_input(int ms);
+/// The firmware has nothing to do until it is woken. Module time moves by `ms` and serves what
+/// falls due, whether it wakes the firmware or not; real time goes by until wake_firmware.
+void sleep_until_woken(int ms);
 
-/// Ends a sleep_until_input that is running, or the next one. Called from any thread behind a put
-/// into rx_pipe.
+/// Ends a sleep_until_woken that is running, or the next one. Called from any thread behind
+/// whatever an idle firmware looks at: a byte in rx_pipe, the finger, a tick, a restart.
 void wake_firmware();
 
 /// What one byte costs that the read layer takes from a macro or from rx_pipe: 10 us of module

@@ -5,6 +5,7 @@
 #include "firmware/core/requests.h"
 #include "firmware/store/macro.h"
 #include "firmware/touch/areas.h"
+#include "firmware/touch/tracking.h"
 #include "host/bridge.h"
 #include "host/demo.h"
 #include "host/picture_import.h"
@@ -16,7 +17,6 @@
 #include "host/scenario/window_commands.h"
 #include "host/scenario/world.h"
 #include "host/settings.h"
-#include "host/window/input.h"
 #include "host/window/menu_command.h"
 #include "host/window/title.h"
 #include "link/com_port.h"
@@ -130,9 +130,9 @@ void feed(const Arguments& a) {
 
 void demo(const Arguments& /*a*/) { start_demo_feed(); }
 
-void touch(const Arguments& a) { press_glass({static_cast<int>(a.x), static_cast<int>(a.y)}); }
+void touch(const Arguments& a) { put_finger(static_cast<int>(a.x), static_cast<int>(a.y)); }
 
-void lift(const Arguments& /*a*/) { release_glass(); }
+void lift(const Arguments& /*a*/) { lift_finger(); }
 
 void print_area_at(const Arguments& a) {
     const bool hand = touch_area_at(static_cast<int>(a.x), static_cast<int>(a.y));

@@ -3,7 +3,6 @@
 #include "firmware/core/draw_area.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/tracking.h"
-#include "host/platform/platform.h"
 #include "host/platform/window_system.h"
 #include "host/settings.h"
 #include "host/skin/view.h"
@@ -24,6 +23,11 @@ SkinDot skin_dot(int px, int py) {
     return {(px & 0xFFFF) / dot_pixels(), (py & 0xFFFF) / dot_pixels()};
 }
 
+void touch_glass(int px, int py) {
+    const auto [x, y] = glass_to_module(px, py);
+    put_finger(x, y);
+}
+
 }  // namespace
 
 bool glass_hit(int px, int py) {
@@ -39,19 +43,9 @@ ModuleDot glass_to_module(int px, int py) {
     return {x - glass.left, y - glass.top};
 }
 
-void press_glass(ModuleDot dot) {
-    put_finger(dot.x, dot.y);
-    wake_firmware();
-}
-
-void release_glass() {
-    lift_finger();
-    wake_firmware();
-}
-
 void mouse_down(int px, int py) {
     if (glass_hit(px, py))
-        press_glass(glass_to_module(px, py));
+        touch_glass(px, py);
     else
         drag_window();
 }
@@ -60,13 +54,13 @@ void mouse_move(int px, int py, bool left_down) {
     cursor_update(px, py);
     if (!left_down) return;
     if (glass_hit(px, py))
-        press_glass(glass_to_module(px, py));
+        touch_glass(px, py);
     else
-        release_glass();
+        lift_finger();
 }
 
 void mouse_up(int px, int py) {
-    if (glass_hit(px, py)) release_glass();
+    if (glass_hit(px, py)) lift_finger();
 }
 
 void right_mouse_down(int px, int py) { open_popup_menu({px, py}); }

@@ -31,8 +31,4 @@ void cursor_update(int px, int py);
 /// The same at the present place of the mouse, if the touch table has changed since the last time.
 void cursor_look_again();
 
-/// Puts the finger on a dot or lifts it, and lets the firmware look at once.
-void press_glass(ModuleDot dot);
-void release_glass();
-
 }  // namespace orvanel

@@ -39,7 +39,7 @@ bool same(PixelRect a, PixelRect b) {
 
 // The platform under test: nothing sleeps, and a paint is a line in `painted`.
 void sleep_ms(int /*ms*/) {}
-void sleep_until_input(int /*ms*/) {}
+void sleep_until_woken(int /*ms*/) {}
 void wake_firmware() {}
 void wake_link() {}
 void spend_byte_time() {}

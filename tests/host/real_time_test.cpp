@@ -30,19 +30,19 @@ struct RealTime : testing::Test {
 TEST_F(RealTime, a_wake_ends_the_running_sleep_or_the_next) {
     real_wake_firmware();
     real_wake_firmware();
-    real_sleep_until_input(long_ms);
+    real_sleep_until_woken(long_ms);
     for (int i = 0; i < 500; ++i) {
         std::thread producer(real_wake_firmware);
-        real_sleep_until_input(long_ms);
+        real_sleep_until_woken(long_ms);
         producer.join();
     }
 }
 
 TEST_F(RealTime, a_wake_ends_one_sleep_only) {
     real_wake_firmware();
-    real_sleep_until_input(long_ms);
+    real_sleep_until_woken(long_ms);
     const auto before = std::chrono::steady_clock::now();
-    real_sleep_until_input(20);
+    real_sleep_until_woken(20);
     real_wake_firmware();
     real_sleep_ms(20);  // isn't one that input ends
     EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds{40});
@@ -55,7 +55,7 @@ TEST_F(RealTime, the_end_cuts_every_sleep_short) {
     });
     stop_module();
     sleeper.join();
-    real_sleep_until_input(long_ms);
+    real_sleep_until_woken(long_ms);
 }
 
 }  // namespace orvanel

@@ -13,7 +13,7 @@ void sleep_ms(int ms) {
     if (fake_platform.on_sleep) fake_platform.on_sleep();
 }
 
-void sleep_until_input(int ms) { sleep_ms(ms); }
+void sleep_until_woken(int ms) { sleep_ms(ms); }
 
 void wake_firmware() {}
 

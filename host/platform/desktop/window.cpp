@@ -101,7 +101,7 @@ void close_window() {
 
 void sleep_ms(int ms) { real_sleep_ms(ms); }
 
-void sleep_until_input(int ms) { real_sleep_until_input(ms); }
+void sleep_until_woken(int) { real_sleep_until_woken(most_idle_ms); }
 
 void wake_firmware() { real_wake_firmware(); }
 

@@ -32,13 +32,13 @@ void sleep_ms(int ms) {
     real_sleep_ms(ms);
 }
 
-void sleep_until_input(int ms) {
+void sleep_until_woken(int ms) {
     if (!real_time) {
         move_module_clock(ms * us_per_ms);
         return;
     }
     note_real_sleep();
-    real_sleep_until_input(ms);
+    real_sleep_until_woken(most_idle_ms);
 }
 
 void wake_firmware() {

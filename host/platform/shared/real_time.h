@@ -20,10 +20,13 @@ std::int64_t real_clock_ms();
 /// Sleeps, or returns early once stop_module has begun.
 void real_sleep_ms(int ms);
 
-/// As real_sleep_ms, but real_wake_firmware ends it too.
-void real_sleep_until_input(int ms);
+/// How long an idle firmware sleeps at a time. Whatever it has to see wakes it before.
+constexpr int most_idle_ms = 1000;
 
-/// Ends the running real_sleep_until_input or the next one. From any thread.
+/// As real_sleep_ms, but real_wake_firmware ends it too.
+void real_sleep_until_woken(int ms);
+
+/// Ends the running real_sleep_until_woken or the next one. From any thread.
 void real_wake_firmware();
 
 /// True on the thread that called open_real_time.
