@@ -9,6 +9,7 @@
 #include "firmware/store/timers.h"
 #include "firmware/text/layout.h"
 #include "firmware/text/terminal.h"
+#include "firmware/touch/tracking.h"
 #include "link/port.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/module.h"
@@ -95,6 +96,20 @@ TEST_F(Firmware, a_restart_in_mid_command_lets_it_run_out_with_zeros) {
     EXPECT_FALSE(restart_requested);
     EXPECT_EQ(pen_width, 1);
     EXPECT_EQ(reset_kind, 2) << "the kind outlives the reset";
+}
+
+TEST_F(Firmware, whatever_an_idle_pass_can_find_wakes_it) {
+    reset_cycle();
+    const auto wakes_by = [](auto&& change) {
+        const long before = fake_platform.wakes;
+        change();
+        return fake_platform.wakes - before;
+    };
+    EXPECT_GT(wakes_by([] { put("x"); }), 0);
+    EXPECT_GT(wakes_by([] { put_finger(1, 2); }), 0);
+    EXPECT_GT(wakes_by([] { lift_finger(); }), 0);
+    EXPECT_GT(wakes_by([] { firmware_tick(); }), 0);
+    EXPECT_GT(wakes_by([] { request_restart(0); }), 0);
 }
 
 TEST_F(Firmware, a_reset_brings_back_every_word_but_those_that_survive) {

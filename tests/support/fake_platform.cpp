@@ -15,7 +15,7 @@ void sleep_ms(int ms) {
 
 void sleep_until_woken(int ms) { sleep_ms(ms); }
 
-void wake_firmware() {}
+void wake_firmware() { ++fake_platform.wakes; }
 
 void spend_byte_time() {
     if (++fake_platform.bytes_spent == fake_platform.byte_alarm && fake_platform.on_byte_alarm)
