@@ -101,9 +101,9 @@ TEST_F(Firmware, a_restart_in_mid_command_lets_it_run_out_with_zeros) {
 TEST_F(Firmware, whatever_an_idle_pass_can_find_wakes_it) {
     reset_cycle();
     const auto wakes_by = [](auto&& change) {
-        const long before = fake_platform.wakes;
+        const long before = firmware_wakes;
         change();
-        return fake_platform.wakes - before;
+        return firmware_wakes - before;
     };
     EXPECT_GT(wakes_by([] { put("x"); }), 0);
     EXPECT_GT(wakes_by([] { put_finger(1, 2); }), 0);

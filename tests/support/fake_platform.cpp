@@ -5,6 +5,7 @@
 namespace orvanel {
 
 FakePlatform fake_platform{};
+constinit std::atomic<long> firmware_wakes{0};
 
 void fresh_platform() { fake_platform = {}; }
 
@@ -15,7 +16,7 @@ void sleep_ms(int ms) {
 
 void sleep_until_woken(int ms) { sleep_ms(ms); }
 
-void wake_firmware() { ++fake_platform.wakes; }
+void wake_firmware() { ++firmware_wakes; }
 
 void spend_byte_time() {
     if (++fake_platform.bytes_spent == fake_platform.byte_alarm && fake_platform.on_byte_alarm)

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -16,7 +17,6 @@ struct PaintedRect {
 
 struct FakePlatform {
     long slept_ms;       // by sleep_ms and sleep_until_woken
-    long wakes;          // calls of wake_firmware
     long bytes_spent;    // calls of spend_byte_time
     bool record_paints;  // keep each rectangle in `painted`
     long paints;         // calls of repaint_display
@@ -32,6 +32,9 @@ struct FakePlatform {
 };
 
 extern FakePlatform fake_platform;
+
+/// Calls of wake_firmware, from any thread.
+extern std::atomic<long> firmware_wakes;
 
 /// Forgets all counts and hooks.
 void fresh_platform();
