@@ -3,10 +3,10 @@
 #include "firmware/core/bytes.h"
 #include "firmware/store/macro.h"
 #include "host/picture_import.h"
-#include "host/platform/window_system.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
 #include "link/port.h"
+#include "seam/window_system.h"
 
 #include <algorithm>
 

@@ -1,12 +1,12 @@
-#include "host/host_calls.h"
+#include "seam/host_calls.h"
 
 #include "firmware/core/bytes.h"
 #include "firmware/core/device.h"
 #include "host/main_requests.h"
-#include "host/platform/platform.h"
-#include "host/platform/window_system.h"
 #include "host/ports_panel.h"
 #include "host/skin/lcd_colours.h"
+#include "seam/platform.h"
+#include "seam/window_system.h"
 
 namespace orvanel {
 

@@ -2,11 +2,11 @@
 
 #include "firmware/core/bytes.h"
 #include "firmware/core/device.h"
-#include "host/host_calls.h"
 #include "host/painter.h"
-#include "host/platform/platform.h"
 #include "host/ports_panel.h"
 #include "host/settings.h"
+#include "seam/host_calls.h"
+#include "seam/platform.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "host/painter.h"
 
-#include "host/host_calls.h"
-#include "host/platform/platform.h"
 #include "host/skin/view.h"
+#include "seam/host_calls.h"
+#include "seam/platform.h"
 
 #include <atomic>
 

@@ -4,10 +4,10 @@
 #include "firmware/core/draw_area.h"
 #include "firmware/raster/blit.h"
 #include "host/files.h"
-#include "host/host_calls.h"
 #include "host/window/boxes.h"
 #include "host/window/input.h"
 #include "link/feeds.h"
+#include "seam/host_calls.h"
 
 #include <algorithm>
 #include <array>

@@ -3,9 +3,9 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/device.h"
 #include "host/ledlib/led.h"
-#include "host/platform/window_system.h"
 #include "host/settings.h"
 #include "host/window/menu.h"
+#include "seam/window_system.h"
 
 #include <cstddef>
 

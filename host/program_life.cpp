@@ -2,7 +2,6 @@
 
 #include "host/demo.h"
 #include "host/picture_import.h"
-#include "host/platform/window_system.h"
 #include "host/ports_panel.h"
 #include "host/settings.h"
 #include "host/skin/outline.h"
@@ -10,6 +9,7 @@
 #include "host/skin/view.h"
 #include "host/window/menu.h"
 #include "host/window/title.h"
+#include "seam/window_system.h"
 
 #include <new>
 

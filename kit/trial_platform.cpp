@@ -1,9 +1,9 @@
 // The seam of platform.h and host_calls.h for a module on trial: time is what the trial makes of
 // it, and nobody looks, listens or talks.
 
-#include "host/host_calls.h"
-#include "host/platform/platform.h"
 #include "kit/trial.h"
+#include "seam/host_calls.h"
+#include "seam/platform.h"
 
 namespace orvanel {
 

@@ -2,9 +2,9 @@
 
 #include "firmware/core/requests.h"
 #include "firmware/store/macro.h"
-#include "host/host_calls.h"
 #include "link/pipes.h"
 #include "link/port.h"
+#include "seam/host_calls.h"
 
 #include <algorithm>
 #include <array>

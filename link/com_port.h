@@ -1,5 +1,5 @@
 // com_port.h: the serial port: choosing it on the main thread, and on link_thread what goes in and
-// out of it, above the seam of host/platform/platform.h.
+// out of it, above the seam of seam/platform.h.
 //
 // An open port is a number, a line. The main thread opens it and hands it over in one word;
 // link_thread takes it at its next turn, lets the last bytes of the line before it out and closes
@@ -8,7 +8,7 @@
 
 #pragma once
 
-#include "host/platform/platform.h"
+#include "seam/platform.h"
 
 #include <cstdint>
 #include <span>

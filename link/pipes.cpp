@@ -1,7 +1,7 @@
 #include "link/pipes.h"
 
-#include "host/platform/platform.h"
 #include "link/port.h"
+#include "seam/platform.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "link/port.h"
 
-#include "host/platform/platform.h"
+#include "seam/platform.h"
 
 namespace orvanel {
 

@@ -3,7 +3,7 @@
 #include "firmware/core/bytes.h"
 #include "firmware/core/read.h"
 #include "firmware/core/trace.h"
-#include "host/host_calls.h"
+#include "seam/host_calls.h"
 
 #include <algorithm>
 

@@ -9,11 +9,11 @@
 #include "firmware/store/eeprom.h"
 #include "firmware/store/eeprom_command.h"
 #include "firmware/text/terminal.h"
-#include "host/host_calls.h"
-#include "host/platform/platform.h"
 #include "link/answers.h"
 #include "link/pipes.h"
 #include "link/port.h"
+#include "seam/host_calls.h"
+#include "seam/platform.h"
 
 #include <array>
 #include <string_view>

@@ -22,9 +22,9 @@
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
 #include "firmware/touch/tracking.h"
-#include "host/platform/platform.h"
 #include "link/pipes.h"
 #include "link/port.h"
+#include "seam/platform.h"
 
 #include <algorithm>
 

@@ -5,8 +5,8 @@
 #include "firmware/core/requests.h"
 #include "firmware/core/trace.h"
 #include "firmware/store/macro.h"
-#include "host/platform/platform.h"
 #include "link/pipes.h"
+#include "seam/platform.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "firmware/core/requests.h"
 
-#include "host/platform/platform.h"
+#include "seam/platform.h"
 
 namespace orvanel {
 

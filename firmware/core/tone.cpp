@@ -1,6 +1,6 @@
 #include "firmware/core/tone.h"
 
-#include "host/host_calls.h"
+#include "seam/host_calls.h"
 
 namespace orvanel {
 

@@ -3,7 +3,7 @@
 #include "firmware/raster/rows.h"
 #include "firmware/raster/screen_store.h"
 #include "firmware/raster/transpose.h"
-#include "host/host_calls.h"
+#include "seam/host_calls.h"
 
 #include <cstddef>
 

@@ -6,9 +6,9 @@
 #include "firmware/core/trace.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/timers.h"
-#include "host/host_calls.h"
 #include "link/answers.h"
 #include "link/pipes.h"
+#include "seam/host_calls.h"
 
 namespace orvanel {
 

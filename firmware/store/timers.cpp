@@ -10,8 +10,8 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/store/macro.h"
 #include "firmware/text/terminal.h"
-#include "host/platform/platform.h"
 #include "link/port.h"
+#include "seam/platform.h"
 
 #include <algorithm>
 

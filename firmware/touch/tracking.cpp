@@ -15,8 +15,8 @@
 #include "firmware/touch/keys.h"
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
-#include "host/platform/platform.h"
 #include "link/answers.h"
+#include "seam/platform.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include "host/ledlib/led.h"
 
 #include "host/little_endian.h"
-#include "host/platform/window_system.h"
 #include "host/unpack.h"
+#include "seam/window_system.h"
 
 #include <array>
 #include <cstddef>

@@ -18,7 +18,7 @@ std::string write_window(const std::string& path);
 /// Writes the outline as a binary .pbm, a pixel of the window black. Result as above.
 std::string write_outline(const std::string& path, const Outline& outline);
 
-/// Writes a picture as the clipboard gets it (host/platform/window_system.h) as a .bmp. Result as
+/// Writes a picture as the clipboard gets it (seam/window_system.h) as a .bmp. Result as
 /// above.
 std::string write_clipboard(const std::string& path, std::span<const std::uint8_t> dib);
 

@@ -7,8 +7,8 @@
 
 #pragma once
 
-#include "host/platform/platform.h"
 #include "host/skin/dib.h"
+#include "seam/platform.h"
 
 #include <string>
 

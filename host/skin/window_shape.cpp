@@ -1,8 +1,8 @@
 // The shapes of outline.h, as the window system takes them.
 
-#include "host/platform/window_system.h"
 #include "host/skin/outline.h"
 #include "host/skin/skin.h"
+#include "seam/window_system.h"
 
 namespace orvanel {
 

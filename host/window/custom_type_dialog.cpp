@@ -2,11 +2,11 @@
 
 #include "firmware/core/backlight.h"
 #include "firmware/core/bytes.h"
-#include "host/platform/window_system.h"
 #include "host/settings.h"
 #include "host/skin/lcd_colours.h"
 #include "host/window/dialog.h"
 #include "host/window/menu.h"
+#include "seam/window_system.h"
 
 #include <array>
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "host/platform/window_system.h"
+#include "seam/window_system.h"
 
 #include <cstdint>
 #include <optional>

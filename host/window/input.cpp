@@ -3,9 +3,9 @@
 #include "firmware/core/draw_area.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/tracking.h"
-#include "host/platform/window_system.h"
 #include "host/settings.h"
 #include "host/skin/view.h"
+#include "seam/window_system.h"
 
 #include <optional>
 

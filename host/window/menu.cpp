@@ -1,10 +1,10 @@
 #include "host/window/menu.h"
 
-#include "host/platform/window_system.h"
 #include "host/ports_panel.h"
 #include "host/settings.h"
 #include "link/com_port.h"
 #include "link/port.h"
+#include "seam/window_system.h"
 
 #include <algorithm>
 #include <iterator>

@@ -4,7 +4,6 @@
 #include "host/bridge.h"
 #include "host/demo.h"
 #include "host/picture_import.h"
-#include "host/platform/window_system.h"
 #include "host/ports_panel.h"
 #include "host/settings.h"
 #include "host/skin/lcd_colours.h"
@@ -16,6 +15,7 @@
 #include "host/window/title.h"
 #include "link/com_port.h"
 #include "link/port.h"
+#include "seam/window_system.h"
 
 #include <algorithm>
 #include <string>

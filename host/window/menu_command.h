@@ -14,7 +14,7 @@ void menu_command(int id);
 /// open.
 void zoom_by_wheel(int steps);
 
-/// The answer of ask_for_file (host/platform/window_system.h): the chosen path, or "*.eep" if the
+/// The answer of ask_for_file (seam/window_system.h): the chosen path, or "*.eep" if the
 /// user gave up, which opens nothing.
 void file_chosen(std::string_view path);
 

@@ -1,7 +1,7 @@
 #include "host/window/title.h"
 
-#include "host/platform/window_system.h"
 #include "link/port.h"
+#include "seam/window_system.h"
 
 #include <string>
 

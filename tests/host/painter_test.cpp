@@ -2,10 +2,10 @@
 // test's own.
 
 #include "firmware/raster/refresh.h"
-#include "host/host_calls.h"
 #include "host/painter.h"
-#include "host/platform/platform.h"
 #include "host/settings.h"
+#include "seam/host_calls.h"
+#include "seam/platform.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,6 @@
 #include "firmware/core/requests.h"
 #include "firmware/store/eeprom.h"
 #include "host/bridge.h"
-#include "host/host_calls.h"
 #include "host/painter.h"
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/scale.h"
@@ -17,6 +16,7 @@
 #include "host/window_timer.h"
 #include "link/feeds.h"
 #include "link/pipes.h"
+#include "seam/host_calls.h"
 
 #include <QAction>
 #include <QApplication>

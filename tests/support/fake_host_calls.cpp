@@ -1,6 +1,6 @@
 // The host calls, for tests of the layers below the host.
 
-#include "host/host_calls.h"
+#include "seam/host_calls.h"
 #include "tests/support/fake_platform.h"
 
 namespace orvanel {

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "host/platform/platform.h"
+#include "seam/platform.h"
 
 #include <atomic>
 #include <cstddef>

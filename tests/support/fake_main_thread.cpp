@@ -1,6 +1,6 @@
 // The main thread's side of platform.h, for tests that have no thread but their own.
 
-#include "host/platform/platform.h"
+#include "seam/platform.h"
 
 namespace orvanel {
 

@@ -1,6 +1,6 @@
 #include "tests/support/fake_platform.h"
 
-#include "host/platform/platform.h"
+#include "seam/platform.h"
 
 namespace orvanel {
 

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "host/platform/window_system.h"
 #include "host/skin/outline.h"
+#include "seam/window_system.h"
 
 #include <cstdint>
 #include <optional>

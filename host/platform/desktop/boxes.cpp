@@ -6,9 +6,9 @@
 #include "host/main_requests.h"
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/text.h"
-#include "host/platform/window_system.h"
 #include "host/window/dialog.h"
 #include "host/window/menu_command.h"
+#include "seam/window_system.h"
 
 #include <QCloseEvent>
 #include <QDialog>

@@ -3,12 +3,12 @@
 #include "host/line_summary.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
-#include "host/platform/window_system.h"
 #include "host/skin/painting.h"
 #include "host/skin/view.h"
 #include "host/window/input.h"
 #include "host/window/keyboard.h"
 #include "host/window/menu_command.h"
+#include "seam/window_system.h"
 
 #include <QEvent>
 #include <QImage>

@@ -1,7 +1,7 @@
 // The serial line of platform.h: the window program always has the real one.
 
-#include "host/platform/platform.h"
 #include "host/platform/shared/serial_line.h"
+#include "seam/platform.h"
 
 namespace orvanel {
 

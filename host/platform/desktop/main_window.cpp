@@ -4,10 +4,10 @@
 #include "host/platform/desktop/menus.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
-#include "host/platform/window_system.h"
 #include "host/settings.h"
 #include "host/skin/view.h"
 #include "host/window_place.h"
+#include "seam/window_system.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -1,6 +1,6 @@
 // main_window.h: the window itself: a frame with the menu bar around the glass, or cut to the
 // outline of the module; its place, files that are dropped on it, and what is asked of it by
-// host/platform/window_system.h.
+// seam/window_system.h.
 
 #pragma once
 

@@ -3,9 +3,9 @@
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
-#include "host/platform/window_system.h"
 #include "host/window/menu.h"
 #include "host/window/menu_command.h"
+#include "seam/window_system.h"
 
 #include <QAction>
 #include <QKeySequence>

@@ -1,8 +1,8 @@
 #include "host/platform/desktop/panel.h"
 
 #include "host/platform/desktop/main_window.h"
-#include "host/platform/window_system.h"
 #include "host/ports_panel.h"
+#include "seam/window_system.h"
 
 #include <QCloseEvent>
 #include <QGroupBox>

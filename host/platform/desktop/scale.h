@@ -4,8 +4,8 @@
 
 #pragma once
 
-#include "host/platform/platform.h"
 #include "host/skin/outline.h"
+#include "seam/platform.h"
 
 #include <QBitmap>
 #include <QPointF>

@@ -1,8 +1,8 @@
 // What window_system.h asks of the desktop beside our windows: clipboard, other programs, help.
 
 #include "host/platform/desktop/text.h"
-#include "host/platform/window_system.h"
 #include "host/skin/dib.h"
+#include "seam/window_system.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -6,12 +6,12 @@
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/panel.h"
 #include "host/platform/desktop/scale.h"
-#include "host/platform/platform.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/start_port.h"
 #include "host/platform/shared/wake.h"
 #include "host/program_life.h"
 #include "host/window_timer.h"
+#include "seam/platform.h"
 
 #include <QApplication>
 #include <QSocketNotifier>

@@ -1,6 +1,6 @@
 // The seam of platform.h for the program without a window, in module time or in real time.
 
-#include "host/platform/platform.h"
+#include "seam/platform.h"
 
 #include "host/main_requests.h"
 #include "host/platform/headless/module_time.h"

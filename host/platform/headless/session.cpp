@@ -6,7 +6,6 @@
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/simulated_line.h"
-#include "host/platform/platform.h"
 #include "host/platform/shared/start_port.h"
 #include "host/platform/shared/wake.h"
 #include "host/program_folder.h"
@@ -19,6 +18,7 @@
 #include "host/window/menu_command.h"
 #include "link/feeds.h"
 #include "link/port.h"
+#include "seam/platform.h"
 
 #include <poll.h>
 #include <unistd.h>

@@ -3,8 +3,8 @@
 #include "firmware/core/bytes.h"
 #include "host/bridge.h"
 #include "host/platform/shared/instance_client.h"
-#include "host/platform/window_system.h"
 #include "link/pipes.h"
+#include "seam/window_system.h"
 
 #include <fcntl.h>
 #include <sys/epoll.h>

@@ -4,12 +4,12 @@
 #include "firmware/core/requests.h"
 #include "host/main_requests.h"
 #include "host/painter.h"
-#include "host/platform/platform.h"
 #include "host/platform/shared/serial_line.h"
 #include "host/platform/shared/wake.h"
 #include "link/com_port.h"
 #include "link/feeds.h"
 #include "link/link_thread.h"
+#include "seam/platform.h"
 
 #include <atomic>
 #include <chrono>

@@ -4,9 +4,9 @@
 
 #pragma once
 
-#include "host/platform/platform.h"
 #include "host/platform/shared/serial_name.h"
 #include "host/platform/shared/serial_wait.h"
+#include "seam/platform.h"
 
 #include <cstdint>
 #include <span>
