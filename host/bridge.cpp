@@ -1,6 +1,6 @@
 #include "host/bridge.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/store/macro.h"
 #include "host/picture_import.h"
 #include "link/feeds.h"

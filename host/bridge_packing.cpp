@@ -1,6 +1,6 @@
 #include "host/bridge_packing.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 
 #include <algorithm>
 

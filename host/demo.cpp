@@ -1,6 +1,6 @@
 #include "host/demo.h"
 
-#include "host/unpack.h"
+#include "base/unpack.h"
 #include "link/feeds.h"
 
 #include <cstddef>

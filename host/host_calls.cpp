@@ -1,6 +1,6 @@
 #include "seam/host_calls.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/core/device.h"
 #include "host/main_requests.h"
 #include "host/ports_panel.h"

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "host/platform/shared/safe_file.h"
+#include "base/safe_file.h"
 
 #include <string>
 

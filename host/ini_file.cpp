@@ -1,6 +1,6 @@
 #include "host/ini_file.h"
 
-#include "host/files.h"
+#include "base/files.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "host/main_requests.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/core/device.h"
 #include "host/painter.h"
 #include "host/ports_panel.h"

@@ -1,9 +1,9 @@
 #include "host/picture_import.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
+#include "base/files.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/raster/blit.h"
-#include "host/files.h"
 #include "host/window/boxes.h"
 #include "host/window/input.h"
 #include "link/feeds.h"

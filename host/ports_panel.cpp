@@ -1,6 +1,6 @@
 #include "host/ports_panel.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/core/device.h"
 #include "host/ledlib/led.h"
 #include "host/settings.h"

@@ -1,6 +1,6 @@
 #include "kit/font.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "kit/image.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/macro.h"
 

@@ -1,7 +1,7 @@
 // orvanel42-kit: fonts, pictures and macros from readable sources into an EEPROM image or the
 // stream that programs it, and back.
 
-#include "host/platform/shared/safe_file.h"
+#include "base/safe_file.h"
 #include "kit/build.h"
 #include "kit/check.h"
 #include "kit/commands.h"

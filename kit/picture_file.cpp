@@ -1,6 +1,6 @@
 #include "kit/picture_file.h"
 
-#include "host/pbm.h"
+#include "base/pbm.h"
 
 #include <png.h>
 

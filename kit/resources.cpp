@@ -1,6 +1,6 @@
 #include "kit/resources.h"
 
-#include "host/files.h"
+#include "base/files.h"
 #include "host/scenario/line.h"
 #include "kit/bdf.h"
 #include "kit/code_page.h"

@@ -1,6 +1,6 @@
 #include "kit/source.h"
 
-#include "host/files.h"
+#include "base/files.h"
 #include "host/scenario/line.h"
 #include "kit/code_page.h"
 

@@ -1,6 +1,6 @@
 #include "kit/stream.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "kit/commands.h"
 #include "kit/image.h"
 

@@ -1,6 +1,6 @@
 #include "kit/trial.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/core/loop.h"
 #include "firmware/core/power_on.h"
 #include "firmware/core/requests.h"

@@ -1,5 +1,5 @@
 // pack_blob.cpp: compresses a file with zlib into a list of bytes that a C++ array takes in with
-// #include; host/unpack.h unpacks it.
+// #include; base/unpack.h unpacks it.
 //
 //     pack_blob IN OUT.inc
 //

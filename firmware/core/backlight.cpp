@@ -1,6 +1,6 @@
 #include "firmware/core/backlight.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/core/read.h"
 #include "firmware/core/trace.h"
 #include "seam/host_calls.h"

@@ -1,6 +1,6 @@
 #include "firmware/raster/blit.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/rows.h"

@@ -1,6 +1,6 @@
 #include "firmware/raster/line.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/core/read.h"
 #include "firmware/core/trace.h"
 #include "firmware/raster/area_fill.h"

@@ -1,6 +1,6 @@
 #include "firmware/raster/screen_store.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/blit.h"
 #include "firmware/raster/planes.h"

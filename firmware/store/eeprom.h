@@ -4,7 +4,7 @@
 
 #pragma once
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 
 #include <array>
 #include <cstdint>

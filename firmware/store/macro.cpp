@@ -1,6 +1,6 @@
 #include "firmware/store/macro.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/core/trace.h"
 #include "firmware/store/eeprom.h"
 

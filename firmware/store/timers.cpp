@@ -1,7 +1,7 @@
 #include "firmware/store/timers.h"
 
+#include "base/bytes.h"
 #include "firmware/core/backlight.h"
-#include "firmware/core/bytes.h"
 #include "firmware/core/read.h"
 #include "firmware/core/requests.h"
 #include "firmware/core/tick_counter.h"

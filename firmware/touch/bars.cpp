@@ -1,6 +1,6 @@
 #include "firmware/touch/bars.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/core/draw_area.h"
 #include "firmware/core/read.h"
 #include "firmware/core/trace.h"

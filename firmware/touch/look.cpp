@@ -1,6 +1,6 @@
 #include "firmware/touch/look.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/border.h"
 #include "firmware/raster/picture.h"

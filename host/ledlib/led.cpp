@@ -1,7 +1,7 @@
 #include "host/ledlib/led.h"
 
-#include "host/little_endian.h"
-#include "host/unpack.h"
+#include "base/little_endian.h"
+#include "base/unpack.h"
 #include "seam/window_system.h"
 
 #include <array>

@@ -1,9 +1,9 @@
 #include "host/scenario/picture.h"
 
+#include "base/files.h"
+#include "base/pbm.h"
+#include "base/safe_file.h"
 #include "firmware/raster/refresh.h"
-#include "host/files.h"
-#include "host/pbm.h"
-#include "host/platform/shared/safe_file.h"
 
 #include <png.h>
 

@@ -1,6 +1,6 @@
 #include "host/scenario/window_picture.h"
 
-#include "host/platform/shared/safe_file.h"
+#include "base/safe_file.h"
 #include "host/skin/dib.h"
 #include "host/skin/painting.h"
 #include "host/skin/view.h"

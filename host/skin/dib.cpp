@@ -1,7 +1,7 @@
 #include "host/skin/dib.h"
 
-#include "firmware/core/bytes.h"
-#include "host/little_endian.h"
+#include "base/bytes.h"
+#include "base/little_endian.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "host/skin/outline.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "host/skin/skin.h"
 #include "host/skin/view.h"
 

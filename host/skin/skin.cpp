@@ -1,7 +1,7 @@
 #include "host/skin/skin.h"
 
-#include "firmware/core/bytes.h"
-#include "host/unpack.h"
+#include "base/bytes.h"
+#include "base/unpack.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "host/window/keyboard.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "host/bridge.h"
 
 #include <algorithm>

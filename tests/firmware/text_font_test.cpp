@@ -1,4 +1,4 @@
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "tests/firmware/text_support.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What becomes of the files that the user opens: pictures, pictures that the module can't show, and
 // streams.
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "firmware/raster/blit.h"
 #include "host/picture_import.h"
 #include "host/window/boxes.h"

@@ -1,4 +1,4 @@
-#include "host/platform/shared/safe_file.h"
+#include "base/safe_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

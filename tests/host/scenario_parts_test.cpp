@@ -1,7 +1,7 @@
 // What scenario lines are made of, and what is told when an expectation fails.
 
-#include "host/files.h"
-#include "host/platform/shared/safe_file.h"
+#include "base/files.h"
+#include "base/safe_file.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/comparison.h"

@@ -1,7 +1,7 @@
 #include "host/platform/headless/jobs.h"
 
+#include "base/safe_file.h"
 #include "host/platform/headless/session.h"
-#include "host/platform/shared/safe_file.h"
 #include "host/scenario/junit.h"
 #include "host/scenario/report.h"
 

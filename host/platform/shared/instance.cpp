@@ -1,6 +1,6 @@
 #include "host/platform/shared/instance.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "host/bridge.h"
 #include "host/platform/shared/instance_client.h"
 #include "link/pipes.h"

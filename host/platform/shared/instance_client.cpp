@@ -1,6 +1,6 @@
 #include "host/platform/shared/instance_client.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,6 +1,6 @@
 #include "host/platform/terminal/talk.h"
 
-#include "firmware/core/bytes.h"
+#include "base/bytes.h"
 #include "host/bridge_packing.h"
 #include "host/platform/shared/instance_client.h"
 #include "host/platform/shared/wake.h"

@@ -1,4 +1,4 @@
-#include "host/unpack.h"
+#include "base/unpack.h"
 
 #include <zlib.h>
 

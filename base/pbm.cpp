@@ -1,4 +1,4 @@
-#include "host/pbm.h"
+#include "base/pbm.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "host/files.h"
+#include "base/files.h"
 
 #include <cerrno>
 #include <cstdio>
