@@ -1,7 +1,7 @@
 #include "seam/host_calls.h"
 
 #include "base/bytes.h"
-#include "firmware/core/device.h"
+#include "firmware/core/roof/device.h"
 #include "host/main_requests.h"
 #include "host/ports_panel.h"
 #include "host/skin/lcd_colours.h"

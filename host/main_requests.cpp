@@ -1,7 +1,7 @@
 #include "host/main_requests.h"
 
 #include "base/bytes.h"
-#include "firmware/core/device.h"
+#include "firmware/core/roof/device.h"
 #include "host/painter.h"
 #include "host/ports_panel.h"
 #include "host/settings.h"

@@ -2,7 +2,7 @@
 
 #include "base/bytes.h"
 #include "base/files.h"
-#include "firmware/core/draw_area.h"
+#include "firmware/core/ground/draw_area.h"
 #include "firmware/raster/blit.h"
 #include "host/window/boxes.h"
 #include "host/window/input.h"

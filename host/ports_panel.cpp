@@ -1,7 +1,7 @@
 #include "host/ports_panel.h"
 
 #include "base/bytes.h"
-#include "firmware/core/device.h"
+#include "firmware/core/roof/device.h"
 #include "host/ledlib/led.h"
 #include "host/settings.h"
 #include "host/window/menu.h"

@@ -1,6 +1,6 @@
 #include "link/com_port.h"
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "firmware/store/macro.h"
 #include "link/pipes.h"
 #include "link/port.h"

@@ -1,6 +1,6 @@
 #include "link/link_thread.h"
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "link/pactlink.h"
 #include "link/pipes.h"
 #include "link/port.h"

@@ -8,7 +8,7 @@
 
 #pragma once
 
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
 
 #include <array>
 #include <atomic>

@@ -1,7 +1,7 @@
 #include "firmware/raster/area_fill.h"
 
-#include "firmware/core/read.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/raster/rows.h"

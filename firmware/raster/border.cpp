@@ -1,9 +1,9 @@
 #include "firmware/raster/border.h"
 
 #include "base/bytes.h"
-#include "firmware/core/draw_area.h"
-#include "firmware/core/read.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/draw_area.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/blit.h"
 #include "firmware/raster/line.h"

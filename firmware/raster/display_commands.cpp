@@ -1,7 +1,7 @@
 // The commands that switch or fill the whole display, and those that make areas flash.
 
-#include "firmware/core/read.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"

@@ -1,8 +1,8 @@
 #include "firmware/raster/line.h"
 
 #include "base/bytes.h"
-#include "firmware/core/read.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"

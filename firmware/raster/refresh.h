@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "firmware/core/draw_area.h"
+#include "firmware/core/ground/draw_area.h"
 #include "firmware/raster/planes.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "firmware/store/eeprom.h"
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #include "firmware/store/eeprom_command.h"
 
 #include "base/bytes.h"
-#include "firmware/core/read.h"
-#include "firmware/core/requests.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/timers.h"
 #include "link/answers.h"

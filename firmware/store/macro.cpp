@@ -1,7 +1,7 @@
 #include "firmware/store/macro.h"
 
 #include "base/bytes.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
 #include "firmware/store/eeprom.h"
 
 #include <array>

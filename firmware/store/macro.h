@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
 
 #include <atomic>
 #include <cstdint>

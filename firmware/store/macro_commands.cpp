@@ -1,6 +1,6 @@
 #include "firmware/store/macro_commands.h"
 
-#include "firmware/core/read.h"
+#include "firmware/core/read/read.h"
 #include "firmware/store/macro.h"
 
 namespace orvanel {

@@ -1,8 +1,8 @@
 #include "firmware/text/font.h"
 
 #include "base/bytes.h"
-#include "firmware/core/read.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/blit.h"
 #include "firmware/store/eeprom.h"
 

@@ -1,7 +1,7 @@
 #include "firmware/text/terminal.h"
 
-#include "firmware/core/read.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/blit.h"
 #include "firmware/raster/screen_store.h"

@@ -1,6 +1,6 @@
 #include "firmware/touch/areas.h"
 
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/touch/look.h"

@@ -8,7 +8,7 @@
 
 #pragma once
 
-#include "firmware/core/draw_area.h"
+#include "firmware/core/ground/draw_area.h"
 
 #include <array>
 #include <atomic>

@@ -1,9 +1,9 @@
 #include "firmware/touch/keys.h"
 
 #include "base/bytes.h"
-#include "firmware/core/draw_area.h"
-#include "firmware/core/read.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/draw_area.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/border.h"
 #include "firmware/raster/picture.h"

@@ -1,6 +1,6 @@
 #include "host/scenario/arguments.h"
 
-#include "firmware/core/draw_area.h"
+#include "firmware/core/ground/draw_area.h"
 #include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/window/dialog.h"

@@ -1,8 +1,8 @@
 #include "host/scenario/commands.h"
 
-#include "firmware/core/backlight.h"
-#include "firmware/core/device.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/roof/backlight.h"
+#include "firmware/core/roof/device.h"
 #include "firmware/store/macro.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/tracking.h"

@@ -1,9 +1,9 @@
-// remarks.h: what the module tells a listener (firmware/core/trace.h), in the words that users
-// read.
+// remarks.h: what the module tells a listener (firmware/core/ground/trace.h), in the words that
+// users read.
 
 #pragma once
 
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
 
 #include <string>
 

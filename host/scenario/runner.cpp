@@ -1,6 +1,6 @@
 #include "host/scenario/runner.h"
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"

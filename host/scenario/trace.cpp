@@ -1,6 +1,6 @@
 #include "host/scenario/trace.h"
 
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
 #include "host/scenario/remarks.h"
 #include "host/scenario/report.h"
 #include "host/scenario/world.h"

@@ -1,6 +1,6 @@
 #include "host/window/input.h"
 
-#include "firmware/core/draw_area.h"
+#include "firmware/core/ground/draw_area.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/tracking.h"
 #include "host/settings.h"

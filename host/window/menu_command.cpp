@@ -1,6 +1,6 @@
 #include "host/window/menu_command.h"
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "host/bridge.h"
 #include "host/demo.h"
 #include "host/picture_import.h"

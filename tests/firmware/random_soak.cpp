@@ -2,8 +2,8 @@
 // What it prints at the end, a sum over answers, planes and images, is the same on every machine
 // and with every compiler.
 
-#include "firmware/core/loop.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/roof/loop.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/timers.h"

@@ -1,4 +1,4 @@
-#include "firmware/core/read.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/line.h"
 #include "firmware/raster/refresh.h"

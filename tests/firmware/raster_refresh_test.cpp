@@ -1,4 +1,4 @@
-#include "firmware/core/read.h"
+#include "firmware/core/read/read.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/raster/screen_store.h"

@@ -2,8 +2,8 @@
 
 #pragma once
 
-#include "firmware/core/draw_area.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/draw_area.h"
+#include "firmware/core/ground/requests.h"
 #include "firmware/raster/planes.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/macro.h"

@@ -1,4 +1,4 @@
-#include "firmware/core/read.h"
+#include "firmware/core/read/read.h"
 #include "link/port.h"
 #include "tests/firmware/text_support.h"
 

@@ -1,5 +1,5 @@
-#include "firmware/core/loop.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/roof/loop.h"
 #include "firmware/raster/planes.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/touch/areas.h"

@@ -2,7 +2,7 @@
 // between them. The input is a list of steps. Each ACK of a data frame has to stand for its
 // payload, whole and in order, and nothing else comes through.
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "link/com_port.h"
 #include "link/link_thread.h"
 #include "link/pactlink.h"

@@ -1,6 +1,6 @@
 // fuzz_image.cpp: any bytes whatsoever may stand in the EEPROM, under commands that reach into it.
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/macro.h"
 #include "firmware/store/timers.h"

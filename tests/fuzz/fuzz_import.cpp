@@ -1,7 +1,7 @@
 // fuzz_import.cpp: any file is a picture that fits the glass and the command for it, is refused
 // with one message, or is no picture.
 
-#include "firmware/core/draw_area.h"
+#include "firmware/core/ground/draw_area.h"
 #include "firmware/raster/blit.h"
 #include "host/picture_import.h"
 #include "tests/support/fake_platform.h"

@@ -1,6 +1,6 @@
 // fuzz_stream.cpp: any bytes whatsoever are a legal command stream.
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/timers.h"

@@ -2,8 +2,8 @@
 // is a list of steps, each taken when the module idles: a finger's place, a command with its bytes,
 // a tick, or a reset.
 
-#include "firmware/core/loop.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/roof/loop.h"
 #include "firmware/store/eeprom.h"
 #include "firmware/store/macro.h"
 #include "firmware/store/timers.h"

@@ -1,6 +1,6 @@
 // The library of lights, and the panel that it draws for the output lines.
 
-#include "firmware/core/device.h"
+#include "firmware/core/roof/device.h"
 #include "host/ledlib/led.h"
 #include "host/ports_panel.h"
 #include "host/settings.h"

@@ -2,7 +2,7 @@
 // feeds it, resets it, ticks and paints. Meant for the thread sanitizer, and fails unless enough of
 // each has happened.
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "firmware/store/eeprom.h"
 #include "host/painter.h"
 #include "host/platform/headless/real_session.h"

@@ -1,7 +1,7 @@
 // The sleeps of the programs that run in real time, and what ends them early. The sleeps are so
 // long that a lost wake shows.
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "host/platform/shared/real_time.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The window program as it runs, but for its main, under Qt's offscreen platform.
 
-#include "firmware/core/backlight.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/roof/backlight.h"
 #include "firmware/store/eeprom.h"
 #include "host/bridge.h"
 #include "host/painter.h"

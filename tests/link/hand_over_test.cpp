@@ -1,7 +1,7 @@
 // Ports change hands between the threads while bytes run in both directions: on devices that see
 // who uses them when.
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "link/com_port.h"
 #include "link/link_thread.h"
 #include "link/pipes.h"

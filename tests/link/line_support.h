@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 #include "firmware/store/macro.h"
 #include "link/com_port.h"
 #include "link/link_thread.h"

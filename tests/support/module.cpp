@@ -1,8 +1,8 @@
 #include "tests/support/module.h"
 
-#include "firmware/core/loop.h"
-#include "firmware/core/power_on.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/roof/loop.h"
+#include "firmware/core/roof/power_on.h"
 #include "firmware/store/eeprom.h"
 #include "link/pipes.h"
 #include "tests/support/fake_platform.h"

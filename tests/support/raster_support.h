@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "firmware/core/draw_area.h"
+#include "firmware/core/ground/draw_area.h"
 
 #include <cstdint>
 #include <random>

@@ -1,6 +1,6 @@
 #include "host/platform/desktop/window.h"
 
-#include "firmware/core/backlight.h"
+#include "firmware/core/roof/backlight.h"
 #include "host/main_requests.h"
 #include "host/painter.h"
 #include "host/platform/desktop/main_window.h"

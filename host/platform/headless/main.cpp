@@ -1,6 +1,6 @@
 // orvanel42-headless: the module without a window, driven by scenarios.
 
-#include "firmware/core/commands.h"
+#include "firmware/core/roof/commands.h"
 #include "firmware/store/eeprom.h"
 #include "host/image_file.h"
 #include "host/platform/headless/jobs.h"

@@ -1,7 +1,7 @@
 #include "host/platform/headless/module_time.h"
 
-#include "firmware/core/loop.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/roof/loop.h"
 #include "host/platform/headless/session.h"
 #include "host/scenario/runner.h"
 #include "host/window_timer.h"

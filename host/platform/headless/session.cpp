@@ -1,6 +1,6 @@
 #include "host/platform/headless/session.h"
 
-#include "firmware/core/backlight.h"
+#include "firmware/core/roof/backlight.h"
 #include "firmware/store/eeprom.h"
 #include "host/image_file.h"
 #include "host/platform/headless/module_time.h"

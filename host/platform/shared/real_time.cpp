@@ -1,7 +1,7 @@
 #include "host/platform/shared/real_time.h"
 
-#include "firmware/core/loop.h"
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/roof/loop.h"
 #include "host/main_requests.h"
 #include "host/painter.h"
 #include "host/platform/shared/serial_line.h"

@@ -1,4 +1,4 @@
-#include "firmware/core/requests.h"
+#include "firmware/core/ground/requests.h"
 
 #include "seam/platform.h"
 

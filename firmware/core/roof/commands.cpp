@@ -1,8 +1,8 @@
-#include "firmware/core/commands.h"
+#include "firmware/core/roof/commands.h"
 
-#include "firmware/core/backlight.h"
-#include "firmware/core/device.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/roof/backlight.h"
+#include "firmware/core/roof/device.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/border.h"
 #include "firmware/raster/line.h"

@@ -1,4 +1,4 @@
-#include "firmware/core/tone.h"
+#include "firmware/core/ground/tone.h"
 
 #include "seam/host_calls.h"
 

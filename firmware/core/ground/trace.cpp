@@ -1,4 +1,4 @@
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
 
 namespace orvanel {
 

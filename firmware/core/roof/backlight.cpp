@@ -1,8 +1,8 @@
-#include "firmware/core/backlight.h"
+#include "firmware/core/roof/backlight.h"
 
 #include "base/bytes.h"
-#include "firmware/core/read.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/trace.h"
+#include "firmware/core/read/read.h"
 #include "seam/host_calls.h"
 
 #include <algorithm>

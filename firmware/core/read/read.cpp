@@ -1,9 +1,9 @@
-#include "firmware/core/read.h"
+#include "firmware/core/read/read.h"
 
 #include "base/bytes.h"
-#include "firmware/core/draw_area.h"
-#include "firmware/core/requests.h"
-#include "firmware/core/trace.h"
+#include "firmware/core/ground/draw_area.h"
+#include "firmware/core/ground/requests.h"
+#include "firmware/core/ground/trace.h"
 #include "firmware/store/macro.h"
 #include "link/pipes.h"
 #include "seam/platform.h"

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "firmware/core/read.h"
+#include "firmware/core/read/read.h"
 
 #include <array>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "firmware/core/draw_area.h"
+#include "firmware/core/ground/draw_area.h"
 
 namespace orvanel {
 
