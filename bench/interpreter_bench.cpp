@@ -1,7 +1,7 @@
 // interpreter_bench.cpp: bytes put straight into the pipe, through reader, dispatch, drawing and
 // refresh; beside a terminal library that eats plain text and draws no dots.
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "tests/support/module.h"
 
 #include <benchmark/benchmark.h>

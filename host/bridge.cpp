@@ -1,7 +1,7 @@
 #include "host/bridge.h"
 
 #include "base/bytes.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "host/picture_import.h"
 #include "link/feeds.h"
 #include "link/pipes.h"

@@ -1,6 +1,6 @@
 #include "host/image_file.h"
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 
 #include <cerrno>
 #include <fstream>

@@ -1,6 +1,6 @@
 #include "host/program_folder.h"
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/demo.h"
 #include "host/image_file.h"
 #include "host/ini_file.h"

@@ -1,6 +1,6 @@
 #include "host/settings.h"
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/ini_file.h"
 #include "link/port.h"
 

@@ -1,7 +1,7 @@
 #include "host/window_timer.h"
 
-#include "firmware/store/macro.h"
-#include "firmware/store/timers.h"
+#include "firmware/store/ground/macro.h"
+#include "firmware/store/roof/timers.h"
 #include "host/window/input.h"
 #include "link/feeds.h"
 

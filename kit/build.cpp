@@ -1,7 +1,7 @@
 #include "kit/build.h"
 
 #include "base/files.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "kit/image.h"
 #include "kit/stream.h"
 

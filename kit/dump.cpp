@@ -1,6 +1,6 @@
 #include "kit/dump.h"
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/scenario/line.h"
 #include "kit/bdf.h"
 #include "kit/commands.h"

@@ -1,8 +1,8 @@
 #include "kit/image.h"
 
 #include "base/bytes.h"
-#include "firmware/store/eeprom.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/eeprom.h"
+#include "firmware/store/ground/macro.h"
 
 #include <algorithm>
 #include <array>

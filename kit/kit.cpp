@@ -1,6 +1,6 @@
 #include "kit/kit.h"
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/scenario/line.h"
 #include "kit/commands.h"
 #include "kit/resources.h"

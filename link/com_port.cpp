@@ -1,7 +1,7 @@
 #include "link/com_port.h"
 
 #include "firmware/core/ground/requests.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "link/pipes.h"
 #include "link/port.h"
 #include "seam/host_calls.h"

@@ -1,6 +1,6 @@
 #include "link/pactlink.h"
 
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "link/pipes.h"
 #include "link/port.h"
 

@@ -8,7 +8,7 @@
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/raster/screen_store.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "link/answers.h"
 #include "link/pipes.h"
 

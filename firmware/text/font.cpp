@@ -4,7 +4,7 @@
 #include "firmware/core/ground/trace.h"
 #include "firmware/core/read/read.h"
 #include "firmware/raster/blit.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 
 #include <algorithm>
 #include <array>

@@ -9,7 +9,7 @@
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/raster/screen_store.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "firmware/text/font.h"
 #include "firmware/text/layout.h"
 #include "firmware/touch/areas.h"

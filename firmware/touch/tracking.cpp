@@ -9,7 +9,7 @@
 #include "firmware/raster/line.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/bars.h"
 #include "firmware/touch/keys.h"

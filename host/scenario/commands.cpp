@@ -3,7 +3,7 @@
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/backlight.h"
 #include "firmware/core/roof/device.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/tracking.h"
 #include "host/bridge.h"

@@ -1,6 +1,6 @@
 #include "host/scenario/remarks.h"
 
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/read/read.h"
-#include "firmware/store/eeprom.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/eeprom.h"
+#include "firmware/store/ground/macro.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/stream.h"
 

@@ -1,7 +1,7 @@
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/loop.h"
 #include "firmware/raster/planes.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/bars.h"
 #include "firmware/touch/menu.h"

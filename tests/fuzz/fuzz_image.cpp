@@ -1,9 +1,9 @@
 // fuzz_image.cpp: any bytes whatsoever may stand in the EEPROM, under commands that reach into it.
 
 #include "firmware/core/ground/requests.h"
-#include "firmware/store/eeprom.h"
-#include "firmware/store/macro.h"
-#include "firmware/store/timers.h"
+#include "firmware/store/ground/eeprom.h"
+#include "firmware/store/ground/macro.h"
+#include "firmware/store/roof/timers.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/module.h"
 

@@ -1,7 +1,7 @@
 // fuzz_scenario.cpp: any text is a scenario that ends, well or with a message. Each one runs in a
 // process of its own, as in the program, which hands its counts of edges back to the fuzzer.
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/session.h"
 #include "host/settings.h"

@@ -2,8 +2,8 @@
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/raster/refresh.h"
-#include "firmware/store/eeprom.h"
-#include "firmware/store/timers.h"
+#include "firmware/store/ground/eeprom.h"
+#include "firmware/store/roof/timers.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/font_image.h"
 #include "tests/support/module.h"

@@ -4,9 +4,9 @@
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/loop.h"
-#include "firmware/store/eeprom.h"
-#include "firmware/store/macro.h"
-#include "firmware/store/timers.h"
+#include "firmware/store/ground/eeprom.h"
+#include "firmware/store/ground/macro.h"
+#include "firmware/store/roof/timers.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/bars.h"
 #include "firmware/touch/menu.h"

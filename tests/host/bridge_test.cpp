@@ -1,6 +1,6 @@
 // The messages of the companion and of a second start, without what carries them.
 
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "host/bridge.h"
 #include "link/feeds.h"
 #include "link/pipes.h"

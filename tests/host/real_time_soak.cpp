@@ -3,7 +3,7 @@
 // each has happened.
 
 #include "firmware/core/ground/requests.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/painter.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"

@@ -1,7 +1,7 @@
 // The user's settings: defaults, what is made of odd values, what is saved; the folder that they
 // live in, and the place of the window.
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/ini_file.h"
 #include "host/program_folder.h"
 #include "host/settings.h"

@@ -2,7 +2,7 @@
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/backlight.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/bridge.h"
 #include "host/painter.h"
 #include "host/platform/desktop/main_window.h"

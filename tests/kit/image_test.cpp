@@ -1,6 +1,6 @@
 // The image and its stream: layout, CRC, filler, and the module that takes them.
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "kit/check.h"
 #include "kit/diff.h"
 #include "kit/dump.h"

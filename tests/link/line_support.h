@@ -3,7 +3,7 @@
 #pragma once
 
 #include "firmware/core/ground/requests.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "link/com_port.h"
 #include "link/link_thread.h"
 #include "link/pactlink.h"

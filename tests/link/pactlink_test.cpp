@@ -1,6 +1,6 @@
 // The framed protocol, byte by byte, with the test as the peer.
 
-#include "firmware/store/timers.h"
+#include "firmware/store/roof/timers.h"
 #include "tests/link/line_support.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/loop.h"
 #include "firmware/core/roof/power_on.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "link/pipes.h"
 #include "tests/support/fake_platform.h"
 

@@ -14,7 +14,7 @@ enum class ByteOrigin : std::uint8_t { companion, feed, line, macro };
 struct ByteSource {
     ByteOrigin origin;
     std::uint8_t macro_number;
-    std::uint16_t macro_table;  // one of firmware/store/macro.h
+    std::uint16_t macro_table;  // one of firmware/store/ground/macro.h
     std::int32_t macro_offset;  // of the byte, in the image
 };
 

@@ -4,7 +4,7 @@
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/ground/trace.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "link/pipes.h"
 #include "seam/platform.h"
 

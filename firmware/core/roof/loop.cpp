@@ -6,8 +6,8 @@
 #include "firmware/core/roof/commands.h"
 #include "firmware/core/roof/power_on.h"
 #include "firmware/raster/planes.h"
-#include "firmware/store/macro.h"
-#include "firmware/store/timers.h"
+#include "firmware/store/ground/macro.h"
+#include "firmware/store/roof/timers.h"
 #include "firmware/text/terminal.h"
 #include "firmware/touch/tracking.h"
 

@@ -1,6 +1,6 @@
 // The window program: command line, surroundings, and the life of the event loop.
 
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/image_file.h"
 #include "host/platform/desktop/companions.h"
 #include "host/platform/desktop/window.h"

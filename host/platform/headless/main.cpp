@@ -1,7 +1,7 @@
 // orvanel42-headless: the module without a window, driven by scenarios.
 
 #include "firmware/core/roof/commands.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/image_file.h"
 #include "host/platform/headless/jobs.h"
 #include "host/platform/headless/options.h"

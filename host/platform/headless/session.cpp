@@ -1,7 +1,7 @@
 #include "host/platform/headless/session.h"
 
 #include "firmware/core/roof/backlight.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 #include "host/image_file.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"

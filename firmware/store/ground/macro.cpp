@@ -1,8 +1,8 @@
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 
 #include "base/bytes.h"
 #include "firmware/core/ground/trace.h"
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 
 #include <array>
 

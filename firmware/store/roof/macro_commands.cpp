@@ -1,7 +1,7 @@
-#include "firmware/store/macro_commands.h"
+#include "firmware/store/roof/macro_commands.h"
 
 #include "firmware/core/read/read.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 
 namespace orvanel {
 

@@ -1,4 +1,4 @@
-#include "firmware/store/eeprom.h"
+#include "firmware/store/ground/eeprom.h"
 
 #include "firmware/core/ground/requests.h"
 

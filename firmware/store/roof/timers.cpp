@@ -1,4 +1,4 @@
-#include "firmware/store/timers.h"
+#include "firmware/store/roof/timers.h"
 
 #include "base/bytes.h"
 #include "firmware/core/ground/requests.h"
@@ -8,7 +8,7 @@
 #include "firmware/core/read/read.h"
 #include "firmware/core/roof/backlight.h"
 #include "firmware/raster/refresh.h"
-#include "firmware/store/macro.h"
+#include "firmware/store/ground/macro.h"
 #include "firmware/text/terminal.h"
 #include "link/port.h"
 #include "seam/platform.h"
