@@ -5,7 +5,7 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/tracking.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 #include "tests/support/module.h"
 
 #include <benchmark/benchmark.h>

@@ -3,9 +3,9 @@
 #include "base/bytes.h"
 #include "firmware/store/ground/macro.h"
 #include "host/picture_import.h"
-#include "link/feeds.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
 #include "seam/window_system.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "host/demo.h"
 
 #include "base/unpack.h"
-#include "link/feeds.h"
+#include "link/feeds/feeds.h"
 
 #include <cstddef>
 #include <cstdint>

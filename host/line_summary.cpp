@@ -1,6 +1,6 @@
 #include "host/line_summary.h"
 
-#include "link/port.h"
+#include "link/ground/port.h"
 
 #include <cstdint>
 

@@ -6,7 +6,7 @@
 #include "firmware/raster/blit.h"
 #include "host/window/boxes.h"
 #include "host/window/input.h"
-#include "link/feeds.h"
+#include "link/feeds/feeds.h"
 #include "seam/host_calls.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "firmware/store/ground/eeprom.h"
 #include "host/ini_file.h"
-#include "link/port.h"
+#include "link/ground/port.h"
 
 #include <algorithm>
 #include <cstdint>

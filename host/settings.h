@@ -1,7 +1,7 @@
 // settings.h: what the user has chosen: the keys of simulator.ini, their defaults and their ranges.
 // Each key has one word. Those that a lower layer reads stand there: com_baud, protocol_on and
-// configured_address in link/port.h, eeprom_size in firmware/store/ground/eeprom.h. The rest stand
-// here and belong to the main thread, unless they are atomic. The page for users is
+// configured_address in link/ground/port.h, eeprom_size in firmware/store/ground/eeprom.h. The rest
+// stand here and belong to the main thread, unless they are atomic. The page for users is
 // docs/settings.md.
 
 #pragma once

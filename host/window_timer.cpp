@@ -3,7 +3,7 @@
 #include "firmware/store/ground/macro.h"
 #include "firmware/store/roof/timers.h"
 #include "host/window/input.h"
-#include "link/feeds.h"
+#include "link/feeds/feeds.h"
 
 namespace orvanel {
 

@@ -14,7 +14,7 @@
 #include "host/scenario/remarks.h"
 #include "kit/commands.h"
 #include "kit/image.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 
 #include <algorithm>
 #include <array>

@@ -9,8 +9,8 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/raster/screen_store.h"
 #include "firmware/store/ground/eeprom.h"
-#include "link/answers.h"
-#include "link/pipes.h"
+#include "link/ground/answers.h"
+#include "link/ground/pipes.h"
 
 #include <algorithm>
 #include <array>

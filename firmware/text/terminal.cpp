@@ -6,7 +6,7 @@
 #include "firmware/raster/blit.h"
 #include "firmware/raster/screen_store.h"
 #include "firmware/text/layout.h"
-#include "link/port.h"
+#include "link/ground/port.h"
 
 #include <algorithm>
 #include <string_view>

@@ -8,7 +8,7 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/tracking.h"
-#include "link/answers.h"
+#include "link/ground/answers.h"
 
 #include <algorithm>
 

@@ -12,7 +12,7 @@
 #include "firmware/touch/areas.h"
 #include "firmware/touch/look.h"
 #include "firmware/touch/tracking.h"
-#include "link/answers.h"
+#include "link/ground/answers.h"
 
 #include <array>
 

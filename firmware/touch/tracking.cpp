@@ -15,7 +15,7 @@
 #include "firmware/touch/keys.h"
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
-#include "link/answers.h"
+#include "link/ground/answers.h"
 #include "seam/platform.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "host/scenario/answers.h"
 
 #include "host/scenario/world.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 
 #include <algorithm>
 #include <utility>

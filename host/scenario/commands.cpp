@@ -19,10 +19,10 @@
 #include "host/settings.h"
 #include "host/window/menu_command.h"
 #include "host/window/title.h"
-#include "link/com_port.h"
-#include "link/feeds.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
+#include "link/roof/com_port.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -3,8 +3,8 @@
 #include "host/scenario/answers.h"
 #include "host/scenario/report.h"
 #include "host/scenario/world.h"
-#include "link/feeds.h"
-#include "link/pipes.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
 
 #include <optional>
 #include <string>

@@ -2,8 +2,8 @@
 
 #include "host/ports_panel.h"
 #include "host/settings.h"
-#include "link/com_port.h"
-#include "link/port.h"
+#include "link/ground/port.h"
+#include "link/roof/com_port.h"
 #include "seam/window_system.h"
 
 #include <algorithm>

@@ -13,8 +13,8 @@
 #include "host/window/dialog.h"
 #include "host/window/menu.h"
 #include "host/window/title.h"
-#include "link/com_port.h"
-#include "link/port.h"
+#include "link/ground/port.h"
+#include "link/roof/com_port.h"
 #include "seam/window_system.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "host/window/title.h"
 
-#include "link/port.h"
+#include "link/ground/port.h"
 #include "seam/window_system.h"
 
 #include <string>

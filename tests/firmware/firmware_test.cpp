@@ -10,7 +10,7 @@
 #include "firmware/text/layout.h"
 #include "firmware/text/terminal.h"
 #include "firmware/touch/tracking.h"
-#include "link/port.h"
+#include "link/ground/port.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/module.h"
 #include "tests/support/stream.h"

@@ -8,7 +8,7 @@
 #include "firmware/store/roof/eeprom_command.h"
 #include "firmware/store/roof/timers.h"
 #include "firmware/text/terminal.h"
-#include "link/port.h"
+#include "link/ground/port.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/module.h"
 #include "tests/support/stream.h"

@@ -9,7 +9,7 @@
 #include "firmware/store/ground/macro.h"
 #include "firmware/text/layout.h"
 #include "firmware/text/terminal.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/raster_support.h"
 

@@ -1,5 +1,5 @@
 #include "firmware/core/read/read.h"
-#include "link/port.h"
+#include "link/ground/port.h"
 #include "tests/firmware/text_support.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 // whole. No name leads anywhere: each begins with a byte that makes it one that is not there.
 
 #include "host/bridge.h"
-#include "link/feeds.h"
-#include "link/pipes.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,11 +3,11 @@
 // payload, whole and in order, and nothing else comes through.
 
 #include "firmware/core/ground/requests.h"
-#include "link/com_port.h"
-#include "link/link_thread.h"
-#include "link/pactlink.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
+#include "link/roof/com_port.h"
+#include "link/roof/link_thread.h"
+#include "link/roof/pactlink.h"
 #include "tests/support/fake_line.h"
 #include "tests/support/fake_platform.h"
 

@@ -11,7 +11,7 @@
 #include "firmware/touch/bars.h"
 #include "firmware/touch/menu.h"
 #include "firmware/touch/tracking.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/font_image.h"
 #include "tests/support/module.h"

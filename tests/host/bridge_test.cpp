@@ -2,9 +2,9 @@
 
 #include "firmware/store/ground/macro.h"
 #include "host/bridge.h"
-#include "link/feeds.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/fake_window.h"
 

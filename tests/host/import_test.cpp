@@ -5,8 +5,8 @@
 #include "firmware/raster/blit.h"
 #include "host/picture_import.h"
 #include "host/window/boxes.h"
-#include "link/feeds.h"
-#include "link/pipes.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
 #include "tests/support/fake_platform.h"
 
 #include <gtest/gtest.h>

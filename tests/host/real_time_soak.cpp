@@ -8,8 +8,8 @@
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"
 #include "host/scenario/answers.h"
-#include "link/feeds.h"
-#include "link/pipes.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -8,7 +8,7 @@
 #include "host/scenario/junit.h"
 #include "host/scenario/line.h"
 #include "host/scenario/picture.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -7,7 +7,7 @@
 #include "host/settings.h"
 #include "host/skin/lcd_colours.h"
 #include "host/window_place.h"
-#include "link/port.h"
+#include "link/ground/port.h"
 
 #include <gtest/gtest.h>
 

@@ -14,8 +14,8 @@
 #include "host/window/menu.h"
 #include "host/window/menu_command.h"
 #include "host/window_timer.h"
-#include "link/feeds.h"
-#include "link/pipes.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
 #include "seam/host_calls.h"
 
 #include <QAction>

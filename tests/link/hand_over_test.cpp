@@ -2,10 +2,10 @@
 // who uses them when.
 
 #include "firmware/core/ground/requests.h"
-#include "link/com_port.h"
-#include "link/link_thread.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
+#include "link/roof/com_port.h"
+#include "link/roof/link_thread.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/stream.h"
 

@@ -1,6 +1,6 @@
-#include "link/feeds.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
 #include "tests/support/fake_platform.h"
 
 #include <gtest/gtest.h>

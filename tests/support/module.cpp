@@ -4,7 +4,7 @@
 #include "firmware/core/roof/loop.h"
 #include "firmware/core/roof/power_on.h"
 #include "firmware/store/ground/eeprom.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 #include "tests/support/fake_platform.h"
 
 #include <algorithm>

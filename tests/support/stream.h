@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 
 #include <cstdint>
 #include <span>

@@ -5,7 +5,7 @@
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/ground/trace.h"
 #include "firmware/store/ground/macro.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 #include "seam/platform.h"
 
 #include <algorithm>

@@ -9,9 +9,9 @@
 #include "firmware/store/ground/eeprom.h"
 #include "firmware/store/roof/eeprom_command.h"
 #include "firmware/text/terminal.h"
-#include "link/answers.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/ground/answers.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
 #include "seam/host_calls.h"
 #include "seam/platform.h"
 

@@ -22,8 +22,8 @@
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
 #include "firmware/touch/tracking.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
 #include "seam/platform.h"
 
 #include <algorithm>

@@ -6,8 +6,8 @@
 #include "firmware/core/read/read.h"
 #include "firmware/store/ground/eeprom.h"
 #include "firmware/store/roof/timers.h"
-#include "link/answers.h"
-#include "link/pipes.h"
+#include "link/ground/answers.h"
+#include "link/ground/pipes.h"
 #include "seam/host_calls.h"
 
 namespace orvanel {

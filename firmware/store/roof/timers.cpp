@@ -10,7 +10,7 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/store/ground/macro.h"
 #include "firmware/text/terminal.h"
-#include "link/port.h"
+#include "link/ground/port.h"
 #include "seam/platform.h"
 
 #include <algorithm>

@@ -14,7 +14,7 @@
 #include "host/program_life.h"
 #include "host/settings.h"
 #include "host/window/menu_command.h"
-#include "link/feeds.h"
+#include "link/feeds/feeds.h"
 
 #include <CLI/CLI.hpp>
 #include <QApplication>

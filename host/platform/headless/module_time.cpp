@@ -5,7 +5,7 @@
 #include "host/platform/headless/session.h"
 #include "host/scenario/runner.h"
 #include "host/window_timer.h"
-#include "link/link_thread.h"
+#include "link/roof/link_thread.h"
 
 #include <algorithm>
 

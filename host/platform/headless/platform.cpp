@@ -13,7 +13,7 @@
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
-#include "link/com_port.h"
+#include "link/roof/com_port.h"
 
 namespace orvanel {
 

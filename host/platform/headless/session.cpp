@@ -16,8 +16,8 @@
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
 #include "host/window/menu_command.h"
-#include "link/feeds.h"
-#include "link/port.h"
+#include "link/feeds/feeds.h"
+#include "link/ground/port.h"
 #include "seam/platform.h"
 
 #include <poll.h>

@@ -3,7 +3,7 @@
 #include "base/bytes.h"
 #include "host/bridge.h"
 #include "host/platform/shared/instance_client.h"
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 #include "seam/window_system.h"
 
 #include <fcntl.h>

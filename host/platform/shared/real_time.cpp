@@ -6,9 +6,9 @@
 #include "host/painter.h"
 #include "host/platform/shared/serial_line.h"
 #include "host/platform/shared/wake.h"
-#include "link/com_port.h"
-#include "link/feeds.h"
-#include "link/link_thread.h"
+#include "link/feeds/feeds.h"
+#include "link/roof/com_port.h"
+#include "link/roof/link_thread.h"
 #include "seam/platform.h"
 
 #include <atomic>

@@ -4,8 +4,8 @@
 #include "host/platform/shared/serial_name.h"
 #include "host/settings.h"
 #include "host/window/title.h"
-#include "link/com_port.h"
-#include "link/port.h"
+#include "link/ground/port.h"
+#include "link/roof/com_port.h"
 
 #include <cstdint>
 #include <string_view>

@@ -1,11 +1,11 @@
 // pactlink.h: the framed protocol, in which the module speaks only when it is asked. A frame is
 // start byte, length n, n bytes of payload and the sum of all these modulo 256; the module answers
 // each with one byte and, for four commands, a frame. All of it belongs to link_thread, but for the
-// words in link/port.h. The page for users is docs/pactlink.md.
+// words in link/ground/port.h. The page for users is docs/pactlink.md.
 
 #pragma once
 
-#include "link/com_port.h"
+#include "link/roof/com_port.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 
-#include "link/port.h"
+#include "link/ground/port.h"
 #include "seam/platform.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
-#include "link/link_thread.h"
+#include "link/roof/link_thread.h"
 
 #include "firmware/core/ground/requests.h"
-#include "link/pactlink.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
+#include "link/roof/pactlink.h"
 
 namespace orvanel {
 

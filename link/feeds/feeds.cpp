@@ -1,6 +1,6 @@
-#include "link/feeds.h"
+#include "link/feeds/feeds.h"
 
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 
 #include <algorithm>
 #include <array>

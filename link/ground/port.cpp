@@ -1,4 +1,4 @@
-#include "link/port.h"
+#include "link/ground/port.h"
 
 #include "seam/platform.h"
 

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "link/com_port.h"
+#include "link/roof/com_port.h"
 
 namespace orvanel {
 

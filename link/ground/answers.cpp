@@ -1,6 +1,6 @@
-#include "link/answers.h"
+#include "link/ground/answers.h"
 
-#include "link/pipes.h"
+#include "link/ground/pipes.h"
 
 namespace orvanel {
 

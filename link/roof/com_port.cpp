@@ -1,9 +1,9 @@
-#include "link/com_port.h"
+#include "link/roof/com_port.h"
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/store/ground/macro.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
 #include "seam/host_calls.h"
 
 #include <algorithm>

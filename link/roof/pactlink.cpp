@@ -1,8 +1,8 @@
-#include "link/pactlink.h"
+#include "link/roof/pactlink.h"
 
 #include "firmware/store/ground/macro.h"
-#include "link/pipes.h"
-#include "link/port.h"
+#include "link/ground/pipes.h"
+#include "link/ground/port.h"
 
 #include <algorithm>
 #include <initializer_list>
