@@ -2,7 +2,7 @@
 // display alone, and the 8 x 8 dots of a letter. The peer is a fill of as many pixels.
 
 #include "firmware/raster/refresh.h"
-#include "host/settings.h"
+#include "host/program/settings.h"
 #include "host/skin/painting.h"
 #include "host/skin/view.h"
 

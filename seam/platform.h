@@ -90,8 +90,8 @@ void wait_for_line(int line, LineEvent event, int ms);
 /// Ends a wait_for_line that is running, or the next one. From any thread.
 void wake_link();
 
-/// Has the main thread call serve_main_requests (host/main_requests.h) soon. Called from any
-/// thread.
+/// Has the main thread call serve_main_requests (host/requests/main_requests.h) soon. Called from
+/// any thread.
 void wake_main();
 
 /// Paints this part of the window before it returns. Main thread only.
@@ -102,8 +102,9 @@ void paint_window(PixelRect rect);
 void set_fade_timer(bool runs);
 
 /// Whose message it is. The module's belongs to the window, which takes no input while it is open,
-/// and message_closed (host/main_requests.h) is called when the user has closed it, which may be
-/// before open_message_box returns. The host's stands for itself: the glass can still be touched.
+/// and message_closed (host/requests/main_requests.h) is called when the user has closed it, which
+/// may be before open_message_box returns. The host's stands for itself: the glass can still be
+/// touched.
 enum class MessageOf : std::uint8_t { host, module };
 
 /// Opens a message box and returns at once. Main thread only.

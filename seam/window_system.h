@@ -20,7 +20,7 @@
 
 namespace orvanel {
 
-struct Dialog;   // host/window/dialog.h
+struct Dialog;   // host/window/ground/dialog.h
 struct Outline;  // host/skin/outline.h
 
 struct PixelPoint {
@@ -51,7 +51,7 @@ void activate_window();
 void close_window_soon();
 
 /// The user drags the window from here on as by its title bar, until the button is up. No mouse
-/// event of that drag comes to host/window/input.h.
+/// event of that drag comes to host/window/ground/input.h.
 void drag_window();
 
 // Mouse pointer and menu.
@@ -75,7 +75,8 @@ void open_popup_menu(PixelPoint at);
 // Boxes. While one is open, ticks, feeds and the line go on.
 
 /// Opens a dialog at a place of the screen (none: the system's choice), its controls in the state
-/// that dialog_value (host/window/dialog.h) tells. What the user does there comes to dialog_used.
+/// that dialog_value (host/window/ground/dialog.h) tells. What the user does there comes to
+/// dialog_used.
 void open_dialog(const Dialog& dialog, std::optional<PixelPoint> at);
 
 /// Closes the open dialog. No dialog_used comes of it.

@@ -3,7 +3,7 @@
 #include "firmware/core/ground/draw_area.h"
 #include "host/scenario/line.h"
 #include "host/scenario/report.h"
-#include "host/window/dialog.h"
+#include "host/window/ground/dialog.h"
 
 #include <filesystem>
 #include <utility>

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "host/bridge.h"
+#include "host/bridge/bridge.h"
 #include "host/scenario/picture.h"
 
 #include <cstdint>

@@ -1,14 +1,14 @@
 #include "host/scenario/memory_window.h"
 
+#include "host/program/settings.h"
 #include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
-#include "host/settings.h"
 #include "host/skin/view.h"
-#include "host/window/dialog.h"
-#include "host/window/input.h"
-#include "host/window/menu_command.h"
-#include "host/window_place.h"
+#include "host/window/ground/dialog.h"
+#include "host/window/ground/input.h"
+#include "host/window/ground/window_place.h"
+#include "host/window/roof/menu_command.h"
 
 #include <algorithm>
 #include <limits>

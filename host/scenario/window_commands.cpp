@@ -1,16 +1,16 @@
 #include "host/scenario/window_commands.h"
 
-#include "host/picture_import.h"
-#include "host/ports_panel.h"
+#include "host/import/picture_import.h"
+#include "host/program/settings.h"
 #include "host/scenario/line.h"
 #include "host/scenario/memory_window.h"
 #include "host/scenario/report.h"
 #include "host/scenario/window_picture.h"
-#include "host/settings.h"
-#include "host/window/dialog.h"
-#include "host/window/keyboard.h"
-#include "host/window/menu.h"
-#include "host/window/menu_command.h"
+#include "host/window/ground/dialog.h"
+#include "host/window/ground/menu.h"
+#include "host/window/ground/ports_panel.h"
+#include "host/window/roof/keyboard.h"
+#include "host/window/roof/menu_command.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,7 @@
 #include "host/skin/lcd_colours.h"
 
 #include "firmware/core/roof/backlight.h"
-#include "host/settings.h"
+#include "host/program/settings.h"
 #include "host/skin/skin.h"
 
 #include <algorithm>

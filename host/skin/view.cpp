@@ -1,6 +1,6 @@
 #include "host/skin/view.h"
 
-#include "host/settings.h"
+#include "host/program/settings.h"
 #include "host/skin/lcd_colours.h"
 #include "host/skin/skin.h"
 

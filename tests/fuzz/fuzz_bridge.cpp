@@ -1,7 +1,7 @@
 // fuzz_bridge.cpp: any messages, 12 bytes each as they come from a connection, leave the bridge
 // whole. No name leads anywhere: each begins with a byte that makes it one that is not there.
 
-#include "host/bridge.h"
+#include "host/bridge/bridge.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
 

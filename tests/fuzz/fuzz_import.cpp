@@ -3,7 +3,7 @@
 
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/raster/blit.h"
-#include "host/picture_import.h"
+#include "host/import/picture_import.h"
 #include "tests/support/fake_platform.h"
 
 #include <cstddef>

@@ -1,8 +1,8 @@
 // fuzz_ini.cpp: any text is a simulator.ini: what is read is in range, what is saved reads back as
 // it was, and what isn't asked for stays as it is written.
 
-#include "host/ini_file.h"
-#include "host/settings.h"
+#include "host/program/ini_file.h"
+#include "host/program/settings.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -4,7 +4,7 @@
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/session.h"
-#include "host/settings.h"
+#include "host/program/settings.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

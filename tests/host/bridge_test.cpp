@@ -1,7 +1,7 @@
 // The messages of the companion and of a second start, without what carries them.
 
 #include "firmware/store/ground/macro.h"
-#include "host/bridge.h"
+#include "host/bridge/bridge.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
 #include "link/ground/port.h"

@@ -3,8 +3,8 @@
 
 #include "base/bytes.h"
 #include "firmware/raster/blit.h"
-#include "host/picture_import.h"
-#include "host/window/boxes.h"
+#include "host/import/picture_import.h"
+#include "host/window/ground/boxes.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
 #include "tests/support/fake_platform.h"

@@ -1,6 +1,6 @@
 // The editor of the user's file: what it finds, and that it leaves alone what it wasn't asked for.
 
-#include "host/ini_file.h"
+#include "host/program/ini_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

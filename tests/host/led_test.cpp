@@ -2,8 +2,8 @@
 
 #include "firmware/core/roof/device.h"
 #include "host/ledlib/led.h"
-#include "host/ports_panel.h"
-#include "host/settings.h"
+#include "host/program/settings.h"
+#include "host/window/ground/ports_panel.h"
 #include "tests/support/fake_window.h"
 
 #include <gtest/gtest.h>

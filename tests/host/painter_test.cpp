@@ -2,8 +2,8 @@
 // test's own.
 
 #include "firmware/raster/refresh.h"
-#include "host/painter.h"
-#include "host/settings.h"
+#include "host/program/settings.h"
+#include "host/requests/painter.h"
 #include "seam/host_calls.h"
 #include "seam/platform.h"
 

@@ -4,9 +4,9 @@
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/store/ground/eeprom.h"
-#include "host/painter.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"
+#include "host/requests/painter.h"
 #include "host/scenario/answers.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"

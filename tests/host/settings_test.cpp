@@ -2,11 +2,11 @@
 // live in, and the place of the window.
 
 #include "firmware/store/ground/eeprom.h"
-#include "host/ini_file.h"
-#include "host/program_folder.h"
-#include "host/settings.h"
+#include "host/program/ini_file.h"
+#include "host/program/program_folder.h"
+#include "host/program/settings.h"
 #include "host/skin/lcd_colours.h"
-#include "host/window_place.h"
+#include "host/window/ground/window_place.h"
 #include "link/ground/port.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "firmware/core/roof/backlight.h"
 #include "firmware/raster/refresh.h"
-#include "host/settings.h"
+#include "host/program/settings.h"
 #include "host/skin/lcd_colours.h"
 #include "host/skin/outline.h"
 #include "host/skin/painting.h"

@@ -1,13 +1,13 @@
 // The boxes of window_system.h: dialogs from their tables, messages, the question for a file. None
 // has a loop of its own, so the event loop goes on, and with it ticks, feeds, line and paints.
 
-#include "host/window/boxes.h"
+#include "host/window/ground/boxes.h"
 
-#include "host/main_requests.h"
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/text.h"
-#include "host/window/dialog.h"
-#include "host/window/menu_command.h"
+#include "host/requests/main_requests.h"
+#include "host/window/ground/dialog.h"
+#include "host/window/roof/menu_command.h"
 #include "seam/window_system.h"
 
 #include <QCloseEvent>

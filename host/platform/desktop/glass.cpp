@@ -1,13 +1,13 @@
 #include "host/platform/desktop/glass.h"
 
-#include "host/line_summary.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
 #include "host/skin/painting.h"
 #include "host/skin/view.h"
-#include "host/window/input.h"
-#include "host/window/keyboard.h"
-#include "host/window/menu_command.h"
+#include "host/window/ground/input.h"
+#include "host/window/ground/line_summary.h"
+#include "host/window/roof/keyboard.h"
+#include "host/window/roof/menu_command.h"
 #include "seam/window_system.h"
 
 #include <QEvent>

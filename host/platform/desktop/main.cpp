@@ -1,7 +1,6 @@
 // The window program: command line, surroundings, and the life of the event loop.
 
 #include "firmware/store/ground/eeprom.h"
-#include "host/image_file.h"
 #include "host/platform/desktop/companions.h"
 #include "host/platform/desktop/window.h"
 #include "host/platform/shared/instance.h"
@@ -10,10 +9,11 @@
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/start_port.h"
 #include "host/platform/shared/wake.h"
-#include "host/program_folder.h"
-#include "host/program_life.h"
-#include "host/settings.h"
-#include "host/window/menu_command.h"
+#include "host/program/image_file.h"
+#include "host/program/program_folder.h"
+#include "host/program/settings.h"
+#include "host/window/roof/menu_command.h"
+#include "host/window/roof/program_life.h"
 #include "link/feeds/feeds.h"
 
 #include <CLI/CLI.hpp>

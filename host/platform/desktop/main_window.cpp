@@ -1,12 +1,12 @@
 #include "host/platform/desktop/main_window.h"
 
-#include "host/picture_import.h"
+#include "host/import/picture_import.h"
 #include "host/platform/desktop/menus.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
-#include "host/settings.h"
+#include "host/program/settings.h"
 #include "host/skin/view.h"
-#include "host/window_place.h"
+#include "host/window/ground/window_place.h"
 #include "seam/window_system.h"
 
 #include <QApplication>

@@ -3,8 +3,8 @@
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
-#include "host/window/menu.h"
-#include "host/window/menu_command.h"
+#include "host/window/ground/menu.h"
+#include "host/window/roof/menu_command.h"
 #include "seam/window_system.h"
 
 #include <QAction>

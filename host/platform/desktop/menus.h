@@ -1,4 +1,4 @@
-// menus.h: the menu bar and the popup, built from the table of host/window/menu.h.
+// menus.h: the menu bar and the popup, built from the table of host/window/ground/menu.h.
 
 #pragma once
 

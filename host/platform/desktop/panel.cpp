@@ -1,7 +1,7 @@
 #include "host/platform/desktop/panel.h"
 
 #include "host/platform/desktop/main_window.h"
-#include "host/ports_panel.h"
+#include "host/window/ground/ports_panel.h"
 #include "seam/window_system.h"
 
 #include <QCloseEvent>

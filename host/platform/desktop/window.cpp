@@ -1,16 +1,16 @@
 #include "host/platform/desktop/window.h"
 
 #include "firmware/core/roof/backlight.h"
-#include "host/main_requests.h"
-#include "host/painter.h"
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/panel.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/start_port.h"
 #include "host/platform/shared/wake.h"
-#include "host/program_life.h"
-#include "host/window_timer.h"
+#include "host/requests/main_requests.h"
+#include "host/requests/painter.h"
+#include "host/window/roof/program_life.h"
+#include "host/window/roof/window_timer.h"
 #include "seam/platform.h"
 
 #include <QApplication>

@@ -2,17 +2,17 @@
 
 #include "firmware/core/roof/commands.h"
 #include "firmware/store/ground/eeprom.h"
-#include "host/image_file.h"
 #include "host/platform/headless/jobs.h"
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/instance.h"
 #include "host/platform/shared/process.h"
 #include "host/platform/shared/start_port.h"
-#include "host/program_folder.h"
+#include "host/program/image_file.h"
+#include "host/program/program_folder.h"
+#include "host/program/settings.h"
 #include "host/scenario/expectations.h"
 #include "host/scenario/report.h"
-#include "host/settings.h"
 
 #include <cstdio>
 #include <exception>

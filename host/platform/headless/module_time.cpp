@@ -4,7 +4,7 @@
 #include "firmware/core/roof/loop.h"
 #include "host/platform/headless/session.h"
 #include "host/scenario/runner.h"
-#include "host/window_timer.h"
+#include "host/window/roof/window_timer.h"
 #include "link/roof/link_thread.h"
 
 #include <algorithm>

@@ -2,13 +2,13 @@
 
 #include "seam/platform.h"
 
-#include "host/main_requests.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/headless/simulated_line.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/serial_line.h"
+#include "host/requests/main_requests.h"
 #include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"

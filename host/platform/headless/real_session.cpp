@@ -1,15 +1,15 @@
 #include "host/platform/headless/real_session.h"
 
-#include "host/main_requests.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/shared/instance.h"
 #include "host/platform/shared/real_time.h"
 #include "host/platform/shared/wake.h"
-#include "host/program_life.h"
+#include "host/requests/main_requests.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
 #include "host/scenario/waits.h"
-#include "host/window_timer.h"
+#include "host/window/roof/program_life.h"
+#include "host/window/roof/window_timer.h"
 
 #include <poll.h>
 

@@ -1,7 +1,7 @@
 #include "host/platform/shared/instance.h"
 
 #include "base/bytes.h"
-#include "host/bridge.h"
+#include "host/bridge/bridge.h"
 #include "host/platform/shared/instance_client.h"
 #include "link/ground/pipes.h"
 #include "seam/window_system.h"

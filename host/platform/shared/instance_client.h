@@ -1,9 +1,10 @@
 // instance_client.h: the way to the program that runs in a folder: its lock file says where its
-// socket is, and the socket carries the messages of host/bridge.h. docs/formats.md, "Companion".
+// socket is, and the socket carries the messages of host/bridge/bridge.h. docs/formats.md,
+// "Companion".
 
 #pragma once
 
-#include "host/bridge_packing.h"
+#include "host/bridge/bridge_packing.h"
 
 #include <array>
 #include <cstdint>

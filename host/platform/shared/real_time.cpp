@@ -2,10 +2,10 @@
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/loop.h"
-#include "host/main_requests.h"
-#include "host/painter.h"
 #include "host/platform/shared/serial_line.h"
 #include "host/platform/shared/wake.h"
+#include "host/requests/main_requests.h"
+#include "host/requests/painter.h"
 #include "link/feeds/feeds.h"
 #include "link/roof/com_port.h"
 #include "link/roof/link_thread.h"

@@ -33,8 +33,8 @@ void real_wake_firmware();
 bool real_on_main_thread();
 
 /// Starts firmware_thread and link_thread. A program that shows what it paints has opened its
-/// painter (host/painter.h). The platform has to sleep, wake and paint already, and nothing may
-/// touch the EEPROM image from here to the end of stop_module.
+/// painter (host/requests/painter.h). The platform has to sleep, wake and paint already, and
+/// nothing may touch the EEPROM image from here to the end of stop_module.
 void start_module();
 
 /// Ends everything in order: shutdown requested, painter sealed, sleepers woken, the threads

@@ -2,8 +2,8 @@
 
 #include "host/platform/shared/serial_line.h"
 #include "host/platform/shared/serial_name.h"
-#include "host/settings.h"
-#include "host/window/title.h"
+#include "host/program/settings.h"
+#include "host/window/ground/title.h"
 #include "link/ground/port.h"
 #include "link/roof/com_port.h"
 

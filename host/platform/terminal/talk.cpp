@@ -1,7 +1,7 @@
 #include "host/platform/terminal/talk.h"
 
 #include "base/bytes.h"
-#include "host/bridge_packing.h"
+#include "host/bridge/bridge_packing.h"
 #include "host/platform/shared/instance_client.h"
 #include "host/platform/shared/wake.h"
 #include "host/platform/terminal/raw_mode.h"

@@ -1,0 +1,156 @@
+#include "host/import/picture_import.h"
+
+#include "base/bytes.h"
+#include "base/files.h"
+#include "firmware/core/ground/draw_area.h"
+#include "firmware/raster/blit.h"
+#include "host/window/ground/boxes.h"
+#include "host/window/ground/input.h"
+#include "link/feeds/feeds.h"
+#include "seam/host_calls.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+namespace orvanel {
+
+namespace {
+
+constexpr int head_size = 5;  // ESC U L x y
+constexpr int bitmap_head_size = 2;
+constexpr std::size_t command_size = 4000;
+static_assert(head_size + bitmap_head_size + screen_height * stride_of(screen_width) <=
+              static_cast<int>(command_size));
+
+// Places in a BMP file with the usual header of 40 bytes.
+constexpr std::size_t bmp_file_size = 2, bmp_rows_at = 10, bmp_width = 18, bmp_height = 22,
+                      bmp_bit_count = 28, bmp_compression = 30, bmp_colour_0 = 54,
+                      bmp_colour_1 = 58;
+
+constinit std::array<std::array<std::uint8_t, command_size>, 2> commands{};
+constinit std::size_t made = 0;  // the other one may be in a feed
+
+void picture_error(std::string_view text) { show_message("Error: HD Orvanel42 simulator", text); }
+
+void too_big() {
+    picture_error("The Picture is to big (max. " + std::to_string(screen_width) + "x" +
+                  std::to_string(screen_height) + " dots) !");
+}
+
+/// A byte of the file, 0 beyond its end.
+std::uint8_t byte_at(std::span<const std::uint8_t> file, std::uint64_t at) {
+    return at < file.size() ? file[static_cast<std::size_t>(at)] : std::uint8_t{0};
+}
+
+std::uint32_t value_at(std::span<const std::uint8_t> file, std::size_t at, std::size_t size) {
+    std::uint32_t value = 0;
+    for (std::size_t i = size; i-- > 0;)
+        value = value << 8 | byte_at(file, at + i);
+    return value;
+}
+
+/// The sum of blue, green and red: which of two colours is the darker one.
+int brightness(std::span<const std::uint8_t> file, std::size_t at) {
+    return byte_at(file, at) + byte_at(file, at + 1) + byte_at(file, at + 2);
+}
+
+/// Why a file that begins as a BMP is refused, empty if it isn't.
+bool bmp_refused(std::span<const std::uint8_t> file) {
+    if (value_at(file, bmp_bit_count, 2) > 1)
+        picture_error("This is not a monochrome Picture !");
+    else if (value_at(file, bmp_file_size, 4) != file.size())
+        picture_error("Picturefilelength is false!");
+    else if (value_at(file, bmp_width, 4) > screen_width ||
+             value_at(file, bmp_height, 4) > screen_height)
+        too_big();  // a negative height, which means top row first, is a large one here
+    else if (value_at(file, bmp_compression, 4) != 0)
+        picture_error("Only uncompressed Pictures are allowed !");
+    else
+        return false;
+    return true;
+}
+
+/// Makes the raw module bitmap from a BMP that isn't refused: dark pixels become set dots, whatever
+/// the order of the two colours. What the file doesn't hold stays clear.
+void bmp_convert(std::span<const std::uint8_t> file, std::span<std::uint8_t> target) {
+    const int width = static_cast<int>(value_at(file, bmp_width, 4));
+    const int height = static_cast<int>(value_at(file, bmp_height, 4));
+    const std::uint64_t rows_at = value_at(file, bmp_rows_at, 4);
+    const int bmp_stride = (width + 31) / 32 * 4;
+    const bool inverted = brightness(file, bmp_colour_1) < brightness(file, bmp_colour_0);
+    target[0] = low8(width);
+    target[1] = low8(height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const std::uint64_t at =
+                rows_at + static_cast<std::uint64_t>((height - 1 - y) * bmp_stride + x / 8);
+            const int mask = 0x80 >> (x & 7);
+            const bool bit = ((byte_at(file, at) & mask) != 0) != inverted;
+            const int to = bitmap_head_size + y * stride_of(width) + x / 8;
+            std::uint8_t& dots = target[static_cast<std::size_t>(to)];
+            if (at < file.size() && !bit) dots = low8(dots | mask);
+        }
+}
+
+/// Moves the picture left and up until it touches the edges that it stuck out of.
+void keep_on_glass(std::span<std::uint8_t> command) {
+    const int w = command[head_size];
+    const int h = command[head_size + 1];
+    if (command[3] + w > screen_width) command[3] = low8(screen_width - w);
+    if (command[4] + h > screen_height) command[4] = low8(screen_height - h);
+}
+
+int bitmap_size(int width, int height) { return stride_of(width) * height + bitmap_head_size; }
+
+}  // namespace
+
+int picture_convert(std::span<const std::uint8_t> file, std::uint8_t x, std::uint8_t y) {
+    file = file.first(std::min(file.size(), picture_file_size));
+    auto& command = commands[made];
+    command = {0x1B, 'U', 'L', x, y};
+    if (file.size() < bitmap_head_size) return -1;
+    const std::span<std::uint8_t> bitmap = std::span(command).subspan(head_size);
+    int length = static_cast<int>(file.size());
+    if (bitmap_size(file[0], file[1]) == length) {
+        if (file[0] > screen_width || file[1] > screen_height) {
+            too_big();
+            return 0;
+        }
+        std::copy(file.begin(), file.end(), bitmap.begin());
+    } else {
+        if (file[0] != 'B' || file[1] != 'M') return -1;
+        if (bmp_refused(file)) return 0;
+        bmp_convert(file, bitmap);
+        length = bitmap_size(bitmap[0], bitmap[1]);
+    }
+    keep_on_glass(command);
+    return length + head_size;
+}
+
+int picture_load(std::string_view path, std::uint8_t x, std::uint8_t y) {
+    std::vector<std::uint8_t> file;
+    if (!read_file_start(std::string(path), picture_file_size, file).empty()) return 0;
+    return picture_convert(file, x, y);
+}
+
+std::span<const std::uint8_t> picture_command() { return commands[made]; }
+
+void open_feed(std::string_view path, int x, int y) {
+    const std::string_view name = unquoted(path);
+    const int length = picture_load(name, low8(x), low8(y));
+    if (length < 0) start_feed_of(name);
+    if (length <= 0) return;
+    start_feed_memory(std::span(commands[made]).first(static_cast<std::size_t>(length)));
+    made = 1 - made;
+}
+
+void drop_file(std::string_view path, int px, int py) {
+    if (put_off_drop(path, px, py) || feed_left() > 0) return;
+    if (!glass_hit(px, py)) return open_feed(path, 0, 0);
+    const ModuleDot dot = glass_to_module(px, py);
+    open_feed(path, dot.x + 1, dot.y + 1);
+}
+
+}  // namespace orvanel

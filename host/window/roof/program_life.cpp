@@ -1,0 +1,45 @@
+#include "host/window/roof/program_life.h"
+
+#include "host/import/picture_import.h"
+#include "host/program/demo.h"
+#include "host/program/settings.h"
+#include "host/skin/outline.h"
+#include "host/skin/skin.h"
+#include "host/skin/view.h"
+#include "host/window/ground/menu.h"
+#include "host/window/ground/ports_panel.h"
+#include "host/window/ground/title.h"
+#include "seam/window_system.h"
+
+#include <new>
+
+namespace orvanel {
+
+bool built_in_data_is_whole() { return !builtin_skin().empty() && demo_is_whole(); }
+
+std::string prepare_skin() {
+    try {
+        const std::string fault = prepare_view();
+        return fault.empty() ? "" : "Error: " + fault;
+    } catch (const std::bad_alloc&) {
+        return "Error: not enough memory";
+    }
+}
+
+void dress_window() {
+    title_update();
+    if (!show_frame) window_cut_to_skin();
+    set_pointer(Pointer::arrow);
+}
+
+void furnish_window(const std::string& file) {
+    if (ports_visible) ports_open();
+    menu_mark_view();
+    menu_mark_port();
+    menu_mark_baud();
+    menu_mark_switches();
+    if (!file.empty()) open_feed(file, 0, 0);
+    if (always_on_top) set_window_on_top(true);
+}
+
+}  // namespace orvanel

@@ -1,0 +1,33 @@
+// program_life.h: what every program with a window, on a screen or in memory, does around the run
+// of the module. Main thread.
+//
+// The order of a start: built_in_data_is_whole, settings and image (host/program/program_folder.h),
+// prepare_skin, the window is made, dress_window, it is shown, open_start_port
+// (host/platform/shared/start_port.h), the timers run, the threads start, furnish_window. The order
+// of an end: the threads and the port (stop_module), feeds, then image and settings
+// (save_program_folder).
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orvanel {
+
+/// Whether what is packed into the program unpacks. If it doesn't, the program ends without a word
+/// and with status 0.
+bool built_in_data_is_whole();
+
+/// Prepares the view (host/skin/view.h). Empty on success, else the text of the message, under
+/// start_fault_caption, with which the program ends; nothing is saved then.
+std::string prepare_skin();
+constexpr std::string_view start_fault_caption = "HD Orvanel42 simulator";
+
+/// Gives a window that has just been made its title, its shape and the arrow.
+void dress_window();
+
+/// Opens the panel of the ports if it was open last time, marks the menu, opens `file` unless that
+/// is empty, and brings the window on top if it is to stay there.
+void furnish_window(const std::string& file);
+
+}  // namespace orvanel
