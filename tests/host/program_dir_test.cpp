@@ -1,6 +1,6 @@
 // Where a program lives, by the path that it was started with.
 
-#include "host/program_dir.h"
+#include "host/platform/system/program_dir.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // long that a lost wake shows.
 
 #include "firmware/core/ground/requests.h"
-#include "host/platform/shared/real_time.h"
+#include "host/platform/real_time/real_time.h"
 
 #include <gtest/gtest.h>
 

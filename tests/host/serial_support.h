@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "host/platform/shared/serial_line.h"
+#include "host/platform/serial/serial_line.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The serial line on what this machine has: pseudo terminals, TCP sockets and pipes. A test waits
 // for what is to happen, and fails when it doesn't within a minute.
 
-#include "host/platform/shared/serial_name.h"
+#include "host/platform/serial/serial_name.h"
 #include "tests/host/serial_support.h"
 
 #include <arpa/inet.h>

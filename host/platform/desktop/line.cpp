@@ -1,6 +1,6 @@
 // The serial line of platform.h: the window program always has the real one.
 
-#include "host/platform/shared/serial_line.h"
+#include "host/platform/serial/serial_line.h"
 #include "seam/platform.h"
 
 namespace orvanel {

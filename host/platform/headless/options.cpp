@@ -1,6 +1,6 @@
 #include "host/platform/headless/options.h"
 
-#include "host/platform/shared/start_port.h"
+#include "host/platform/real_time/start_port.h"
 #include "host/scenario/report.h"
 
 #include <CLI/CLI.hpp>

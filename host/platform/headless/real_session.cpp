@@ -1,9 +1,9 @@
 #include "host/platform/headless/real_session.h"
 
 #include "host/platform/headless/session.h"
-#include "host/platform/shared/instance.h"
-#include "host/platform/shared/real_time.h"
-#include "host/platform/shared/wake.h"
+#include "host/platform/instance/instance.h"
+#include "host/platform/real_time/real_time.h"
+#include "host/platform/system/wake.h"
 #include "host/requests/main_requests.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"

@@ -1,7 +1,7 @@
 // orvanel42-terminal: the companion of a running module.
 
-#include "host/platform/shared/instance_client.h"
-#include "host/platform/shared/process.h"
+#include "host/platform/instance/instance_client.h"
+#include "host/platform/system/process.h"
 #include "host/platform/terminal/talk.h"
 #include "host/scenario/line.h"
 

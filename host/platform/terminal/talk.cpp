@@ -2,8 +2,8 @@
 
 #include "base/bytes.h"
 #include "host/bridge/bridge_packing.h"
-#include "host/platform/shared/instance_client.h"
-#include "host/platform/shared/wake.h"
+#include "host/platform/instance/instance_client.h"
+#include "host/platform/system/wake.h"
 #include "host/platform/terminal/raw_mode.h"
 
 #include <poll.h>

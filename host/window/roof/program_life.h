@@ -3,8 +3,8 @@
 //
 // The order of a start: built_in_data_is_whole, settings and image (host/program/program_folder.h),
 // prepare_skin, the window is made, dress_window, it is shown, open_start_port
-// (host/platform/shared/start_port.h), the timers run, the threads start, furnish_window. The order
-// of an end: the threads and the port (stop_module), feeds, then image and settings
+// (host/platform/real_time/start_port.h), the timers run, the threads start, furnish_window. The
+// order of an end: the threads and the port (stop_module), feeds, then image and settings
 // (save_program_folder).
 
 #pragma once

@@ -4,8 +4,8 @@
 
 #pragma once
 
-#include "host/platform/shared/serial_name.h"
-#include "host/platform/shared/serial_wait.h"
+#include "host/platform/serial/serial_name.h"
+#include "host/platform/serial/serial_wait.h"
 #include "seam/platform.h"
 
 #include <chrono>

@@ -1,7 +1,7 @@
 // The record that takes any speed, termios2, is known to the kernel's headers only, and they can't
 // stand beside those of the C library: hence no <termios.h> in this file.
 
-#include "host/platform/shared/serial_tty.h"
+#include "host/platform/serial/serial_tty.h"
 
 #include <asm/termbits.h>
 #include <fcntl.h>

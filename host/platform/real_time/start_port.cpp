@@ -1,7 +1,7 @@
-#include "host/platform/shared/start_port.h"
+#include "host/platform/real_time/start_port.h"
 
-#include "host/platform/shared/serial_line.h"
-#include "host/platform/shared/serial_name.h"
+#include "host/platform/serial/serial_line.h"
+#include "host/platform/serial/serial_name.h"
 #include "host/program/settings.h"
 #include "host/window/ground/title.h"
 #include "link/ground/port.h"

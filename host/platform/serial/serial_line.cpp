@@ -1,12 +1,12 @@
-#include "host/platform/shared/serial_line.h"
+#include "host/platform/serial/serial_line.h"
 
-#include "host/platform/shared/serial_name.h"
-#include "host/platform/shared/serial_pty.h"
-#include "host/platform/shared/serial_stdio.h"
-#include "host/platform/shared/serial_tcp.h"
-#include "host/platform/shared/serial_tty.h"
-#include "host/platform/shared/serial_wait.h"
-#include "host/platform/shared/wake.h"
+#include "host/platform/serial/serial_name.h"
+#include "host/platform/serial/serial_pty.h"
+#include "host/platform/serial/serial_stdio.h"
+#include "host/platform/serial/serial_tcp.h"
+#include "host/platform/serial/serial_tty.h"
+#include "host/platform/serial/serial_wait.h"
+#include "host/platform/system/wake.h"
 
 #include <algorithm>
 #include <array>

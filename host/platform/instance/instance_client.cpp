@@ -1,4 +1,4 @@
-#include "host/platform/shared/instance_client.h"
+#include "host/platform/instance/instance_client.h"
 
 #include "base/bytes.h"
 

@@ -1,4 +1,4 @@
-#include "host/platform/shared/serial_tcp.h"
+#include "host/platform/serial/serial_tcp.h"
 
 #include <arpa/inet.h>
 #include <linux/sockios.h>

@@ -1,4 +1,4 @@
-#include "host/platform/shared/serial_name.h"
+#include "host/platform/serial/serial_name.h"
 
 #include <arpa/inet.h>
 

@@ -1,7 +1,7 @@
 // The descriptors are shared with other programs, such as the shell behind us, so they aren't made
 // non-blocking; poll says whether a call would wait.
 
-#include "host/platform/shared/serial_stdio.h"
+#include "host/platform/serial/serial_stdio.h"
 
 #include <climits>
 #include <fcntl.h>

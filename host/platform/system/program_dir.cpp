@@ -1,4 +1,4 @@
-#include "host/program_dir.h"
+#include "host/platform/system/program_dir.h"
 
 #include <algorithm>
 

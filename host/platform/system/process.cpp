@@ -1,6 +1,6 @@
-#include "host/platform/shared/process.h"
+#include "host/platform/system/process.h"
 
-#include "host/program_dir.h"
+#include "host/platform/system/program_dir.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "host/platform/shared/wake.h"
+#include "host/platform/system/wake.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

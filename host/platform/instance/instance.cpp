@@ -1,8 +1,8 @@
-#include "host/platform/shared/instance.h"
+#include "host/platform/instance/instance.h"
 
 #include "base/bytes.h"
 #include "host/bridge/bridge.h"
-#include "host/platform/shared/instance_client.h"
+#include "host/platform/instance/instance_client.h"
 #include "link/ground/pipes.h"
 #include "seam/window_system.h"
 

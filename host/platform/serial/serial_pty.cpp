@@ -1,4 +1,4 @@
-#include "host/platform/shared/serial_pty.h"
+#include "host/platform/serial/serial_pty.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

@@ -1,9 +1,9 @@
-#include "host/platform/shared/real_time.h"
+#include "host/platform/real_time/real_time.h"
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/loop.h"
-#include "host/platform/shared/serial_line.h"
-#include "host/platform/shared/wake.h"
+#include "host/platform/serial/serial_line.h"
+#include "host/platform/system/wake.h"
 #include "host/requests/main_requests.h"
 #include "host/requests/painter.h"
 #include "link/feeds/feeds.h"
