@@ -39,6 +39,8 @@ std::map<int, PlainGlyph> plain_glyphs(const std::string& text) {
     return glyphs;
 }
 
+const char* const sans_file = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
+
 const char* const small_head = "STARTFONT 2.1\nFONTBOUNDINGBOX 4 4 0 -1\n";
 
 std::string character(int code, const std::string& body) {
@@ -137,7 +139,7 @@ TEST(KitFont, takes_its_characters_out_of_a_font_of_65536) {
 }
 
 TEST(KitFont, draws_outlines_hinted_and_without_grays) {
-    const std::string file = file_text("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf");
+    const std::string file = file_text(sans_file);
     Font font;
     ASSERT_EQ(read_outlines(bytes_from(file), 12, Codes().set('A').set('g').set(0xF8), font), "");
     trim_rows(font);
@@ -157,6 +159,32 @@ TEST(KitFont, draws_outlines_hinted_and_without_grays) {
 )");
     const Bytes cut = bytes_from(file.substr(0, 5000));
     EXPECT_NE(read_outlines(cut, 12, all_codes(), font), "");
+}
+
+// A damaged size can make any glyph as large as it likes; what no font of the module can hold isn't
+// drawn.
+TEST(KitFont, refuses_outlines_that_are_too_large_before_drawing_them) {
+    std::string file = file_text(sans_file);
+    const auto put_pair = [&file](std::string_view table, std::size_t at, int value) {
+        const std::size_t entry = file.find(table);  // in the directory: name, sum, offset
+        std::size_t offset = 0;
+        for (std::size_t i = 8; i < 12; ++i)
+            offset = offset << 8 | static_cast<unsigned char>(file[entry + i]);
+        file[offset + at] = static_cast<char>(value >> 8);
+        file[offset + at + 1] = static_cast<char>(value & 0xFF);
+    };
+    const auto fault = [&file] {
+        Font font;
+        return read_outlines(bytes_from(file), 255, all_codes(), font);
+    };
+    put_pair("head", 18, 16);  // units of the em, of which the file's glyphs have 2048
+    EXPECT_EQ(fault(), "is too large: at size = 255 its lines reach over 512 dots");
+    put_pair("hhea", 4, 16);  // above the base line
+    put_pair("hhea", 6, 0);   // and below
+    EXPECT_EQ(fault(), "is too large: at size = 255 its glyph for code 32 reaches over 512 dots");
+    put_pair("hhea", 34, 1);  // all glyphs move on as the first does,
+    put_pair("hmtx", 0, 0);   // which is nowhere
+    EXPECT_EQ(fault(), "is too large: at size = 255 its glyph for code 33 reaches over 512 dots");
 }
 
 // A font that is drawn, written as a BDF and read again is the same, whatever its shape.
