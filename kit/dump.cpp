@@ -26,6 +26,9 @@ struct Dump {
     std::vector<DumpFile> files;
     std::string source;
     int cursor;  // where the next item of the source falls by itself
+    // The CRC is right and lies behind all items, so that build makes it again, and a right one for
+    // whatever the user changes.
+    bool crc_holds;
 };
 
 Bytes bytes_from(std::string_view text) { return {text.begin(), text.end()}; }
@@ -122,21 +125,34 @@ void add_object(Dump& dump, const Object& object) {
     kit.items.push_back(std::move(item));
 }
 
-/// The length as a setting, if the image's own fits what the items take.
+/// The length as a setting, if the image's own fits what the items take; and whether its CRC holds.
 void add_length(Dump& dump) {
     const int length = pair_at(dump.image, 0);
     const bool sound = length >= dump.cursor && length + 2 <= std::ssize(dump.image);
     // Else any length will do; the bytes at the end of the source put the real one in its place.
     dump.kit.length = sound ? length : -1;
+    dump.crc_holds = sound && pair_at(dump.image, length) ==
+                                  crc_of(dump.image.first(static_cast<std::size_t>(length)));
 }
 
-/// Adds the bytes in which the kit's image differs from the wanted one.
-void add_patches(Dump& dump, Image made) {
+/// Takes the CRC as wanted where the image has been brought to it: two bytes in front of it that
+/// belong to nothing, behind an item or erased bytes. A longer stretch is somebody's bytes.
+void add_crc(Dump& dump) {
+    dump.kit.crc = -1;
+    if (!dump.crc_holds || dump.kit.length < dump.cursor + 2) return;
+    const auto filler = static_cast<std::size_t>(dump.kit.length - 2);
+    const bool erased = dump.image[filler] == 0xFF && dump.image[filler + 1] == 0xFF;
+    const bool alone = dump.kit.length - 2 == dump.cursor || dump.image[filler - 1] == 0xFF;
+    if (!erased && alone) dump.kit.crc = pair_at(dump.image, dump.kit.length);
+}
+
+/// Adds the bytes of one stretch in which the kit's image differs from the wanted one.
+void add_patches(Dump& dump, Image made, std::size_t first, std::size_t last) {
     const Image wanted = dump.image;
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
+    for (std::size_t i = first; i < last; ++i) {
         if (wanted[i] == made[i]) continue;
         std::size_t end = i + 1;
-        for (std::size_t k = end; k < wanted.size() && k < end + shortest_gap; ++k)
+        for (std::size_t k = end; k < last && k < end + shortest_gap; ++k)
             if (wanted[k] != made[k]) end = k + 1;
         const auto bytes = wanted.subspan(i, end - i);
         Patch& patch = dump.kit.patches.emplace_back();
@@ -144,6 +160,14 @@ void add_patches(Dump& dump, Image made) {
         patch.bytes.assign(bytes.begin(), bytes.end());
         i = end - 1;
     }
+}
+
+/// Adds all the bytes in which they differ, but for those that build computes.
+void add_patches(Dump& dump, Image made) {
+    if (!dump.crc_holds) return add_patches(dump, made, 0, made.size());
+    const auto crc = static_cast<std::size_t>(dump.kit.length);
+    add_patches(dump, made, 0, dump.kit.crc < 0 ? crc : crc - 2);
+    add_patches(dump, made, crc + 2, made.size());
 }
 
 std::string patch_text(const Patch& patch) {
@@ -157,15 +181,15 @@ std::string patch_text(const Patch& patch) {
 }  // namespace
 
 std::vector<DumpFile> dump_of(Image image, const std::string& name) {
-    Dump dump{image, {}, {}, {}, data_start};
+    Dump dump{image, {}, {}, {}, data_start, false};
     dump.kit.memory = static_cast<int>(image.size());
-    dump.kit.crc = -1;
     std::vector<Object> objects = objects_of(image);
     std::stable_sort(objects.begin(), objects.end(),
                      [](const Object& a, const Object& b) { return a.offset < b.offset; });
     for (const Object& object : objects)
         if (object.fault.empty()) add_object(dump, object);
     add_length(dump);
+    add_crc(dump);
     // A patch can move the length, and with it the place of a CRC that then is to be put right too.
     Faults faults;
     for (Bytes made = lay_out(dump.kit, faults);
@@ -175,7 +199,11 @@ std::vector<DumpFile> dump_of(Image image, const std::string& name) {
         dump.source += patch_text(patch);
     std::string head = "kit 1\n; " + summary_of(image) +
                        "\n\n[image]\nmemory = " + std::to_string(image.size() / 1024) + "\n";
-    if (dump.kit.length >= 0) head += "length = " + hex4(dump.kit.length) + "\n";
+    const int needed = dump.cursor + (dump.kit.crc >= 0 ? 2 : 0);
+    // The length that comes by itself is left out, so that the kit can grow.
+    if (dump.kit.length > needed) head += "length = " + hex4(dump.kit.length) + "\n";
+    if (dump.kit.crc >= 0)
+        head += "crc = " + hex4(dump.kit.crc) + "  ; kept by the two bytes in front of it\n";
     dump.files.insert(dump.files.begin(), {name + ".kit", bytes_from(head + dump.source)});
     return dump.files;
 }

@@ -221,6 +221,38 @@ TEST_F(KitImage, a_dump_builds_the_same_image_again) {
     EXPECT_EQ(std::string(source.begin(), source.end()).find("[bytes"), std::string::npos);
 }
 
+// Whoever changes what a dump wrote gets a sound image, of the CRC that the first one was brought
+// to.
+TEST_F(KitImage, a_dump_can_be_changed) {
+    put("a.pbm", "P1 8 1 10101010");
+    const std::string source = "[picture 0]\nfile = a.pbm\n[normal macro 1]\n#DL\n";
+    for (const BuildOptions options :
+         {BuildOptions{-1, -1, -1}, {-1, 0x1234, -1}, {0x4000, -1, -1}, {0x4000, 0x1234, -1}}) {
+        const Built built = build(source, options);
+        const std::vector<DumpFile> files = dump_of(built.image, "k");
+        for (const DumpFile& file : files)
+            put(file.name, file.content);
+        const std::string dumped(files[0].content.begin(), files[0].content.end());
+        put("picture-00.png", "P1 24 1 111100001111000011110000");
+        const Bytes changed = build(dumped).image;
+        ASSERT_EQ(messages, "") << dumped;
+        EXPECT_EQ(joined(findings_of(changed)), "") << dumped;
+        EXPECT_NE(changed, built.image);
+        const int length = pair_at(changed, 0);
+        EXPECT_EQ(length, options.length < 0 ? pair_at(built.image, 0) + 2 : options.length);
+        EXPECT_TRUE(options.crc < 0 || pair_at(changed, length) == options.crc) << dumped;
+    }
+    // Bytes of somebody's own in front of the CRC stay what they are.
+    const Built own = build(source + "[bytes 0x3FFC]\n01 02 03 04\n", {0x4000, -1, -1});
+    EXPECT_EQ(build_dump(own.image), own.image);
+    put("picture-00.png", "P1 24 1 111100001111000011110000");
+    const std::vector<DumpFile> files = dump_of(own.image, "k");
+    const Bytes changed =
+        build(std::string(files[0].content.begin(), files[0].content.end())).image;
+    EXPECT_EQ(pair_at(changed, 0x3FFE), 0x0403);
+    EXPECT_EQ(joined(findings_of(changed)), "");
+}
+
 // Random kits, through the image, its dump and its stream.
 TEST_F(KitImage, random_kits_come_back_whole) {
     std::mt19937 random(12);
