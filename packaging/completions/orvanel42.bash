@@ -8,7 +8,7 @@ _orvanel42() {
     orvanel42-headless)
         options="--dir --image --mem --save-image --realtime --serial --update --update-missing
             --out --junit --trace --trace-json --strict --jobs --commands --help --version" ;;
-    orvanel42-terminal) options="--dir --send --hex --file --answers --help --version" ;;
+    orvanel42-terminal) options="--dir --send --hex --file --answers --quiet --help --version" ;;
     orvanel42-kit)
         options="--output --image-length --crc --stream-length --quiet --help --version"
         if [ "$COMP_CWORD" -eq 1 ]; then
