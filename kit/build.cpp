@@ -2,6 +2,7 @@
 
 #include "base/files.h"
 #include "firmware/store/ground/eeprom.h"
+#include "kit/code_page.h"
 #include "kit/image.h"
 #include "kit/stream.h"
 
@@ -33,6 +34,25 @@ Bytes play_stream(const Bytes& stream) {
     return image;
 }
 
+/// Whether the bytes are text, which no image is: it has zeros, and 0xFF where it is erased.
+bool is_text(const Bytes& content) {
+    std::string_view rest(reinterpret_cast<const char*>(content.data()), content.size());
+    while (!rest.empty()) {
+        const int character = take_character(rest);
+        const bool blank = character >= '\t' && character <= '\r';
+        if (character < 0 || (character < ' ' && !blank && character != '\x1B')) return false;
+    }
+    return !content.empty();
+}
+
+/// Of an image that a file of `size` bytes begins.
+std::string cut_of(const Bytes& image, std::size_t size) {
+    const int end = pair_at(image, 0) + 2;  // behind the CRC
+    if (size >= image.size() || end - 2 == unprogrammed || end <= static_cast<int>(size)) return {};
+    return "the file ends at " + std::to_string(size) + ", its image with its CRC at " +
+           std::to_string(end);
+}
+
 }  // namespace
 
 Built build_kit(const std::string& path, const BuildOptions& options, const Progress& progress,
@@ -59,18 +79,23 @@ Content load_any(const std::string& path, const Progress& progress, Faults& faul
         const StreamPlan& plan = built.kit.stream;
         const bool talks =
             !plan.before.empty() || !plan.after_block.empty() || !plan.behind.empty();
-        if (!faults.empty() || !talks) return {built.image, {}};
-        return {built.image, stream_of(built.kit, built.image, faults)};
+        if (!faults.empty() || !talks) return {built.image, {}, {}};
+        return {built.image, stream_of(built.kit, built.image, faults), {}};
     }
     Bytes content;
     const bool stream = ends_in(path, ".eep");
     const std::string fault =
         read_file(path, stream ? longest_stream : std::size_t{eeprom_large}, content);
     if (!fault.empty()) throw Fault({path, 0, 0}, fault);
-    if (stream) return {play_stream(content), content};
+    if (stream) return {play_stream(content), content, {}};
+    if (is_text(content))
+        throw Fault({path, 0, 0},
+                    "is a text, and no image; the name of a kit ends in .kit, that of a "
+                    "stream in .eep");
     // What a short file leaves out is erased.
-    content.resize(content.size() > eeprom_small ? eeprom_large : eeprom_small, 0xFF);
-    return {content, {}};
+    const std::size_t size = content.size();
+    content.resize(size > eeprom_small ? eeprom_large : eeprom_small, 0xFF);
+    return {content, {}, cut_of(content, size)};
 }
 
 }  // namespace orvanel

@@ -21,7 +21,7 @@ struct Built {
     Bytes image;
 };
 
-/// Builds a kit source. With a fault the image is empty.
+/// Builds a kit source. With a fault the image is empty. Throws a Fault if the file can't be read.
 Built build_kit(const std::string& path, const BuildOptions& options, const Progress& progress,
                 Faults& faults);
 
@@ -31,11 +31,12 @@ Built build_text(const std::string& name, std::string_view text, const BuildOpti
 
 struct Content {
     Bytes image;
-    Bytes stream;  // of an .eep, or of a kit with lines around its blocks; else empty
+    Bytes stream;     // of an .eep, or of a kit with lines around its blocks; else empty
+    std::string cut;  // that the file ends before the image that it begins; else empty
 };
 
-/// What a file holds: a .kit is built, an .eep played, anything else taken as the image that it is.
-/// Throws a Fault if that can't be.
+/// What a file holds: a .kit is built, an .eep played, anything else but a text taken as the image
+/// that it is. Throws a Fault if that can't be.
 Content load_any(const std::string& path, const Progress& progress, Faults& faults);
 
 /// Whether the path has this ending, in either case.

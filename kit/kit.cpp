@@ -196,9 +196,9 @@ void read_item(std::size_t i, KitReader& reader) {
     const Section& section = *reader.item_sections[i];
     const TakePlace take = [&](Setting& setting) { return take_place_setting(setting, item, kit); };
     if (item.kind == Kind::font) {
-        item.bytes = font_of_section(section, kit.names, take, *reader.faults);
+        item.bytes = font_of_section(section, kit.names, take, kit.inputs, *reader.faults);
     } else if (item.kind == Kind::picture) {
-        item.bytes = picture_of_section(section, kit.names, take, *reader.faults);
+        item.bytes = picture_of_section(section, kit.names, take, kit.inputs, *reader.faults);
     } else {
         const Assembly assembly{&kit.names, [&kit](int number) {
                                     const Item* picture = find_item(kit, Kind::picture, number);
@@ -262,10 +262,12 @@ void read_plain_section(const Section& section, KitReader& reader) {
 Kit read_kit(const std::string& file, const std::vector<SourceLine>& lines,
              const Progress& progress, Faults& faults) {
     KitReader reader{
-        {file, eeprom_small, -1, -1, {}, {}, {default_block, -1, true, {}, {}, {}}, {}},
+        {file, {file}, eeprom_small, -1, -1, {}, {}, {default_block, -1, true, {}, {}, {}}, {}},
         {},
         &progress,
         &faults};
+    for (const SourceLine& line : lines)
+        if (line.file != reader.kit.inputs.back()) reader.kit.inputs.push_back(line.file);
     const std::vector<Section> sections = sections_of(lines, faults);
     for (const Section& section : sections)
         read_plain_section(section, reader);

@@ -39,10 +39,11 @@ struct StreamPlan {
 
 struct Kit {
     std::string file;
-    int memory;               // bytes of the EEPROM
-    int length;               // image length, -1: as it comes
-    int crc;                  // -1: as it comes
-    std::vector<Item> items;  // in the order of the source
+    std::vector<std::string> inputs;  // every file that it was read from, in any order
+    int memory;                       // bytes of the EEPROM
+    int length;                       // image length, -1: as it comes
+    int crc;                          // -1: as it comes
+    std::vector<Item> items;          // in the order of the source
     std::vector<Patch> patches;
     StreamPlan stream;
     Names names;

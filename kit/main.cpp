@@ -1,13 +1,14 @@
 // orvanel42-kit: fonts, pictures and macros from readable sources into an EEPROM image or the
 // stream that programs it, and back.
 
-#include "base/safe_file.h"
+#include "host/platform/system/process.h"
 #include "kit/build.h"
 #include "kit/check.h"
 #include "kit/commands.h"
 #include "kit/diff.h"
 #include "kit/dump.h"
 #include "kit/objects.h"
+#include "kit/output.h"
 #include "kit/stream.h"
 #include "kit/trial.h"
 
@@ -28,7 +29,6 @@ namespace {
 
 using namespace orvanel;
 
-constexpr const char* program = "orvanel42-kit";
 constexpr std::size_t most_messages = 20;
 
 enum Status { all_well = 0, wrong_content = 1, wrong_call = 2 };
@@ -71,19 +71,8 @@ Status tell(Faults faults) {
     for (std::size_t i = 0; i < faults.size() && i < most_messages; ++i)
         std::fprintf(stderr, "%s\n", message_of(faults[i]).c_str());
     if (faults.size() > most_messages)
-        std::fprintf(stderr, "%s: error: and %zu more\n", program, faults.size() - most_messages);
+        tell_error("and " + std::to_string(faults.size() - most_messages) + " more");
     return faults.empty() ? all_well : wrong_content;
-}
-
-void put(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
-
-/// Writes a file; a failure is told.
-bool write(const std::string& path, const Bytes& content) {
-    const std::string fault = replace_file(path, content, Backup::none);
-    if (!fault.empty())
-        std::fprintf(stderr, "%s: error: cannot write %s: %s\n", program, path.c_str(),
-                     fault.c_str());
-    return fault.empty();
 }
 
 Built build_source(const Options& options, Faults& faults) {
@@ -99,6 +88,19 @@ Content load(const std::string& path, Faults& faults) {
         path, [&](const std::string& what) { progress.show(what); }, faults);
 }
 
+/// Whether one of the outputs, by whatever name, is a file that the kit was read from; it is told.
+bool is_input(const Kit& kit, const std::vector<std::string>& outputs) {
+    for (const std::string& output : outputs)
+        for (const std::string& input : kit.inputs) {
+            std::error_code not_there;
+            if (!std::filesystem::equivalent(output, input, not_there) || not_there) continue;
+            tell_error("-o " + output + " would overwrite " + input +
+                       ", which the kit is made of; name another file");
+            return true;
+        }
+    return false;
+}
+
 int build(const Options& options) {
     Faults faults;
     const Built built = build_source(options, faults);
@@ -109,32 +111,13 @@ int build(const Options& options) {
         contents.push_back(ends_in(path, ".eep") ? stream_of(built.kit, built.image, faults)
                                                  : built.image);
     if (!faults.empty()) return tell(std::move(faults));
+    if (is_input(built.kit, options.outputs)) return wrong_call;
     for (std::size_t i = 0; i < contents.size(); ++i) {
-        if (!write(options.outputs[i], contents[i])) return wrong_call;
+        if (!write_output(options.outputs[i], contents[i])) return wrong_call;
         if (!options.quiet)
             put(options.outputs[i] + ": " + std::to_string(contents[i].size()) + " bytes\n");
     }
     if (!options.quiet) put("image: " + summary_of(built.image) + "\n");
-    return all_well;
-}
-
-int write_dump(const Options& options, const Bytes& image) {
-    namespace fs = std::filesystem;
-    const fs::path folder = options.folder;
-    std::error_code fault;
-    fs::create_directories(folder, fault);
-    if (!fault && !fs::is_empty(folder, fault) && !fault) {
-        std::fprintf(stderr, "%s: error: %s isn't empty; name a new folder\n", program,
-                     folder.c_str());
-        return wrong_call;
-    }
-    if (fault) {
-        std::fprintf(stderr, "%s: error: %s: %s\n", program, folder.c_str(),
-                     fault.message().c_str());
-        return wrong_call;
-    }
-    for (const DumpFile& file : dump_of(image, fs::path(options.source).stem().string()))
-        if (!write((folder / file.name).string(), file.content)) return wrong_call;
     return all_well;
 }
 
@@ -143,18 +126,29 @@ int dump(const Options& options) {
     const Bytes image = load(options.source, faults).image;
     if (!faults.empty()) return tell(std::move(faults));
     put(options.source + ": " + listing_of(image));
-    return options.folder.empty() ? all_well : write_dump(options, image);
+    if (options.folder.empty()) return all_well;
+    const std::string name = std::filesystem::path(options.source).stem().string();
+    return write_folder(options.folder, dump_of(image, name)) ? all_well : wrong_call;
+}
+
+std::vector<std::string> findings_on(const Content& content) {
+    if (!content.cut.empty()) return {content.cut};
+    std::vector<std::string> findings = findings_of(content.image);
+    const std::vector<std::string> remarks = remarks_on(content.image, content.stream);
+    findings.insert(findings.end(), remarks.begin(), remarks.end());
+    return findings;
 }
 
 int check(const Options& options) {
     Faults faults;
     const Content content = load(options.source, faults);
     if (!faults.empty()) return tell(std::move(faults));
-    std::vector<std::string> findings = findings_of(content.image);
-    const std::vector<std::string> remarks = remarks_on(content.image, content.stream);
-    findings.insert(findings.end(), remarks.begin(), remarks.end());
-    for (const std::string& finding : findings)
-        put(options.source + ": " + finding + "\n");
+    const std::vector<std::string> findings = findings_on(content);
+    for (std::size_t i = 0; i < findings.size() && i < most_messages; ++i)
+        put(options.source + ": " + findings[i] + "\n");
+    if (findings.size() > most_messages)
+        put(options.source + ": and " + std::to_string(findings.size() - most_messages) +
+            " more\n");
     return findings.empty() ? all_well : wrong_content;
 }
 
@@ -196,13 +190,13 @@ int run(int argc, char** argv) {
     Options options{};
     options.build = {-1, -1, -1};
     CLI::App app{"Turns sources of fonts, pictures and macros into an EEPROM image, and back",
-                 program};
+                 program_name};
     app.require_subcommand(1);
-    app.set_version_flag("--version", std::string(program) + " " ORVANEL_VERSION);
+    app.set_version_flag("--version", std::string(program_name) + " " ORVANEL_VERSION);
     app.footer("FILE is a kit source (.kit), a stream (.eep) or an image.\n"
                "Exit status: 0 all well; 1 the source is wrong, check found something, or diff "
-               "found a difference;\n2 a wrong command line, or a file that can't be read or "
-               "written.");
+               "found a difference;\n2 a wrong command line, or a file of it or standard output "
+               "that can't be read or written.");
     constexpr const char* any_file = "Kit source, stream or image";
 
     CLI::App* build_app = app.add_subcommand("build", "Build a kit into a stream or an image");
@@ -263,11 +257,13 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    prepare_process();
     try {
-        return run(argc, argv);
+        const int status = run(argc, argv);
+        return output_is_whole(program_name) ? status : wrong_call;
     } catch (const std::exception& fault) {
         // The system has no memory left.
-        std::fprintf(stderr, "%s: error: %s\n", program, fault.what());
+        tell_error(fault.what());
         return wrong_call;
     }
 }

@@ -295,23 +295,30 @@ Bytes made(const Section& section, Settings& settings, const TakePlace& take_pla
 }  // namespace
 
 Bytes font_of_section(const Section& section, const Names& names, const TakePlace& take_place,
-                      Faults& faults) {
+                      std::vector<std::string>& inputs, Faults& faults) {
     FontSettings settings{};
     settings.gap = settings.format = -1;
     return made(
         section, settings, take_place, faults,
         [&](Setting& setting) { take_font_setting(setting, names, settings); },
-        [&] { return made_font(settings); });
+        [&] {
+            inputs.push_back(settings.file.path);
+            return made_font(settings);
+        });
 }
 
 Bytes picture_of_section(const Section& section, const Names& names, const TakePlace& take_place,
-                         Faults& faults) {
+                         std::vector<std::string>& inputs, Faults& faults) {
     PictureSettings settings{};
     settings.threshold = 50;
     return made(
         section, settings, take_place, faults,
         [&](Setting& setting) { take_picture_setting(setting, names, settings); },
-        [&] { return made_picture(settings); });
+        [&] {
+            inputs.push_back(settings.file.path);
+            if (settings.second.given) inputs.push_back(settings.second.path);
+            return made_picture(settings);
+        });
 }
 
 }  // namespace orvanel

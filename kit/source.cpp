@@ -156,6 +156,7 @@ std::vector<SourceLine> read_source(const std::string& path, Faults& faults) {
     try {
         read_included(reader, path);
     } catch (const Fault& fault) {
+        if (fault.place.line == 0) throw;
         faults.push_back(fault);
     }
     return std::move(reader.lines);

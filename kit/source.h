@@ -18,8 +18,8 @@ struct SourceLine {
     std::string text;
 };
 
-/// The lines of the file, each `include` replaced by the lines of the file it names. A file that
-/// can't be read, or includes itself, is a fault.
+/// The lines of the file, each `include` replaced by the lines of the file it names. One that can't
+/// be read, or includes itself, is a fault. Throws a Fault if `path` itself can't be read.
 std::vector<SourceLine> read_source(const std::string& path, Faults& faults);
 
 /// The same from memory; `name` stands in messages, and its folder is where includes start from.

@@ -10,17 +10,18 @@ trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 
 failed=0
-# expect STATUS OUTPUT ARGUMENT...: OUTPUT is a pattern that all it says has to match.
-expect() {
+# expect_of COMMAND STATUS OUTPUT ARGUMENT...: OUTPUT is a pattern that all it says has to match.
+expect_of() {
     local status=0 said
-    said=$("$kit" "${@:3}" 2>&1) || status=$?
+    said=$("$1" "${@:4}" 2>&1) || status=$?
     # shellcheck disable=SC2053  # the right side is a pattern
-    if [ "$status" -ne "$1" ] || [[ $said != $2 ]]; then
-        echo "program.sh: ${*:3}: status $status, not $1, or not '$2':" >&2
+    if [ "$status" -ne "$2" ] || [[ $said != $3 ]]; then
+        echo "program.sh: $1 ${*:4}: status $status, not $2, or not '$3':" >&2
         echo "$said" >&2
         failed=1
     fi
 }
+expect() { expect_of "$kit" "$@"; }
 
 expect 0 'orvanel42-kit *' --version
 expect 0 '*build*dump*check*diff*Exit status*' --help
@@ -48,7 +49,72 @@ expect 1 '*starts itself' check loop.kit
 printf '[power-on macro 0]\n#GD 0,0,250,127\n#MN 9\n' >remarks.kit
 expect 1 '*power-on macro 0 at 0x0E30, #GD 0,0,250,127: 250 clamped to 239*macro 9 is missing' check remarks.kit
 expect 1 '*differs*' diff loop.kit "$examples/panel.kit"
+
+# What can't be read or written is no fault of the source.
 expect 2 'none.bin: error: no such file' check none.bin
+expect 2 'none.kit: error: no such file' build none.kit -o x.bin
+expect 2 'none.kit: error: no such file' diff a.bin none.kit
+printf 'include none.kit\n' >include.kit
+expect 1 "include.kit:1:9: error: 'none.kit': no such file" check include.kit
 expect 2 '*cannot write no/such/a.bin*' build loop.kit -o no/such/a.bin
+full() { "$kit" "$@" 2>&1 >/dev/full; }
+closed() { "$kit" "$@" 2>&1 >&-; }
+for way in full closed; do
+    for line in --help --version 'build --help' commands 'dump a.bin' 'check loop.kit' \
+        'diff a.bin loop.kit' 'build loop.kit -o x.bin'; do
+        # shellcheck disable=SC2086  # the words of a line
+        expect_of $way 2 "orvanel42-kit: error: can't write to standard output*" $line
+    done
+done
+# Who closes a pipe has read enough.
+"$kit" commands 2>said | head -n 1 >first || :
+[ ! -s said ] || { cat said >&2; failed=1; }
+
+# What is no image is refused before anything is read out of it.
+printf 'Hello, 100 \xC2\xB0C\n' >readme.md
+expect 2 'readme.md: error: is a text, and no image;*' check readme.md
+expect 2 'readme.md: error: is a text*' dump readme.md
+head -c 5000 a.bin >cut.bin
+expect 1 'cut.bin: the file ends at 5000, its image with its CRC at *' check cut.bin
+head -c 32768 "$kit" >noise.bin
+[ "$("$kit" check noise.bin | wc -l)" -eq 21 ] || { echo "program.sh: not 20 findings and a count" >&2; failed=1; }
+
+# No output goes over what the kit is made of, by whatever name.
+cp "$examples/device/logo.png" logo.bin
+ln logo.bin other.bin
+printf '[picture 0]\nfile = logo.bin\n' >part.kit
+printf 'include part.kit\n' >source.bin
+for line in 'source.bin -o source.bin' 'source.bin -o x.bin -o other.bin' "part.kit -o $folder/./logo.bin"; do
+    # shellcheck disable=SC2086
+    expect 2 '*would overwrite *, which the kit is made of*' build $line
+done
+cmp -s logo.bin "$examples/device/logo.png" && [ "$(cat source.bin)" = 'include part.kit' ] ||
+    { echo "program.sh: an input is lost" >&2; failed=1; }
+
+# A dump that fails, is ended or is killed leaves nothing that the next one would stumble over.
+limited() { (ulimit -f 8 && "$kit" "$@" 2>&1 >/dev/null); }
+expect_of limited 2 'orvanel42-kit: error: cannot write into half: File too large' dump a.bin -o half
+expect_of limited 2 'orvanel42-kit: error: cannot write x.bin: File too large' build loop.kit -o x.bin
+[ ! -e half ] || { echo "program.sh: half a dump is left" >&2; failed=1; }
+export ASAN_OPTIONS=detect_leaks=0  # which is for a program that nobody traces
+interrupted() { # SYSTEM-CALL SIGNAL WHICH ARGUMENT...
+    strace -f -qq -o /dev/null -e "inject=$1:signal=$2:when=$3" "$kit" "${@:4}" 2>&1
+}
+for call in fsync rename; do
+    for at in 1 2 9; do
+        expect_of interrupted 137 '*' $call KILL $at dump a.bin -o half
+        expect 0 '*' dump a.bin -o half
+        diff -r out half >&2 || failed=1
+        rm -r half
+        expect_of interrupted 143 '*' $call TERM $at dump a.bin -o half
+        [ ! -e half ] || [ ! -e half/unfinished-dump ] || { echo "program.sh: ended at $call $at" >&2; failed=1; }
+        rm -rf half
+    done
+done
+mkdir -p half/unfinished-dump
+: >half/mine
+expect 2 '*empty*' dump a.bin -o half
+expect_of interrupted 143 '*' fsync TERM 1 build "$examples/device.kit" -q -o new.bin
+cmp -s new.bin a.bin && [ -z "$(find . -name '*.part')" ] || { echo "program.sh: a signal tears a file" >&2; failed=1; }
 
 exit "$failed"

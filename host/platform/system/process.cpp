@@ -5,7 +5,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -42,6 +44,16 @@ void prepare_process() {
     }
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+}
+
+bool output_is_whole(const char* program) {
+    errno = 0;
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
+    if (errno != EPIPE)
+        std::fprintf(stderr, "%s: error: can't write to standard output%s\n", program,
+                     reason.c_str());
+    return false;
 }
 
 }  // namespace orvanel

@@ -14,13 +14,17 @@ namespace orvanel {
 
 namespace {
 
-constinit std::atomic<int> end_fd{-1};  // set by the signal handler
+constinit std::atomic<int> end_fd{-1};     // set by the signal handler
+constinit std::atomic<int> end_number{0};  // the signal that came last, 0 for none
 static_assert(std::atomic<int>::is_always_lock_free);
 
 }  // namespace
 
 extern "C" {
-static void on_end_signal(int /*number*/) { set_wake(end_fd.load()); }
+static void on_end_signal(int number) {
+    end_number.store(number);
+    set_wake(end_fd.load());
+}
 }
 
 namespace {
@@ -84,6 +88,11 @@ int open_end_signals() {
 void close_end_signals() {
     set_end_action(SIG_DFL);
     close_wake(end_fd.exchange(-1));
+}
+
+void obey_end_signals() {
+    close_end_signals();
+    if (const int number = end_number.exchange(0); number != 0) std::raise(number);
 }
 
 }  // namespace orvanel

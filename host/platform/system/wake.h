@@ -26,4 +26,7 @@ int open_end_signals();
 /// Gives these signals their default action again and closes the wake.
 void close_end_signals();
 
+/// The same, and if one of them has come meanwhile the process ends by it now.
+void obey_end_signals();
+
 }  // namespace orvanel
