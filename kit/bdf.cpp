@@ -1,6 +1,6 @@
 #include "kit/bdf.h"
 
-#include "host/scenario/line.h"
+#include "base/words.h"
 #include "kit/code_page.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "kit/dump.h"
 
+#include "base/words.h"
 #include "firmware/store/ground/eeprom.h"
-#include "host/scenario/line.h"
 #include "kit/bdf.h"
 #include "kit/commands.h"
 #include "kit/objects.h"

@@ -1,7 +1,7 @@
 #include "kit/kit.h"
 
+#include "base/words.h"
 #include "firmware/store/ground/eeprom.h"
-#include "host/scenario/line.h"
 #include "kit/commands.h"
 #include "kit/resources.h"
 #include "kit/sections.h"

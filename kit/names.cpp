@@ -1,6 +1,6 @@
 #include "kit/names.h"
 
-#include "host/scenario/line.h"
+#include "base/words.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "kit/sections.h"
 
-#include "host/scenario/line.h"
+#include "base/words.h"
 
 #include <algorithm>
 

@@ -11,7 +11,7 @@
 #include "firmware/touch/areas.h"
 #include "firmware/touch/menu.h"
 #include "firmware/touch/tracking.h"
-#include "host/scenario/remarks.h"
+#include "host/trace/remarks.h"
 #include "kit/commands.h"
 #include "kit/image.h"
 #include "link/ground/pipes.h"

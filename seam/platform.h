@@ -97,7 +97,7 @@ void wake_main();
 /// Paints this part of the window before it returns. Main thread only.
 void paint_window(PixelRect rect);
 
-/// From now on the main thread runs backlight_fade_step (firmware/core/roof/backlight.h) every 20
+/// From now on the main thread runs backlight_fade_step (firmware/core/ground/backlight.h) every 20
 /// ms, for the first time in 20 ms; or no more. Main thread only.
 void set_fade_timer(bool runs);
 

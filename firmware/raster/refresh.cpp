@@ -1,7 +1,7 @@
 #include "firmware/raster/refresh.h"
 
 #include "firmware/raster/rows.h"
-#include "firmware/raster/screen_store.h"
+#include "firmware/raster/store_slots.h"
 #include "firmware/raster/transpose.h"
 #include "seam/host_calls.h"
 

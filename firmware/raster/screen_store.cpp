@@ -12,13 +12,6 @@
 
 namespace orvanel {
 
-constinit std::array<ScreenStore, 2> store_slots{};
-
-void power_on_store() {
-    for (ScreenStore& slot : store_slots)
-        slot.height = 0;  // the bytes outlive a reset
-}
-
 void store_area(int slot) {
     ScreenStore& store = store_slots[static_cast<std::size_t>(slot)];
     store.width = draw_area.x2 - draw_area.x1 + 1;

@@ -1,7 +1,7 @@
 #include "host/scenario/arguments.h"
 
+#include "base/words.h"
 #include "firmware/core/ground/draw_area.h"
-#include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/window/ground/dialog.h"
 

@@ -1,7 +1,8 @@
 #include "host/scenario/commands.h"
 
+#include "base/words.h"
+#include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/requests.h"
-#include "firmware/core/roof/backlight.h"
 #include "firmware/core/roof/device.h"
 #include "firmware/store/ground/macro.h"
 #include "firmware/touch/areas.h"
@@ -12,7 +13,6 @@
 #include "host/program/settings.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/expectations.h"
-#include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/window_commands.h"

@@ -1,6 +1,6 @@
 #include "host/scenario/comparison.h"
 
-#include "host/scenario/line.h"
+#include "base/words.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "host/scenario/memory_window.h"
 
+#include "base/words.h"
 #include "host/program/settings.h"
-#include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
 #include "host/skin/view.h"

@@ -1,9 +1,9 @@
 #include "host/scenario/trace.h"
 
 #include "firmware/core/ground/trace.h"
-#include "host/scenario/remarks.h"
 #include "host/scenario/report.h"
 #include "host/scenario/world.h"
+#include "host/trace/remarks.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include "host/scenario/window_commands.h"
 
+#include "base/words.h"
 #include "host/import/picture_import.h"
 #include "host/program/settings.h"
-#include "host/scenario/line.h"
 #include "host/scenario/memory_window.h"
 #include "host/scenario/report.h"
 #include "host/scenario/window_picture.h"

@@ -1,6 +1,6 @@
 #include "host/skin/lcd_colours.h"
 
-#include "firmware/core/roof/backlight.h"
+#include "firmware/core/ground/backlight.h"
 #include "host/program/settings.h"
 #include "host/skin/skin.h"
 

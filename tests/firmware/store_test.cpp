@@ -1,6 +1,6 @@
+#include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/read/read.h"
-#include "firmware/core/roof/backlight.h"
 #include "firmware/core/roof/device.h"
 #include "firmware/core/roof/loop.h"
 #include "firmware/store/ground/eeprom.h"

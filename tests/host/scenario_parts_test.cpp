@@ -2,11 +2,11 @@
 
 #include "base/files.h"
 #include "base/safe_file.h"
+#include "base/words.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/comparison.h"
 #include "host/scenario/junit.h"
-#include "host/scenario/line.h"
 #include "host/scenario/picture.h"
 #include "link/ground/pipes.h"
 

@@ -1,6 +1,6 @@
 // The picture around the glass: what is found in it, how it is coloured, composed and cut out.
 
-#include "firmware/core/roof/backlight.h"
+#include "firmware/core/ground/backlight.h"
 #include "firmware/raster/refresh.h"
 #include "host/program/settings.h"
 #include "host/skin/lcd_colours.h"

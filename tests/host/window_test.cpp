@@ -1,7 +1,7 @@
 // The window program as it runs, but for its main, under Qt's offscreen platform.
 
+#include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/requests.h"
-#include "firmware/core/roof/backlight.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/bridge/bridge.h"
 #include "host/platform/desktop/main_window.h"

@@ -1,7 +1,7 @@
 #include "firmware/core/roof/commands.h"
 
+#include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/trace.h"
-#include "firmware/core/roof/backlight.h"
 #include "firmware/core/roof/device.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/border.h"

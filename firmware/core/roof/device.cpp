@@ -1,6 +1,7 @@
 #include "firmware/core/roof/device.h"
 
 #include "base/bytes.h"
+#include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/ground/tone.h"
@@ -126,5 +127,24 @@ void set_output_port(std::uint8_t p, std::uint8_t v) {
 }
 
 void output_port_command() { set_output_port(params[0], params[1]); }
+
+void set_brightness() {
+    // One step from the end, so that off and full come without a visible fade.
+    constexpr std::uint8_t dark_at_once = 254, full_at_once = 255, full = backlight_full;
+    const std::uint8_t p = params[0];
+    if (p == dark_at_once) put_backlight_current(1);
+    if (p == full_at_once) put_backlight_current(full - 1);
+    if (p > full && p < dark_at_once) remark(Remark::clamped, p, full);
+    const std::uint8_t brightness = p == dark_at_once ? std::uint8_t{0} : std::min(p, full);
+    backlight_brightness.store(brightness);
+    backlight_goal.store({brightness, 0});
+}
+
+void switch_backlight() {
+    constexpr std::uint8_t off = 0, on = 1;
+    const std::uint8_t b = read_byte();  // raw under both lead-ins
+    const std::uint8_t target = b == off ? std::uint8_t{0} : backlight_brightness.load();
+    backlight_goal.store({target, b == on ? std::uint8_t{0} : b});
+}
 
 }  // namespace orvanel

@@ -30,5 +30,7 @@ void send_information();
 void send_version();
 void beep_command();
 void output_port_command();
+void set_brightness();
+void switch_backlight();
 
 }  // namespace orvanel

@@ -1,12 +1,12 @@
 #include "firmware/store/roof/timers.h"
 
 #include "base/bytes.h"
+#include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/ground/tick_counter.h"
 #include "firmware/core/ground/tone.h"
 #include "firmware/core/ground/trace.h"
 #include "firmware/core/read/read.h"
-#include "firmware/core/roof/backlight.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/store/ground/macro.h"
 #include "firmware/text/terminal.h"

@@ -2,6 +2,7 @@
 
 #include "host/platform/desktop/main_window.h"
 #include "host/window/ground/ports_panel.h"
+#include "host/window/roof/menu_command.h"
 #include "seam/window_system.h"
 
 #include <QCloseEvent>

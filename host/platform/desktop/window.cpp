@@ -1,6 +1,6 @@
 #include "host/platform/desktop/window.h"
 
-#include "firmware/core/roof/backlight.h"
+#include "firmware/core/ground/backlight.h"
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/panel.h"
 #include "host/platform/desktop/scale.h"

@@ -2,6 +2,7 @@
 
 #include "seam/platform.h"
 
+#include "base/words.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"
@@ -9,7 +10,6 @@
 #include "host/platform/real_time/real_time.h"
 #include "host/platform/serial/serial_line.h"
 #include "host/requests/main_requests.h"
-#include "host/scenario/line.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"

@@ -1,6 +1,6 @@
 #include "host/platform/headless/session.h"
 
-#include "firmware/core/roof/backlight.h"
+#include "firmware/core/ground/backlight.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"

@@ -1,9 +1,9 @@
 // orvanel42-terminal: the companion of a running module.
 
+#include "base/words.h"
 #include "host/platform/instance/instance_client.h"
 #include "host/platform/system/process.h"
 #include "host/platform/terminal/talk.h"
-#include "host/scenario/line.h"
 
 #include <CLI/CLI.hpp>
 #include <unistd.h>

@@ -4,7 +4,7 @@
 
 #pragma once
 
-#include <string_view>
+#include <functional>
 
 namespace orvanel {
 
@@ -15,10 +15,8 @@ void box_closed();
 
 bool box_is_open();
 
-/// True while a box is open: the menu item, the dropped file (drop_file of
-/// host/import/picture_import.h) has been put aside and will be called again. False if nothing
-/// keeps it.
-bool put_off_menu_item(int id);
-bool put_off_drop(std::string_view path, int px, int py);
+/// True while a box is open: the action has been put aside and runs once the last box is closed.
+/// False if nothing keeps it from running now.
+bool put_off(std::function<void()> action);
 
 }  // namespace orvanel

@@ -1,7 +1,7 @@
 // The dialog for the model of the user's own choice. The glass shows each choice at once.
 
 #include "base/bytes.h"
-#include "firmware/core/roof/backlight.h"
+#include "firmware/core/ground/backlight.h"
 #include "host/program/settings.h"
 #include "host/skin/lcd_colours.h"
 #include "host/window/ground/dialog.h"

@@ -4,7 +4,6 @@
 #include "firmware/core/roof/device.h"
 #include "host/ledlib/led.h"
 #include "host/program/settings.h"
-#include "host/window/ground/menu.h"
 #include "seam/window_system.h"
 
 #include <cstddef>
@@ -57,11 +56,6 @@ void ports_show(std::uint8_t bits) {
         led_set_state(ports_leds[i], lit[i] ? led_lit : led_dark);
         led_draw(ports_leds[i]);
     }
-}
-
-void ports_boxed() {
-    ports_close();
-    menu_mark_view();
 }
 
 void ports_moved(int x, int y) {

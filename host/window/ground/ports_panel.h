@@ -20,8 +20,7 @@ bool ports_opened();
 /// Lights the lines whose bit is set in `bits`; nothing while the panel is closed.
 void ports_show(std::uint8_t bits);
 
-/// The user closed the panel by its box, moved it.
-void ports_boxed();
+/// The user moved the panel.
 void ports_moved(int x, int y);
 
 /// Which lights are lit, the line of bit 0 first; none while the panel is closed.

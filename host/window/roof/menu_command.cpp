@@ -157,7 +157,7 @@ constexpr Action actions[]{
 void menu_command(int id) {
     const auto* const found = std::ranges::find_if(
         actions, [id](const Action& a) { return id >= a.first && id <= a.last; });
-    if (found == std::end(actions) || put_off_menu_item(id)) return;
+    if (found == std::end(actions) || put_off([id] { menu_command(id); })) return;
     found->run(id - found->first);
 }
 
@@ -166,6 +166,11 @@ void zoom_by_wheel(int steps) {
 }
 
 void file_chosen(std::string_view path) { open_feed(path, 0, 0); }
+
+void ports_boxed() {
+    ports_close();
+    menu_mark_view();
+}
 
 void choose_port(int port) {
     if (port == com_port.load()) return;

@@ -18,6 +18,9 @@ void zoom_by_wheel(int steps);
 /// user gave up, which opens nothing.
 void file_chosen(std::string_view path);
 
+/// The user closed the panel of the ports by its box.
+void ports_boxed();
+
 /// Chooses the port 0..8 as its item does; Pactlink, or plain bytes.
 void choose_port(int port);
 void choose_framing(bool framed);

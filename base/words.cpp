@@ -1,4 +1,4 @@
-#include "host/scenario/line.h"
+#include "base/words.h"
 
 #include <algorithm>
 #include <array>

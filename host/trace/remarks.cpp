@@ -1,4 +1,4 @@
-#include "host/scenario/remarks.h"
+#include "host/trace/remarks.h"
 
 #include "firmware/store/ground/macro.h"
 

@@ -1,4 +1,4 @@
-// line.h: taking one line of a scenario apart: words, bytes, paths and numbers. Each take_ function
+// words.h: taking one line of a text apart: words, bytes, paths and numbers. Each take_ function
 // shortens `rest` by what it took; where one can fail its result is empty on success, else what is
 // wrong, for the user's eyes.
 

@@ -1,8 +1,6 @@
-#include "firmware/core/roof/backlight.h"
+#include "firmware/core/ground/backlight.h"
 
 #include "base/bytes.h"
-#include "firmware/core/ground/trace.h"
-#include "firmware/core/read/read.h"
 #include "seam/host_calls.h"
 
 #include <algorithm>
@@ -16,7 +14,7 @@ static_assert(std::atomic<BacklightGoal>::is_always_lock_free);
 
 namespace {
 
-constexpr std::uint8_t full = 100;
+constexpr std::uint8_t full = backlight_full;
 constexpr int fade_step = 2;            // percent each 20 ms
 constexpr std::uint8_t level_full = 1;  // how a level says full
 
@@ -30,19 +28,18 @@ BacklightLight step_towards(std::uint8_t target, std::uint8_t current) {
     return {next, next < 3 ? std::uint8_t{0} : next};
 }
 
-/// Changes where the fade stands, and not what shows.
-void put_current(std::uint8_t current) {
-    BacklightLight seen = backlight_light.load();
-    while (!backlight_light.compare_exchange_weak(seen, {current, seen.level})) {
-    }
-}
-
 }  // namespace
 
 void power_on_backlight() {
     backlight_light.store({full, level_full});
     backlight_goal.store({full, 0});
     backlight_brightness.store(full);
+}
+
+void put_backlight_current(std::uint8_t current) {
+    BacklightLight seen = backlight_light.load();
+    while (!backlight_light.compare_exchange_weak(seen, {current, seen.level})) {
+    }
 }
 
 void tick_fade() {
@@ -79,30 +76,11 @@ void set_backlight_level(std::uint8_t level) {
 void adopt_backlight_level() {
     const std::uint8_t level = backlight_light.load().level;
     const std::uint8_t percent = level == level_full ? full : level;
-    put_current(percent);
+    put_backlight_current(percent);
     backlight_brightness.store(percent);
     BacklightGoal seen = backlight_goal.load();
     while (!backlight_goal.compare_exchange_weak(seen, {percent, seen.off_timer})) {
     }
-}
-
-void set_brightness() {
-    // One step from the end, so that off and full come without a visible fade.
-    constexpr std::uint8_t dark_at_once = 254, full_at_once = 255;
-    const std::uint8_t p = params[0];
-    if (p == dark_at_once) put_current(1);
-    if (p == full_at_once) put_current(full - 1);
-    if (p > full && p < dark_at_once) remark(Remark::clamped, p, full);
-    const std::uint8_t brightness = p == dark_at_once ? std::uint8_t{0} : std::min(p, full);
-    backlight_brightness.store(brightness);
-    backlight_goal.store({brightness, 0});
-}
-
-void switch_backlight() {
-    constexpr std::uint8_t off = 0, on = 1;
-    const std::uint8_t b = read_byte();  // raw under both lead-ins
-    const std::uint8_t target = b == off ? std::uint8_t{0} : backlight_brightness.load();
-    backlight_goal.store({target, b == on ? std::uint8_t{0} : b});
 }
 
 }  // namespace orvanel

@@ -1,5 +1,6 @@
-// backlight.h: the backlight's level and its fade. The commands set where it is to go; the tick
-// starts a 20 ms timer on the host's main thread, which takes it there in steps of 2 percent.
+// backlight.h: the backlight's level and its fade. The commands (firmware/core/roof/device.h) set
+// where it is to go; the tick starts a 20 ms timer on the host's main thread, which takes it there
+// in steps of 2 percent.
 
 #pragma once
 
@@ -26,6 +27,12 @@ struct alignas(2) BacklightLight {
 };
 extern std::atomic<BacklightLight> backlight_light;
 
+/// A level or a brightness of full, in percent.
+constexpr std::uint8_t backlight_full = 100;
+
+/// Where the fade stands, in percent; what shows stays. From any thread.
+void put_backlight_current(std::uint8_t current);
+
 /// The tick's two shares: starts the fade timer if there is a way to go and it doesn't run; counts
 /// down the time limit.
 void tick_fade();
@@ -45,9 +52,5 @@ void adopt_backlight_level();
 
 /// Power-on: full. The colours on the glass change with the next step or colour action only.
 void power_on_backlight();
-
-// Handlers of group Y's backlight commands.
-void set_brightness();
-void switch_backlight();
 
 }  // namespace orvanel
