@@ -19,12 +19,14 @@ struct PixelRect {
 /// real time may return early once shutdown_requested is set.
 void sleep_ms(int ms);
 
-/// The firmware has nothing to do until it is woken. Module time moves by `ms` and serves what
-/// falls due, whether it wakes the firmware or not; real time goes by until wake_firmware.
+/// The firmware has nothing to do until it is woken; what it has left for itself it sleeps for by
+/// sleep_ms. Module time moves by `ms` and serves what falls due, whether it wakes the firmware or
+/// not; real time goes by until wake_firmware.
 void sleep_until_woken(int ms);
 
-/// Ends a sleep_until_woken that is running, or the next one. Called from any thread behind
-/// whatever an idle firmware looks at: a byte in rx_pipe, the finger, a tick, a restart.
+/// Ends a sleep_until_woken that is running, or the next one. Called from any thread after
+/// whatever another thread leaves for an idle firmware: a byte in rx_pipe, the finger, a tick, a
+/// restart.
 void wake_firmware();
 
 /// What one byte costs that the read layer takes from a macro or from rx_pipe: 10 us of module

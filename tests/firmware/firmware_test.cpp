@@ -1,6 +1,7 @@
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/commands.h"
+#include "firmware/core/roof/loop.h"
 #include "firmware/core/roof/power_on.h"
 #include "firmware/raster/line.h"
 #include "firmware/raster/refresh.h"
@@ -110,6 +111,27 @@ TEST_F(Firmware, whatever_an_idle_pass_can_find_wakes_it) {
     EXPECT_GT(wakes_by([] { lift_finger(); }), 0);
     EXPECT_GT(wakes_by([] { firmware_tick(); }), 0);
     EXPECT_GT(wakes_by([] { request_restart(0); }), 0);
+}
+
+TEST_F(Firmware, a_pass_that_leaves_something_due_sleeps_for_one_pass_only) {
+    // Without macros in the image a start runs nothing, and its pass is over.
+    const auto idle_sleeps_after = [](const std::vector<std::uint8_t>& sent) {
+        fresh_module();
+        int sleeps = 0;
+        fake_platform.on_sleep = [&] {
+            if (++sleeps == 1) rx_pipe_put_block(sent);
+            if (sleeps == 2) firmware_tick();  // the next sleep is for this tick
+            if (sleeps == 4) shutdown_requested = true;
+        };
+        run_firmware();
+        fake_platform.on_sleep = nullptr;
+        shutdown_requested = false;
+        return fake_platform.idle_sleeps;
+    };
+    EXPECT_EQ(idle_sleeps_after(bytes("#MD1,2,9,9,1;")), 3) << "nothing is left";
+    EXPECT_EQ(idle_sleeps_after(bytes("#MD1,2,9,9,1;#MD2,2,0,0,1;")), 2)
+        << "the second waits its turn";
+    EXPECT_EQ(idle_sleeps_after(bytes("#MA9,0,0;")), 1) << "the sequence has run from the start";
 }
 
 TEST_F(Firmware, a_reset_brings_back_every_word_but_those_that_survive) {

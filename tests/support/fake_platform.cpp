@@ -14,7 +14,10 @@ void sleep_ms(int ms) {
     if (fake_platform.on_sleep) fake_platform.on_sleep();
 }
 
-void sleep_until_woken(int ms) { sleep_ms(ms); }
+void sleep_until_woken(int ms) {
+    ++fake_platform.idle_sleeps;
+    sleep_ms(ms);
+}
 
 void wake_firmware() { ++firmware_wakes; }
 

@@ -17,6 +17,7 @@ struct PaintedRect {
 
 struct FakePlatform {
     long slept_ms;       // by sleep_ms and sleep_until_woken
+    long idle_sleeps;    // calls of sleep_until_woken
     long bytes_spent;    // calls of spend_byte_time
     bool record_paints;  // keep each rectangle in `painted`
     long paints;         // calls of repaint_display

@@ -53,7 +53,7 @@ std::uint32_t read_hex_digits() {
 
 }  // namespace
 
-bool read_next_byte() {
+bool read_next_byte(Idle idle) {
     if (breaking_off()) {
         current_byte = 0;
         return true;
@@ -82,7 +82,10 @@ bool read_next_byte() {
         return true;
     }
     trace(TraceKind::idle);
-    sleep_until_woken(idle_sleep_ms);
+    if (idle == Idle::until_woken)
+        sleep_until_woken(idle_sleep_ms);
+    else
+        sleep_ms(idle_sleep_ms);
     return false;
 }
 

@@ -46,9 +46,15 @@ extern std::array<std::uint8_t, max_reads> params;
 /// Reads what the list says, in its order.
 void read_params(const std::array<Read, max_reads>& reads);
 
-/// One attempt: true if current_byte holds a new byte. Never blocks for longer than one 5 ms sleep
-/// and one more after a tick. While a restart or the shutdown is pending it gives 0 and true.
-bool read_next_byte();
+/// How an attempt that finds no byte sleeps.
+enum class Idle : bool {
+    until_woken,  // whoever leaves something to do wakes us; 5 ms in module time
+    one_pass,     // 5 ms on either clock: something is due, and nobody wakes us for it
+};
+
+/// One attempt: true if current_byte holds a new byte. After a tick it sleeps 5 ms first. While a
+/// restart or the shutdown is pending it gives 0 and true at once.
+bool read_next_byte(Idle idle = Idle::until_woken);
 
 /// The next byte, raw, whatever the lead-in. Waits for it.
 std::uint8_t read_byte();

@@ -23,27 +23,35 @@ constexpr std::uint8_t most_idle_passes = 255;
 /// Passes at macro depth 0 since the reset; stops at most_idle_passes.
 constinit std::uint8_t idle_passes = 0;
 
-/// Starts at most one process macro, the lowest that is due.
-void start_due_process() {
-    if (idle_passes <= 1 || !macro_processes_enabled) return;
+/// Starts the lowest process macro that is due, one in a pass. True if another one stays due.
+bool start_due_process() {
+    if (!macro_processes_enabled) return false;
+    // The first pass after a reset starts none: what came due while the power-on macro ran waits
+    // for one look at the finger and at the input, so a byte that is there already goes before it.
+    bool may_start = idle_passes > 1;
     for (int i = 0; i < static_cast<int>(process_macros.size()); ++i) {
         if ((process_macros[static_cast<std::size_t>(i)].clock.load() & process_due) == 0) continue;
+        if (!may_start) return true;
         run_process_macro(i);
-        return;
+        may_start = false;
     }
+    return false;
 }
 
-/// What the module does between two commands, and only while no macro runs. An idle pass can find
-/// only what another thread has left, and who leaves something wakes us. The depth is looked at
+bool auto_macro_due() { return auto_macro_mode.load() != 0 && auto_macro_timer.load() == 0; }
+
+/// What the module does between two commands, and only while no macro runs. The depth is looked at
 /// once: an automatic macro that is due in the same pass nests on top of a process macro and runs
-/// first.
-void background_work() {
-    if (macro_depth > 0) return;
+/// first. Says how to idle after it: a macro whose number is empty starts nothing, and then what
+/// is due next waits for the next pass, for which nobody wakes us.
+Idle background_work() {
+    if (macro_depth > 0) return Idle::until_woken;
     if (idle_passes < most_idle_passes) ++idle_passes;
     terminal_blink();
     poll_touch();
-    start_due_process();
-    if (auto_macro_mode.load() != 0 && auto_macro_timer.load() == 0) run_auto_macro();
+    const bool process_left = start_due_process();
+    if (auto_macro_due()) run_auto_macro();
+    return process_left || auto_macro_due() ? Idle::one_pass : Idle::until_woken;
 }
 
 void handle_byte() {
@@ -66,9 +74,8 @@ void run_firmware() {
         idle_passes = 0;
         reset_cycle();
         while (!breaking_off()) {
-            do {
-                background_work();
-            } while (!read_next_byte());
+            while (!read_next_byte(background_work())) {
+            }
             if (shutdown_requested.load()) return;
             handle_byte();
         }
