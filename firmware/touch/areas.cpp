@@ -65,8 +65,11 @@ void publish_touch_areas() {
 
 TouchArea& new_touch_area() {
     if (area_count == max_touch_areas) {
+        // The new area overwrites the last row, and no more: whatever names that row names the new
+        // area now, the menu slot of an opener stays taken, and a list stays open without its row.
         remark(Remark::areas_full);
-        remove_touch_area(max_touch_areas - 1, false);
+        --area_count;
+        publish_touch_areas();
     }
     TouchArea& area = touch_areas[area_count];
     area = {};

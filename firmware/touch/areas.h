@@ -64,7 +64,7 @@ inline void set_rectangle(TouchArea& area, const DrawArea& r) {
 inline TouchArea& touch_area(int index) { return touch_areas[static_cast<std::size_t>(index)]; }
 
 /// A row, zeroed, for the area being defined; live only from add_touch_area on. In a full table it
-/// is the last row, whose area counts as removed.
+/// is the last row, which is overwritten without being removed.
 TouchArea& new_touch_area();
 
 /// Makes the row of new_touch_area live.

@@ -217,7 +217,9 @@ void open_box(StringSource source, const TouchArea* opener) {
 
 /// Unfolds the list of the opener in row `index`, which stays inverted as long as it is open.
 void open_touch_menu(int index) {
-    // The closing and the list's own row may move the opener, or take its row.
+    // A waiting request may name a row that another area has overwritten.
+    if (touch_area(index).type != AreaType::opener) return;
+    // The closing may move the opener; the list's own row may overwrite it.
     area_in_hand = low8(index + 1);
     const std::uint8_t slot = touch_area(index).state;
     if (slot == no_menu_slot) return;

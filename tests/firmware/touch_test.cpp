@@ -2,6 +2,7 @@
 #include "firmware/core/roof/loop.h"
 #include "firmware/raster/planes.h"
 #include "firmware/store/ground/eeprom.h"
+#include "firmware/store/ground/macro.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/bars.h"
 #include "firmware/touch/menu.h"
@@ -17,6 +18,7 @@
 #include <array>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace orvanel {
 namespace {
@@ -68,19 +70,30 @@ class Touch : public testing::Test {
     }
 };
 
-TEST_F(Touch, the_eighty_first_area_takes_the_place_of_the_last) {
-    std::string areas;
-    for (int n = 0; n < 79; ++n)
-        areas += "#AH" + std::to_string(n) + ",0,200,20,";
-    // The opener is the 80th row; its own list overwrites it, and no code is left to fire.
-    EXPECT_EQ(run({send(areas + "#AM0,50,50,80,1,2,10,go|a|b\r"), touch(20, 60)}), "");
+TEST_F(Touch, the_eighty_first_area_overwrites_the_last_row_and_no_more) {
+    const auto rows = [](int n) {
+        std::string areas;
+        for (; n > 0; --n)
+            areas += "#AH0,0,200,20,";
+        return areas;
+    };
+    const std::string menu = "#AM0,50,50,80,49,50,10,go|a|b\r", key = "#AT100,60,140,90,65,66,\r";
+    // The finger that pressed the old area leaves the new one.
+    EXPECT_EQ(run({send(rows(79) + "#AT0,60,40,90,49,50,\r"), touch(10, 70), send(key), lift}),
+              " A<1>1 A<1>B");
     EXPECT_EQ(area_count, 80);
-    EXPECT_EQ(touch_area(79).type, AreaType::list);
-    EXPECT_EQ(menu_opener, no_opener);
-    EXPECT_EQ(run({send(areas + "#AH0,100,20,120,"), send("#AT0,60,40,90,65,66,k\r"),
-                   touch(10, 110), lift, touch(10, 70), lift}),
-              " A<1>A A<1>B");
-    EXPECT_EQ(area_count, 80);
+    // A list stays open without its row: the key is silent until the opener closes it.
+    EXPECT_EQ(run({send(rows(78) + menu), touch(20, 60), lift, send(key), touch(120, 70), lift,
+                   touch(20, 60), lift, touch(120, 70)}),
+              " A<1>1 A<1>2 A<1>A");
+    // An opener in the last row gives it to its own list, which takes the finger's release; its
+    // slot stays taken.
+    std::string eight;
+    for (int n = 0; n < 8; ++n)
+        eight += menu;
+    EXPECT_EQ(run({send(rows(79) + menu), touch(20, 60), lift, send("#AL0,0," + eight)}),
+              " N<1><9>");
+    EXPECT_EQ(area_count, 7);
 }
 
 TEST_F(Touch, a_removal_below_the_finger_moves_what_names_a_row) {
@@ -139,6 +152,14 @@ TEST_F(Touch, a_waiting_request_is_dropped_with_its_opener) {
     EXPECT_EQ(menu_items, 0);
     EXPECT_EQ(run({send(opener), touch(10, 10), send("#NT2,")}), " T<0>");
     EXPECT_EQ(menu_items, 2);
+    EXPECT_EQ(run({send("#AT50,0,70,20,49,0,\r" + opener), touch(10, 10), send("#AL49,0,#NT2,")}),
+              " T<0>");
+    EXPECT_EQ(menu_items, 2) << "it follows its opener";
+    std::string rows;
+    for (int n = 0; n < 79; ++n)
+        rows += "#AH0,100,20,120,";
+    EXPECT_EQ(run({send(rows + opener), touch(10, 10), send("#AH0,100,20,120,#NT2,")}), " T<0>");
+    EXPECT_EQ(menu_items, 0) << "it names a row that was overwritten";
 }
 
 TEST_F(Touch, the_touched_bar_snaps_to_the_nearest_value) {
