@@ -249,7 +249,7 @@ void unfold_opener() {
     if (menu_auto_open) {
         open_touch_menu(index);
     } else {
-        answer_head('T', 0);
+        answer_packet('T', {});
         menu_pending = true;
     }
 }

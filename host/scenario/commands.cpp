@@ -189,7 +189,9 @@ void print_link(const Arguments& /*a*/) {
     std::string text = "link";
     for (const auto* total : {&line_bytes_in, &line_bytes_out, &frames_good, &frames_bad})
         text += " " + std::to_string(total->load());
-    print_line(text + (module_selected.load() ? " selected" : " unselected"));
+    text += module_selected.load() ? " selected" : " unselected";
+    const std::uint64_t dropped = answer_bytes_dropped.load();
+    print_line(dropped == 0 ? text : text + " dropped " + std::to_string(dropped));
 }
 
 void print_baud(const Arguments& /*a*/) { print_line("baud " + std::to_string(line_speed())); }

@@ -264,11 +264,11 @@ void take_remark(const TraceEvent& event) {
         return;
     }
     if (running->in_reset) return;
-    // What no command asked for: a timed macro that isn't there.
+    // What no command asked for: a timed macro that isn't there, a touch whose answer has no room.
     flush_step();
     step.open = true;
     step.letters = "-";
-    step.role = "timed macro";
+    step.role = event.remark == Remark::answer_dropped ? "touch" : "timed macro";
     step.remarks.push_back(words);
     flush_step();
 }

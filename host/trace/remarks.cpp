@@ -85,6 +85,8 @@ std::string words_of(Remark remark, int from, int to) {
         return "the image holds CRC " + hex_of(from, 4) + " and has " + hex_of(to, 4);
     case Remark::eeprom_overflow:
         return "the EEPROM is full";
+    case Remark::answer_dropped:
+        return "an answer was dropped, nobody takes them";
     }
     return "";
 }

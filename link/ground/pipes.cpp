@@ -94,16 +94,15 @@ int rx_pipe_get() {
 void tx_pipe_put(std::uint8_t byte) { tx_pipe_put_block({&byte, 1}); }
 
 void tx_pipe_put_block(std::span<const std::uint8_t> data) {
-    put_block(tx_pipe, data, Excess::drop_rest);
+    const std::size_t put = put_block(tx_pipe, data, Excess::drop_rest);
+    if (put < data.size()) {
+        answer_bytes_dropped.fetch_add(data.size() - put, std::memory_order_relaxed);
+        remark(Remark::answer_dropped);
+    }
     // In frames an answer waits until the peer asks for it.
     if (com_port.load() > 0 && !protocol_on.load()) wake_link();
     if (tracing()) [[unlikely]]
-        tell_answer(data);
-}
-
-void tx_pipe_put_text(std::string_view text) {
-    for (const char c : text)
-        tx_pipe_put(static_cast<std::uint8_t>(c));
+        tell_answer(data.first(put));
 }
 
 int tx_pipe_get() { return get(tx_pipe); }

@@ -14,7 +14,6 @@
 #include <atomic>
 #include <cstdint>
 #include <span>
-#include <string_view>
 
 namespace orvanel {
 
@@ -50,10 +49,10 @@ ByteOrigin rx_origin();
 /// The next byte, 0..255, or -1 if the pipe is empty. Below the low mark it turns RTS on.
 int rx_pipe_get();
 
-/// Append, and wake link_thread if it sends answers unasked. What doesn't fit is dropped.
+/// Append, and wake link_thread if it sends answers unasked. What doesn't fit is dropped and
+/// counted in answer_bytes_dropped.
 void tx_pipe_put(std::uint8_t byte);
 void tx_pipe_put_block(std::span<const std::uint8_t> data);
-void tx_pipe_put_text(std::string_view text);
 
 /// The next byte, 0..255, or -1 if the pipe is empty.
 int tx_pipe_get();

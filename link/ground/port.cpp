@@ -28,6 +28,7 @@ constinit std::atomic<std::uint64_t> line_bytes_in{0};
 constinit std::atomic<std::uint64_t> line_bytes_out{0};
 constinit std::atomic<std::uint64_t> frames_good{0};
 constinit std::atomic<std::uint64_t> frames_bad{0};
+constinit std::atomic<std::uint64_t> answer_bytes_dropped{0};
 static_assert(std::atomic<FrameProgress>::is_always_lock_free);
 
 void power_on_link() {

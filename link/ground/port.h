@@ -67,6 +67,9 @@ extern std::atomic<std::uint64_t> line_bytes_out;
 extern std::atomic<std::uint64_t> frames_good;
 extern std::atomic<std::uint64_t> frames_bad;
 
+/// Bytes that tx_pipe had no room for since the program started: nobody took the answers.
+extern std::atomic<std::uint64_t> answer_bytes_dropped;
+
 /// The tick's share, each 100 ms: takes 10 off a limit that runs. At 0 the frame is dropped without
 /// a word.
 void tick_frame_timeout();

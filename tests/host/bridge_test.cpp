@@ -7,6 +7,7 @@
 #include "link/ground/port.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/fake_window.h"
+#include "tests/support/stream.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -71,7 +72,7 @@ TEST_F(Bridge, packing_and_unpacking_agree_and_the_number_says_how_many) {
 }
 
 TEST_F(Bridge, answers_come_packed_and_missing_bytes_as_ff) {
-    tx_pipe_put_text("\x11\x22\x33\x44\x55");
+    tx_pipe_put_block(bytes("\x11\x22\x33\x44\x55"));
     EXPECT_EQ(send(0x414), 5U);
     EXPECT_EQ(send(0x418), 0x44332211U);
     EXPECT_EQ(send(0x417), 0x00FFFF55U);

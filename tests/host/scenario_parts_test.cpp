@@ -198,9 +198,9 @@ TEST(MatchAnswers, takes_all_of_them_or_none) {
     clear_pipe(tx_pipe);
     const Bytes wanted = bytes_of("abc");
     EXPECT_EQ(match_answers(wanted), Match::not_yet);
-    tx_pipe_put_text("ab");
+    tx_pipe_put_block(bytes_of("ab"));
     EXPECT_EQ(match_answers(wanted), Match::not_yet);
-    tx_pipe_put_text("cd");
+    tx_pipe_put_block(bytes_of("cd"));
     EXPECT_EQ(match_answers(wanted), Match::matched);
     EXPECT_EQ(match_answers(wanted), Match::impossible);
     EXPECT_EQ(take_answers(), bytes_of("d"));

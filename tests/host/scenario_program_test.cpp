@@ -197,6 +197,20 @@ TEST_F(ScenarioProgram, the_line_shows_rts_speed_and_what_has_passed) {
               "line-answers FF FF 48 F0 00 80 00 01 42\n");
 }
 
+TEST_F(ScenarioProgram, answers_that_nobody_takes_are_counted_and_remarked) {
+    std::string copies;
+    for (int i = 0; i < 21; ++i)
+        copies += "#UH0,0,239,127,";  // 3847 bytes each, and 80000 have room
+    put("a.scn", "send \"#AH0,0,20,20," + copies + "\"\nsettle\nlink\ntouch 5 5\nsettle\nlink\n");
+    EXPECT_EQ(run({"--trace", "t", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("out"), "link 0 0 0 0 selected dropped 787\nlink 0 0 0 0 selected dropped 793\n");
+    const std::string trace = get("t");
+    const std::string words = " | an answer was dropped, nobody takes them\n";
+    EXPECT_NE(trace.find(" | Hardcopy of the area to the line" + words), std::string::npos)
+        << trace;
+    EXPECT_NE(trace.find(" | touch" + words), std::string::npos) << trace;
+}
+
 TEST_F(ScenarioProgram, a_port_that_is_absent_is_told) {
     EXPECT_EQ(
         printed("line-absent 1\nport 3\nrts\nline-absent 0\nport 3\nrts\nline-absent 1\nrts"),

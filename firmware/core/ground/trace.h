@@ -40,6 +40,7 @@ enum class Remark : std::uint8_t {
     areas_full,
     wrong_crc,
     eeprom_overflow,
+    answer_dropped,  // part of it at least: nobody takes answers
 };
 
 enum class TraceKind : std::uint8_t {

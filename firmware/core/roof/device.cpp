@@ -103,11 +103,7 @@ void send_information() {
     answer_packet('I', payload);
 }
 
-void send_version() {
-    const std::string_view text = version_text;
-    answer_head('V', low8(static_cast<std::int64_t>(text.size())));
-    tx_pipe_put_text(text);
-}
+void send_version() { answer_text('V', version_text); }
 
 void beep_command() { start_beep(params[0]); }
 

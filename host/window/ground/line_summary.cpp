@@ -12,9 +12,8 @@ std::string count(std::uint64_t n, const char* one, const char* many) {
     return std::to_string(n) + (n == 1 ? one : many);
 }
 
-}  // namespace
-
-std::string line_summary() {
+/// The line by itself.
+std::string line_words() {
     const int port = com_port.load();
     if (port <= 0) return "No serial port";
     const bool framed = protocol_on.load();
@@ -31,6 +30,15 @@ std::string line_summary() {
     if (line_bytes_in.load() > 0 && good + bad == 0)
         text += "\nNo frame yet: plain bytes vanish while the protocol is Pactlink";
     return text;
+}
+
+}  // namespace
+
+std::string line_summary() {
+    const std::uint64_t dropped = answer_bytes_dropped.load();
+    if (dropped == 0) return line_words();
+    return line_words() + "\n" + count(dropped, " byte", " bytes") +
+           " of answers dropped: nobody takes them";
 }
 
 }  // namespace orvanel
