@@ -113,6 +113,9 @@ TEST(Flash, period_0_goes_back_to_phase_0_at_once) {
     EXPECT_EQ(fake_platform.painted, (std::vector<PaintedRect>{{0, 0, 239, 127}}));
     display_on();
     EXPECT_EQ(flash_timer, 0);
+    flash_period = 3;
+    display_on();
+    EXPECT_EQ(flash_timer, 3) << "the display's return begins a period";
 }
 
 }  // namespace

@@ -78,6 +78,7 @@ TEST_F(Store, automatic_macros_step_as_their_modes_say) {
              Case{bytes("#MJ1,3,1;"), "bcdcbcdc"}, Case{bytes("#ME1,3,1;"), "bcd"},
              Case{bytes("#ME3,1,1;"), "dcb"}, Case{bytes("#ME2,2,1;"), "c"},
              Case{bytes("#MG4,3;"), "e"},
+             Case{bytes("#MJ2,2,1;"), "cdefgh"},  // past its one number, and on to 255
              Case{bytes("#MA6,8,1;"), "ghghgh"},  // macro 8 is empty: skipped with its time
          })
         EXPECT_EQ(run_ticks(command, 7), said) << std::string(command.begin(), command.end());
@@ -113,6 +114,27 @@ TEST_F(Store, process_macros_run_after_their_period_one_in_a_pass) {
         EXPECT_EQ(run_ticks(command, 7), said) << what;
 }
 
+TEST_F(Store, what_is_due_waits_and_a_sequence_that_has_ended_begins_anew) {
+    image_of_letter_macros(8);
+    struct Case {
+        Bytes first, late;
+        const char* said;
+    };
+    for (const auto& [first, late, said] : {
+             Case{bytes("#MD1,2,0,1,2;#MS0;"), bytes("#MS1;"), "ab"},
+             Case{bytes("#MD1,2,0,1,2;#MS0;"), bytes("#MZ1,5;#MS1;"), "a"},
+             Case{bytes("#MD1,2,0,1,2;#MS0;"), bytes("#MZ1,0;#MS1;"), ""},
+             Case{bytes("#MD1,0,2,1,1;"), bytes("#MZ1,1;"), "cbcb"},
+             Case{bytes("#MD1,0,1,2,1;"), bytes("#MZ1,1;"), "bcbc"},
+         }) {
+        const auto send_late = [&late](int tick) {
+            if (tick == 3) rx_pipe_put_block(late);
+        };
+        EXPECT_EQ(run_ticks(first, 7, send_late), said)
+            << std::string(first.begin(), first.end()) << std::string(late.begin(), late.end());
+    }
+}
+
 TEST_F(Store, an_automatic_macro_due_with_a_process_macro_runs_first) {
     image_of_letter_macros(8);
     EXPECT_EQ(run_ticks(bytes("#MD1,2,0,0,2;#MG1,2;"), 3), "ba");
@@ -128,6 +150,8 @@ TEST_F(Store, programming_reads_back_with_its_crc) {
     EXPECT_EQ(check.stored_crc, 0xFFFF) << "a C of length 0 writes no CRC";
     run_stream(bytes("\x1B&E\0\1\1\0C"));
     EXPECT_EQ(eeprom_checksum().stored_crc, check.image_crc);
+    run_stream(bytes("\x1B&E\0\0\0\0W"));
+    EXPECT_EQ(eeprom_image[2], '1') << "a W of length 0 at address 0 erases nothing";
     eeprom_reset_to(eeprom_small, {});
     EXPECT_EQ(eeprom_checksum().image_length, 0xFFFF);
 }
@@ -194,14 +218,20 @@ TEST_F(Store, address_speed_and_lines_follow_their_commands) {
 }
 
 TEST_F(Store, the_backlight_fades_in_steps_of_two_to_where_it_was_sent) {
-    run_stream(bytes("#YH97;"));
-    std::vector<int> levels;
-    firmware_tick();
-    while (fake_platform.fade_running) {
-        backlight_fade_step();
-        levels.push_back(backlight_light.load().level);
-    }
-    EXPECT_EQ(levels, (std::vector<int>{98, 97, 97}));
+    const auto levels_after = [](const Bytes& command) {
+        run_stream(command);
+        std::vector<int> levels;
+        firmware_tick();
+        while (fake_platform.fade_running) {
+            backlight_fade_step();
+            levels.push_back(backlight_light.load().level);
+        }
+        return levels;
+    };
+    EXPECT_EQ(levels_after(bytes("#YH97;")), (std::vector<int>{98, 97, 97}));
+    const std::vector<int> down = levels_after(bytes("#YH0;"));
+    EXPECT_EQ(std::vector<int>(down.end() - 4, down.end()), (std::vector<int>{4, 0, 0, 0}))
+        << "2 percent shows as dark";
     run_stream(bytes("#YH254;"));
     firmware_tick();
     backlight_fade_step();
@@ -215,6 +245,9 @@ TEST_F(Store, the_backlight_fades_in_steps_of_two_to_where_it_was_sent) {
     EXPECT_EQ(backlight_goal.load().target, 0) << "the time limit has run out";
     run_stream(bytes("#YL\3#YH50;"));
     EXPECT_EQ(backlight_goal.load().off_timer, 0) << "a brightness cancels the limit";
+    run_stream(bytes("#YH50;#YL\1"));
+    EXPECT_EQ(backlight_goal.load().off_timer, 0) << "1 is on, without a limit";
+    EXPECT_EQ(backlight_goal.load().target, 50);
 }
 
 TEST_F(Store, a_wait_sleeps_in_tenths_and_a_restart_ends_it) {

@@ -1,9 +1,11 @@
 #include "firmware/core/read/read.h"
+#include "firmware/raster/refresh.h"
 #include "link/ground/port.h"
 #include "tests/firmware/text_support.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 namespace orvanel {
@@ -49,7 +51,14 @@ TEST(Terminal, prints_into_its_own_plane_and_wraps) {
     type("\xB0\b\x01");
     EXPECT_EQ(cell(30, 5), letter);
     EXPECT_TRUE(cursor_at(3, 6));
+    const auto shows_dots = [] {
+        return std::ranges::any_of(lcd_image, [](const auto& row) {
+            return std::ranges::any_of(row, [](const auto& dots) { return dots.load() != 0; });
+        });
+    };
+    EXPECT_TRUE(shows_dots());
     type("\f");
+    EXPECT_FALSE(shows_dots());
     EXPECT_EQ(terminal_plane, BitPlane{});
     EXPECT_TRUE(cursor_at(1, 1));
     EXPECT_EQ(graphics_planes, PlaneSet{});

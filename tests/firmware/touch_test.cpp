@@ -162,6 +162,75 @@ TEST_F(Touch, a_waiting_request_is_dropped_with_its_opener) {
     EXPECT_EQ(menu_items, 0) << "it names a row that was overwritten";
 }
 
+TEST_F(Touch, a_waiting_request_is_kept_by_0_and_served_once_by_2) {
+    EXPECT_EQ(run({send("#NT0,#AM0,0,40,20,0,0,10,go|a|b\r"), touch(10, 10), send("#NT0,"),
+                   [] { EXPECT_EQ(menu_items, 0); }, send("#NT2,"),
+                   [] { EXPECT_EQ(menu_items, 2); }, lift, touch(10, 10), lift, touch(10, 10)}),
+              " T<0> T<0>");
+}
+
+TEST_F(Touch, an_open_list_keeps_its_rotation_and_gives_way_to_a_box) {
+    const std::string opener = "#AM0,0,40,20,65,66,48,go|a|b\r";
+    EXPECT_EQ(run({send(opener), touch(10, 10), send("#NW1,"), touch(4, 30), lift}),
+              " A<1>A N<1>1");
+    EXPECT_EQ(run({send(opener), touch(10, 10), lift, send("#ND100,60,1,x|y\r"), touch(10, 10)}),
+              " A<1>A A<1>A");
+}
+
+TEST_F(Touch, commands_meet_the_finger_where_it_stands) {
+    const Step key = send("#AE0,#AT0,0,20,20,65,66,\r");
+    // Inside a key a move is nothing. Touch on, too, lets go of it, and the next sample presses.
+    EXPECT_EQ(run({key, touch(10, 10), touch(15, 10), send("#AA1,"), touch(5, 5)}),
+              " A<1>A A<1>B A<1>A");
+    // With all areas gone the finger has to be lifted, unless a reset comes first.
+    EXPECT_EQ(run({key, touch(10, 10), send("#AL0,0,#AT0,0,20,20,67,0,\r"), touch(15, 10), lift,
+                   touch(10, 10)}),
+              " A<1>A A<1>C");
+    EXPECT_EQ(run({key, touch(10, 10), send("#AL0,0,"), [] { request_restart(0); },
+                   send("#AT0,0,20,20,67,0,\r"), touch(10, 10)}),
+              " A<1>C");
+}
+
+TEST_F(Touch, switches_invert_with_ESC_A_I_off_and_share_codes_and_groups) {
+    run({send("#AE0,#AI0,#AK0,0,20,20,0,0,\r"), touch(10, 10), send("#AI1,")});
+    EXPECT_EQ(main_plane()[0], 0xFF);
+    // Of two with one code the query means the last. The group of the next switch outlives a reset.
+    EXPECT_EQ(run({send("#AR5,#AK0,0,20,20,49,0,\r#AK30,0,50,20,49,0,\r"), touch(10, 10),
+                   send("#AX49,")}),
+              " A<1>1 X<2>1<0>");
+    EXPECT_EQ(run({send("#AK0,0,20,20,49,0,\r"), touch(10, 10), send("#AG5,")}), " A<1>1 G<2><5>1");
+}
+
+TEST_F(Touch, codes_start_the_macros_of_the_image) {
+    std::vector<std::uint8_t> image = image_with_font();
+    const auto add = [&image](std::size_t record, std::uint8_t letter) {
+        image[record] = static_cast<std::uint8_t>(image.size() & 0xFF);
+        image[record + 1] = static_cast<std::uint8_t>(image.size() >> 8);
+        image[record + 2] = 5;
+        image[record + 3] = 0;
+        image.insert(image.end(), {0x1B, 'S', 'B', 1, letter});
+    };
+    add(touch_macro_table + 4 * 65, 't');
+    add(menu_macro_table + 4 * 12, 'm');
+    eeprom_reset_to(eeprom_small, image);
+    EXPECT_EQ(run({send("#AT0,0,20,20,65,0,\r#MA9,9,100,"), touch(10, 10)}), "t");
+    EXPECT_EQ(auto_macro_mode, 0) << "a touch that starts a macro ends the automatic one";
+    // Row 2 of a box whose first row has code 11; without a row no macro.
+    EXPECT_EQ(run({send("#ND0,0,2,a|b\r#NM11,#ND0,0,0,a|b\r#NM13,")}), "m");
+}
+
+TEST_F(Touch, a_height_byte_of_128_is_one_image_of_128_rows) {
+    const std::string picture = "\x01\x80" + std::string(128, '\x80');
+    run({send("#UL0,0," + picture)});
+    EXPECT_TRUE(plane_get(main_plane(), 0, 127));
+    std::vector<std::uint8_t> image(0x22, 0);
+    image[0x20] = 0x22;
+    image.insert(image.end(), {8, 0x80});
+    image.resize(image.size() + 128);
+    eeprom_reset_to(eeprom_small, image);
+    EXPECT_EQ(run({send("#AU0,0,0,65,66,\r"), touch(4, 100)}), " A<1>A");
+}
+
 TEST_F(Touch, the_touched_bar_snaps_to_the_nearest_value) {
     struct Case {
         const char* bar;
@@ -174,6 +243,9 @@ TEST_F(Touch, the_touched_bar_snaps_to_the_nearest_value) {
              Case{"#BL1,0,0,99,20,40,50,0,1,", 85, 5, " B<2><1>)"},
              Case{"#BO1,0,0,20,99,40,50,1,1,", 5, 50, " B<2><1>-"},
              Case{"#BU1,0,0,20,99,40,50,3,0,", 5, 98, " B<2><1>2"},
+             // A pointer is held by its middle.
+             Case{"#BR1,0,0,99,20,0,2,2,40,", 33, 5, " B<2><1><0>"},
+             Case{"#BR1,0,0,99,20,0,2,2,40,", 34, 5, " B<2><1><1>"},
              // All 256 values, and pointers that leave no way to go.
              Case{"#BR1,0,0,239,20,0,255,0,1,", 238, 5, " B<2><1><252>"},
              Case{"#BR1,0,0,2,20,40,50,3,1,", 1, 5, " B<2><1>("},
