@@ -4,6 +4,7 @@
 #include "firmware/core/roof/loop.h"
 #include "firmware/core/roof/power_on.h"
 #include "firmware/raster/line.h"
+#include "firmware/raster/picture.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/raster/screen_store.h"
 #include "firmware/store/ground/eeprom.h"
@@ -135,8 +136,9 @@ TEST_F(Firmware, a_pass_that_leaves_something_due_sleeps_for_one_pass_only) {
 }
 
 TEST_F(Firmware, a_reset_brings_back_every_word_but_those_that_survive) {
-    run_stream(bytes("#GZ4,4;#GV3;#GD9,9,20,20;#ZF0;#ZZ3,3;#ZV2;#ZW1;#ZB2;#ZY5;#QZ9;#DA#DC#TA#TC0;"
-                     "#TP7,7;#TS#TEtext"));
+    run_stream(bytes(
+        "#GZ4,4;#GV3;#GD9,9,20,20;#ZF0;#ZZ3,3;#ZV2;#ZW1;#ZB2;#ZY5;#QZ9;#UB2;#UV3;#DA#DC#TA#TC0;"
+        "#TP7,7;#TS#TEtext"));
     terminal.saved_col = 9;
     com_set_baud(1200);
     module_address = 3;
@@ -150,6 +152,7 @@ TEST_F(Firmware, a_reset_brings_back_every_word_but_those_that_survive) {
                                 string_style.rotation, string_flash}),
               (std::vector<int>{1, 1, 4, 0, 0}));
     EXPECT_EQ(touch_style.link, 3);
+    EXPECT_EQ((std::vector<int>{bitmap_flash, bitmap_style.link}), (std::vector<int>{0, 4}));
     EXPECT_EQ((std::vector<int>{flash_period, flash_phase}), (std::vector<int>{6, 0}));
     EXPECT_TRUE(graphic_on && terminal_on && terminal.cursor_on && !clipboard_view);
     EXPECT_EQ(string_font.id, 5) << "selected, though the image has none";
@@ -164,9 +167,20 @@ TEST_F(Firmware, a_reset_brings_back_every_word_but_those_that_survive) {
     EXPECT_TRUE(terminal_blank(2, 1));
 }
 
+TEST_F(Firmware, flashing_and_line_gap_of_strings_are_their_own_and_within_their_bits) {
+    run_stream(bytes("#ZB1;#AT0,0,20,20,0,0,x\r#ZY20;"));
+    EXPECT_EQ(string_flash, 1) << "a label doesn't flash, and leaves strings as they were";
+    EXPECT_EQ(string_font.line_gap, 4);
+    run_stream(bytes("#ZB1;#ZB3;"));
+    EXPECT_EQ(string_flash, 0);
+}
+
 TEST_F(Firmware, the_tick_toggles_the_phase_when_its_timer_runs_out) {
-    run_stream(bytes("#QZ2;"));
+    run_stream(bytes("#QZ2;#YS0;"));
+    EXPECT_EQ(fake_platform.beeps, 0) << "no tone of length 0";
+    blink_timer = 6;
     firmware_tick();
+    EXPECT_EQ(blink_timer, 5);
     EXPECT_EQ(flash_phase, 0);
     firmware_tick();
     EXPECT_EQ(flash_phase, 1);

@@ -115,17 +115,18 @@ TEST_F(ReadLayer, a_macro_goes_before_the_pipe_and_hands_over_mid_command) {
 }
 
 TEST_F(ReadLayer, a_tail_call_keeps_its_depth_and_the_ninth_level_is_refused) {
-    image_with({bytes("a"), bytes("bc")});
+    image_with({bytes("a"), bytes("bc"), {}});
     ASSERT_TRUE(run_macro(normal_macro_table, 0));
     read_byte();
     EXPECT_EQ(macro_depth, 0) << "the level is gone with its last byte";
     for (int i = 0; i < max_macro_depth; ++i)
         EXPECT_TRUE(run_macro(normal_macro_table, 1));
     EXPECT_FALSE(run_macro(normal_macro_table, 1));
-    EXPECT_FALSE(run_macro(normal_macro_table, 2)) << "an erased record";
     for (int i = 0; i < 2 * max_macro_depth; ++i)
         read_byte();
     EXPECT_EQ(macro_depth, 0);
+    EXPECT_FALSE(run_macro(normal_macro_table, 2)) << "an empty record";
+    EXPECT_FALSE(run_macro(normal_macro_table, 3)) << "an erased record";
 }
 
 TEST_F(ReadLayer, a_macro_record_beyond_the_image_reads_zeros) {

@@ -105,13 +105,14 @@ TEST_F(Store, process_macros_run_after_their_period_one_in_a_pass) {
              Case{bytes("#MD2,2,0,0,2;#MD1,2,1,1,2;"), "bababa", "the lowest number first"},
              Case{bytes("#MD1,3,0,2,1;"), "abcbabc", "to and fro"},
              Case{bytes("#MD1,0,0,1,1;"), "ab", "once"},
+             Case{bytes("#MD1,1,0,1,1;"), "ab", "once, too"},
              Case{bytes("#MD5,2,0,1,1;x"), "", "a number out of range"},
-             Case{bytes("#MD1,2,0,1,128;"), "", "128 and more never fall due"},
              Case{bytes("#MD1,2,0,1,0;#MZ1,3;"), "ab", "stopped, then given a period"},
              Case{bytes("#MZ1,1;"), "", "never defined"},
              Case{bytes("#MD1,2,0,1,1;#MS0;"), "", "switched off"},
          })
         EXPECT_EQ(run_ticks(command, 7), said) << what;
+    EXPECT_EQ(run_ticks(bytes("#MD1,2,0,1,128;"), 130), "") << "128 and more never fall due";
 }
 
 TEST_F(Store, what_is_due_waits_and_a_sequence_that_has_ended_begins_anew) {
@@ -124,6 +125,7 @@ TEST_F(Store, what_is_due_waits_and_a_sequence_that_has_ended_begins_anew) {
              Case{bytes("#MD1,2,0,1,2;#MS0;"), bytes("#MS1;"), "ab"},
              Case{bytes("#MD1,2,0,1,2;#MS0;"), bytes("#MZ1,5;#MS1;"), "a"},
              Case{bytes("#MD1,2,0,1,2;#MS0;"), bytes("#MZ1,0;#MS1;"), ""},
+             Case{bytes("#MD1,2,0,1,2;#MS0;"), bytes("#MD1,2,0,1,5;#MS1;"), ""},
              Case{bytes("#MD1,0,2,1,1;"), bytes("#MZ1,1;"), "cbcb"},
              Case{bytes("#MD1,0,1,2,1;"), bytes("#MZ1,1;"), "bcbc"},
          }) {
@@ -143,8 +145,10 @@ TEST_F(Store, an_automatic_macro_due_with_a_process_macro_runs_first) {
 TEST_F(Store, programming_reads_back_with_its_crc) {
     const Bytes stream = bytes("\x1B&E\0\0\x0B\0W\x0B\0"
                                "123456789\x1B&E\0\0\0\0C\x1B&E\0\0\x0D\0R");
+    eeprom_image[0x1000] = 0x55;
     run_stream(stream);
     EXPECT_EQ(eeprom_state, EepromState::programmed);
+    EXPECT_EQ(eeprom_image[0x1000], 0xFF) << "a W at address 0 begins with an erase";
     const ImageCheck check = eeprom_checksum();
     EXPECT_EQ(check.image_length, 0x0B);
     EXPECT_EQ(check.stored_crc, 0xFFFF) << "a C of length 0 writes no CRC";
@@ -152,8 +156,12 @@ TEST_F(Store, programming_reads_back_with_its_crc) {
     EXPECT_EQ(eeprom_checksum().stored_crc, check.image_crc);
     run_stream(bytes("\x1B&E\0\0\0\0W"));
     EXPECT_EQ(eeprom_image[2], '1') << "a W of length 0 at address 0 erases nothing";
-    eeprom_reset_to(eeprom_small, {});
+    EXPECT_EQ(run_ticks(bytes("\x1B&E\xFF\x7F\2\0R"), 0), std::string("\xFF\0", 2))
+        << "0 beyond the end";
+    eeprom_reset_to(eeprom_large, {});
+    run_stream(bytes("\x1B&E\0\1\1\0C"));
     EXPECT_EQ(eeprom_checksum().image_length, 0xFFFF);
+    EXPECT_EQ(eeprom_image[0xFFFF], 0xFF) << "no image, no CRC";
 }
 
 TEST_F(Store, the_crc_is_the_xmodem_one) {
@@ -184,11 +192,12 @@ TEST_F(Store, only_an_upper_case_operation_counts_and_process_macros_stop) {
 }
 
 TEST_F(Store, the_module_answers_in_its_two_forms) {
-    EXPECT_EQ(run_ticks(bytes("#SV"), 0), "\x1BV&HD Orvanel42 V1.8 Rev.B TP+ simulation");
-    EXPECT_EQ(run_ticks(bytes("#?"), 0), std::string("\xFF\xFFH\xF0\0\x80\0\1B", 9));
-    EXPECT_EQ(run_ticks(bytes("#SI"), 0), std::string("\x1BI\x15\xF0\0\x80\0\x18"
-                                                      "B++\x13\x80\x13\x80\x20\0\0\0\0\0\xFF\xFF\0",
-                                                      24));
+    // An image of length 2 and the CRC of its two bytes, and the CRC that it holds.
+    eeprom_reset_to(eeprom_large, bytes("\2\0\x12\x34"));
+    EXPECT_EQ(run_ticks(bytes("#SI"), 0),
+              std::string("\x1BI\x15\xF0\0\x80\0\x18"
+                          "B++\x13\x80\x13\x80\x40\0\x62\x66\x12\x34\2\0\0",
+                          24));
     EXPECT_EQ(run_ticks(bytes("#SB3;\x1B"
                               "A\0"),
                         0),
@@ -203,6 +212,8 @@ TEST_F(Store, address_speed_and_lines_follow_their_commands) {
     run_stream(bytes("#KA5;#KA6;#+3;"));
     EXPECT_EQ(module_address, 5);
     EXPECT_EQ(line_baud, 9600);
+    run_stream(bytes("#+7;"));
+    EXPECT_EQ(line_baud, 115200);
     configured_address = 7;
     struct Case {
         Bytes command;
@@ -239,6 +250,13 @@ TEST_F(Store, the_backlight_fades_in_steps_of_two_to_where_it_was_sent) {
     backlight_goal = BacklightGoal{1, 0};
     backlight_fade_step();
     EXPECT_EQ(backlight_light.load().level, 1) << "one percent going up shows as full";
+    set_backlight_level(0);
+    params[0] = 255;
+    set_brightness();
+    backlight_fade_step();
+    EXPECT_EQ(backlight_light.load().level, 1) << "full in one step";
+    run_stream(bytes("#YH200;"));
+    EXPECT_EQ(backlight_goal.load().target, 100);
     run_stream(bytes("#YL\3"));
     for (int i = 0; i < 3; ++i)
         firmware_tick();

@@ -39,6 +39,12 @@ std::string cell(int col, int row) {
 
 bool is_blank(int col, int row) { return cell(col, row).find('#') == std::string::npos; }
 
+bool glass_shows_dots() {
+    return std::ranges::any_of(lcd_image, [](const auto& row) {
+        return std::ranges::any_of(row, [](const auto& word) { return word.load() != 0; });
+    });
+}
+
 TEST(Terminal, prints_into_its_own_plane_and_wraps) {
     fresh_terminal();
     go_to(30, 5);
@@ -51,14 +57,9 @@ TEST(Terminal, prints_into_its_own_plane_and_wraps) {
     type("\xB0\b\x01");
     EXPECT_EQ(cell(30, 5), letter);
     EXPECT_TRUE(cursor_at(3, 6));
-    const auto shows_dots = [] {
-        return std::ranges::any_of(lcd_image, [](const auto& row) {
-            return std::ranges::any_of(row, [](const auto& dots) { return dots.load() != 0; });
-        });
-    };
-    EXPECT_TRUE(shows_dots());
+    EXPECT_TRUE(glass_shows_dots());
     type("\f");
-    EXPECT_FALSE(shows_dots());
+    EXPECT_FALSE(glass_shows_dots());
     EXPECT_EQ(terminal_plane, BitPlane{});
     EXPECT_TRUE(cursor_at(1, 1));
     EXPECT_EQ(graphics_planes, PlaneSet{});
@@ -109,6 +110,7 @@ TEST(Terminal, drops_bytes_while_it_is_off) {
     type("A");
     const BitPlane text = terminal_plane;
     terminal_off();
+    EXPECT_FALSE(glass_shows_dots());
     type("BC\r\f");
     terminal_show();
     EXPECT_EQ(terminal_plane, text);
@@ -148,6 +150,9 @@ TEST(Cursor, blinks_every_six_ticks_unless_a_scroll_waits) {
     go_to(1, 2);
     EXPECT_TRUE(cursor_shown) << "a position cancels the scroll";
     EXPECT_FALSE(is_blank(30, 16));
+    go_to(30, 16);
+    type("Z\f");
+    EXPECT_TRUE(cursor_shown) << "and so does a form feed";
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/loop.h"
+#include "firmware/raster/line.h"
 #include "firmware/raster/planes.h"
 #include "firmware/store/ground/eeprom.h"
 #include "firmware/store/ground/macro.h"
@@ -18,6 +19,7 @@
 #include <array>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvanel {
@@ -116,6 +118,34 @@ TEST_F(Touch, the_row_that_fills_a_hole_is_not_looked_at) {
     EXPECT_EQ(touch_area(1).down_code, 49);
     run({send("#AT0,0,20,20,49,0,a\r#AH5,5,9,9,#AL0,1,")});
     EXPECT_EQ(area_count, 0);
+    run({send("#AT0,0,20,20,49,0,a\r#AV20,20,0,")});
+    EXPECT_EQ(area_count, 0) << "edges count";
+}
+
+TEST_F(Touch, a_finger_hits_inside_the_edges_and_moves_by_two_dots) {
+    // Each edge, then the first dots inside; then the second dot of a move down.
+    EXPECT_EQ(run({send("#AT40,40,80,80,49,50,\r"), touch(40, 60), touch(80, 60), touch(60, 40),
+                   touch(60, 80), lift, touch(41, 41), lift, touch(79, 79)}),
+              " A<1>1 A<1>2 A<1>1");
+    EXPECT_EQ(run({send("#AH40,40,126,126,"), touch(50, 50), touch(50, 51), touch(50, 52)}),
+              " H<3><1>22 H<3><2>24");
+    run({send("#AD0,0,50,50,4,"), touch(10, 10), lift});
+    EXPECT_EQ((std::vector<int>{pen_width, pen_height, pen_link}), (std::vector<int>{1, 1, 1}))
+        << "the finger's pen is its own";
+}
+
+TEST_F(Touch, a_press_on_key_switch_or_opener_sounds) {
+    const std::string areas =
+        "#AT0,0,20,20,0,0,\r#AK30,0,50,20,0,0,\r#AM60,0,80,20,0,0,0,go|a\r#AH90,0,110,20,";
+    const std::vector<Step> presses{touch(10, 10),  lift, touch(40, 10), lift,
+                                    touch(100, 10), lift, touch(70, 10), lift};
+    for (const auto& [first, beeps] : {std::pair{"", 3}, std::pair{"#AS0,", 0}}) {
+        fake_platform.beeps = 0;
+        std::vector<Step> steps{send(first + areas)};
+        steps.insert(steps.end(), presses.begin(), presses.end());
+        run(steps);
+        EXPECT_EQ(fake_platform.beeps, beeps) << first;
+    }
 }
 
 TEST_F(Touch, a_key_that_a_list_silences_stays_held) {
@@ -124,6 +154,10 @@ TEST_F(Touch, a_key_that_a_list_silences_stays_held) {
     EXPECT_EQ(open_menu_slot, 0);
     EXPECT_EQ(touch_area(1).state, 1);
     EXPECT_EQ(main_plane()[0], 0xFF);  // still inverted
+    EXPECT_EQ(run({send(area), touch(120, 10), lift, touch(10, 10), send("#NT2,"), lift,
+                   touch(120, 10), lift, touch(10, 10)}),
+              " T<0>");
+    EXPECT_EQ(main_plane()[0], 0xFF) << "pressed again it doesn't invert a second time";
 }
 
 TEST_F(Touch, menus_end_where_their_slots_or_texts_do) {
@@ -175,6 +209,32 @@ TEST_F(Touch, an_open_list_keeps_its_rotation_and_gives_way_to_a_box) {
               " A<1>A N<1>1");
     EXPECT_EQ(run({send(opener), touch(10, 10), lift, send("#ND100,60,1,x|y\r"), touch(10, 10)}),
               " A<1>A A<1>A");
+    // Whoever opens or chooses begins without a row; touch off closes a list in silence.
+    EXPECT_EQ(run({send(opener), touch(10, 10), lift, send("#NN"), touch(10, 10), lift,
+                   touch(10, 10), send("#NS")}),
+              " A<1>A A<1>B A<1>A N<1><0>");
+    EXPECT_EQ(run({send(opener), touch(10, 10), touch(4, 30), lift, send("#NS")}),
+              " A<1>A N<1>1 N<1><0>");
+    EXPECT_EQ(run({send(opener), touch(10, 10), lift, send("#AA0,")}), " A<1>A");
+    EXPECT_EQ(menu_items, 0);
+    // Without its area a list is no longer open: other areas react.
+    EXPECT_EQ(run({send(opener + "#AT100,0,120,20,67,0,\r"), touch(10, 10), lift,
+                   send("#AV4,30,0,"), touch(110, 10)}),
+              " A<1>A A<1>C");
+}
+
+TEST_F(Touch, a_box_stands_where_it_was_sent_and_highlights_rows_beyond_the_glass_at_its_edge) {
+    // Over its opener, from the dot above it.
+    EXPECT_EQ(run({send("#AM0,60,40,80,0,0,48,Ogo|a|b\r"), touch(10, 70), touch(10, 52), lift}),
+              " N<1>1");
+    // The box before it is closed once the new one's place is read.
+    run({send("#ND0,0,1,a|b\r#ND100,60,1,a|b\r")});
+    EXPECT_TRUE(plane_get(main_plane(), 100, 60));
+    std::string rows = "#ND0,0,0,a";
+    for (int n = 1; n < 40; ++n)
+        rows += "|a";
+    run({send(rows + "\r#NP")});
+    EXPECT_FALSE(plane_get(main_plane(), 3, 127)) << "row 40 inverts the frame's lowest line";
 }
 
 TEST_F(Touch, commands_meet_the_finger_where_it_stands) {
@@ -183,9 +243,11 @@ TEST_F(Touch, commands_meet_the_finger_where_it_stands) {
     EXPECT_EQ(run({key, touch(10, 10), touch(15, 10), send("#AA1,"), touch(5, 5)}),
               " A<1>A A<1>B A<1>A");
     // With all areas gone the finger has to be lifted, unless a reset comes first.
-    EXPECT_EQ(run({key, touch(10, 10), send("#AL0,0,#AT0,0,20,20,67,0,\r"), touch(15, 10), lift,
-                   touch(10, 10)}),
+    EXPECT_EQ(run({key, touch(10, 10), send("#AL0,0,#AT0,0,20,20,67,0,\r"), touch(15, 10),
+                   touch(10, 10), lift, touch(10, 10)}),
               " A<1>A A<1>C");
+    run({send("#AI0,"), key, touch(10, 10), send("#AL65,0,")});
+    EXPECT_EQ(main_plane()[0], 0) << "what hasn't inverted doesn't invert back";
     EXPECT_EQ(run({key, touch(10, 10), send("#AL0,0,"), [] { request_restart(0); },
                    send("#AT0,0,20,20,67,0,\r"), touch(10, 10)}),
               " A<1>C");
@@ -195,10 +257,11 @@ TEST_F(Touch, switches_invert_with_ESC_A_I_off_and_share_codes_and_groups) {
     run({send("#AE0,#AI0,#AK0,0,20,20,0,0,\r"), touch(10, 10), send("#AI1,")});
     EXPECT_EQ(main_plane()[0], 0xFF);
     // Of two with one code the query means the last. The group of the next switch outlives a reset.
-    EXPECT_EQ(run({send("#AR5,#AK0,0,20,20,49,0,\r#AK30,0,50,20,49,0,\r"), touch(10, 10),
+    EXPECT_EQ(run({send("#AE0,#AR5,#AK0,0,20,20,49,0,\r#AK30,0,50,20,49,0,\r"), touch(10, 10),
                    send("#AX49,")}),
               " A<1>1 X<2>1<0>");
     EXPECT_EQ(run({send("#AK0,0,20,20,49,0,\r"), touch(10, 10), send("#AG5,")}), " A<1>1 G<2><5>1");
+    EXPECT_FALSE(plane_get(main_plane(), 1, 1)) << "so does no border: it is framed again";
 }
 
 TEST_F(Touch, codes_start_the_macros_of_the_image) {
@@ -254,6 +317,19 @@ TEST_F(Touch, the_touched_bar_snaps_to_the_nearest_value) {
         EXPECT_EQ(run({send(std::string("#AL0,0,") + bar + "#AB1,"), touch(x, y), lift}), said)
             << bar;
     }
+}
+
+TEST_F(Touch, a_bar_tells_each_change_and_not_each_move) {
+    EXPECT_EQ(run({send("#BR1,0,0,99,20,0,10,0,1,#AB1,#AQ2,"), touch(12, 5), touch(14, 5),
+                   touch(26, 5), lift}),
+              " B<2><1><1> B<2><1><3>");
+}
+
+TEST_F(Touch, bars_make_do_with_what_their_rectangle_leaves) {
+    run({send("#BR1,0,0,99,0,0,9,1,1,#BA1,9,#BA1,0,")});
+    EXPECT_FALSE(plane_get(main_plane(), 99, 0)) << "one dot high it has no frame";
+    EXPECT_EQ(run({send("#BR1,0,0,99,20,0,9,2,100,#BA1,9,#BS1,")}), " B<2><1><9>")
+        << "a pointer as long as its bar gets a tenth of it";
 }
 
 TEST_F(Touch, areas_outlive_neither_a_reset_nor_their_bar) {
