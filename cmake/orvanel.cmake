@@ -28,12 +28,17 @@ if(ORVANEL_COVERAGE)
     target_link_options(orvanel_options INTERFACE --coverage)
 endif()
 
-# orvanel_library(NAME SOURCES file... [USES layer...] [NO_EXCEPTIONS]): one layer, one static
+# A target with the property ORVANEL_PLAIN isn't optimised: its compiling costs more than its running.
+# It stands last, so it holds in every kind of build.
+target_compile_options(orvanel_options INTERFACE $<$<BOOL:$<TARGET_PROPERTY:ORVANEL_PLAIN>>:-O0>)
+
+# orvanel_library(NAME SOURCES file... [USES layer...] [NO_EXCEPTIONS] [PLAIN]): one layer, one static
 # library. USES names the layers below that it may call; nothing else is there to link against.
 function(orvanel_library name)
-    cmake_parse_arguments(arg "NO_EXCEPTIONS" "" "SOURCES;USES" ${ARGN})
+    cmake_parse_arguments(arg "NO_EXCEPTIONS;PLAIN" "" "SOURCES;USES" ${ARGN})
     add_library(${name} STATIC ${arg_SOURCES})
     target_link_libraries(${name} PUBLIC orvanel_options ${arg_USES})
+    set_target_properties(${name} PROPERTIES ORVANEL_PLAIN ${arg_PLAIN})
     if(arg_NO_EXCEPTIONS)
         target_compile_options(${name} PRIVATE -fno-exceptions)
     endif()

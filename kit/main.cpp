@@ -1,6 +1,7 @@
 // orvanel42-kit: fonts, pictures and macros from readable sources into an EEPROM image or the
 // stream that programs it, and back.
 
+#include "base/command_line.h"
 #include "host/platform/system/process.h"
 #include "kit/build.h"
 #include "kit/check.h"
@@ -12,7 +13,6 @@
 #include "kit/stream.h"
 #include "kit/trial.h"
 
-#include <CLI/CLI.hpp>
 #include <unistd.h>
 
 #include <algorithm>
@@ -162,90 +162,84 @@ int diff(const Options& options) {
     return text.empty() ? all_well : wrong_content;
 }
 
-/// An option whose value is a number, decimal or hexadecimal.
-void add_number(CLI::App& app, const std::string& name, int most, int& value,
-                const std::string& help) {
-    app.add_option_function<std::string>(
-           name,
-           [name, most, &value](const std::string& text) {
-               if (!number_of(text, 0, most, value))
-                   throw CLI::ValidationError(name, "takes a number, 0 to " + std::to_string(most));
-           },
-           help)
-        ->option_text("N");
+/// An option whose value is a number, decimal or hexadecimal, 0..most.
+Option number_option(const char* name, int most, int& value, const char* help) {
+    const auto take = [most, &value](const std::string& text) {
+        const bool taken = number_of(text, 0, most, value);
+        return taken ? "" : "takes a number, 0 to " + std::to_string(most);
+    };
+    return {.names = name, .place = take, .help = help, .value_name = "N"};
 }
 
-void check_outputs(const Options& options) {
-    for (const std::string& path : options.outputs)
-        if (!ends_in(path, ".eep") && !ends_in(path, ".bin"))
-            throw CLI::ValidationError(
-                "-o", path + " ends in neither .eep (a stream) nor .bin (an image)");
+Option file_word(const char* name, std::string& value, const char* help) {
+    return {.names = name, .place = &value, .help = help, .value_name = " ", .required = true};
 }
 
-void add_file(CLI::App& app, const char* name, std::string& value, const char* help) {
-    app.add_option(name, value, help)->required()->option_text(" ");
+std::vector<Option> build_options(Options& options) {
+    return {
+        file_word("KIT", options.source, "Kit source"),
+        {.names = "-o,--output",
+         .place = &options.outputs,
+         .help = "Write NAME.eep, a stream, or NAME.bin, an image; may come again",
+         .value_name = "FILE",
+         .required = true},
+        number_option("--image-length", 0xFFFE, options.build.length,
+                      "Bring the image to this length by filler bytes"),
+        number_option("--crc", 0xFFFF, options.build.crc,
+                      "Bring the image to this CRC by two filler bytes"),
+        number_option("--stream-length", 1 << 24, options.build.stream_length,
+                      "Bring the stream to this length by commands that do nothing"),
+        {.names = "-q,--quiet", .place = &options.quiet, .help = "Say nothing when all is well"},
+    };
+}
+
+CommandLine command_line(Options& options) {
+    constexpr const char* any_file = "Kit source, stream or image";
+    const Option folder{.names = "-o,--output",
+                        .place = &options.folder,
+                        .help = "Write a kit source, with its fonts and pictures, into DIR",
+                        .value_name = "DIR"};
+    return {.program = program_name,
+            .version = ORVANEL_VERSION,
+            .help = "Turns sources of fonts, pictures and macros into an EEPROM image, and back",
+            .options = {},
+            .commands = {{"build", "Build a kit into a stream or an image", build_options(options)},
+                         {"dump",
+                          "List what an image holds",
+                          {file_word("FILE", options.source, any_file), folder}},
+                         {"check",
+                          "Tell what is wrong with an image",
+                          {file_word("FILE", options.source, any_file)}},
+                         {"diff",
+                          "Tell what differs between two images",
+                          {file_word("A", options.source, any_file),
+                           file_word("B", options.other, any_file)}},
+                         {"commands", "List the module's commands and their parameters", {}}},
+            .footer =
+                "FILE is a kit source (.kit), a stream (.eep) or an image.\n"
+                "Exit status: 0 all well; 1 the source is wrong, check found something, or diff "
+                "found a difference;\n2 a wrong command line, or a file of it or standard "
+                "output that can't be read or written."};
 }
 
 int run(int argc, char** argv) {
     Options options{};
     options.build = {-1, -1, -1};
-    CLI::App app{"Turns sources of fonts, pictures and macros into an EEPROM image, and back",
-                 program_name};
-    app.require_subcommand(1);
-    app.set_version_flag("--version", std::string(program_name) + " " ORVANEL_VERSION);
-    app.footer("FILE is a kit source (.kit), a stream (.eep) or an image.\n"
-               "Exit status: 0 all well; 1 the source is wrong, check found something, or diff "
-               "found a difference;\n2 a wrong command line, or a file of it or standard output "
-               "that can't be read or written.");
-    constexpr const char* any_file = "Kit source, stream or image";
-
-    CLI::App* build_app = app.add_subcommand("build", "Build a kit into a stream or an image");
-    add_file(*build_app, "KIT", options.source, "Kit source");
-    build_app
-        ->add_option("-o,--output", options.outputs,
-                     "Write NAME.eep, a stream, or NAME.bin, an image; may come again")
-        ->required()
-        ->option_text("FILE");
-    add_number(*build_app, "--image-length", 0xFFFE, options.build.length,
-               "Bring the image to this length by filler bytes");
-    add_number(*build_app, "--crc", 0xFFFF, options.build.crc,
-               "Bring the image to this CRC by two filler bytes");
-    add_number(*build_app, "--stream-length", 1 << 24, options.build.stream_length,
-               "Bring the stream to this length by commands that do nothing");
-
-    build_app->add_flag("-q,--quiet", options.quiet, "Say nothing when all is well");
-
-    CLI::App* dump_app = app.add_subcommand("dump", "List what an image holds");
-    add_file(*dump_app, "FILE", options.source, any_file);
-    dump_app
-        ->add_option("-o,--output", options.folder,
-                     "Write a kit source, with its fonts and pictures, into DIR")
-        ->option_text("DIR");
-
-    CLI::App* check_app = app.add_subcommand("check", "Tell what is wrong with an image");
-    add_file(*check_app, "FILE", options.source, any_file);
-
-    CLI::App* diff_app = app.add_subcommand("diff", "Tell what differs between two images");
-    add_file(*diff_app, "A", options.source, any_file);
-    add_file(*diff_app, "B", options.other, any_file);
-
-    CLI::App* commands_app =
-        app.add_subcommand("commands", "List the module's commands and their parameters");
-
-    try {
-        app.parse(argc, argv);
-        check_outputs(options);
-    } catch (const CLI::ParseError& fault) {
-        return app.exit(fault) == 0 ? all_well : wrong_call;
-    }
-    if (*commands_app) {
+    std::string command;
+    const int status = read_command_line(command_line(options), argc, argv, &command);
+    if (status >= 0) return status;
+    for (const std::string& path : options.outputs)
+        if (!ends_in(path, ".eep") && !ends_in(path, ".bin"))
+            return refuse_option("-o",
+                                 path + " ends in neither .eep (a stream) nor .bin (an image)");
+    if (command == "commands") {
         put(command_list());
         return all_well;
     }
     try {
-        if (*build_app) return build(options);
-        if (*dump_app) return dump(options);
-        if (*check_app) return check(options);
+        if (command == "build") return build(options);
+        if (command == "dump") return dump(options);
+        if (command == "check") return check(options);
         return diff(options);
     } catch (const Fault& fault) {
         // A file of the command line itself.

@@ -1,5 +1,6 @@
 // The window program: command line, surroundings, and the life of the event loop.
 
+#include "base/command_line.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/desktop/companions.h"
 #include "host/platform/desktop/window.h"
@@ -16,7 +17,6 @@
 #include "host/window/roof/program_life.h"
 #include "link/feeds/feeds.h"
 
-#include <CLI/CLI.hpp>
 #include <QApplication>
 #include <QMessageBox>
 #include <QSocketNotifier>
@@ -36,7 +36,6 @@
 namespace {
 
 constexpr int failed = 1;
-constexpr int wrong_command_line = 2;
 
 constexpr int most_tries = 100;  // to reach a program that has the folder but doesn't answer yet
 constexpr std::chrono::milliseconds between_tries{50};
@@ -69,35 +68,42 @@ std::string without_quotes(const std::string& word) {
 
 std::string not_to_open(const std::string& word) { return unreadable(without_quotes(word)); }
 
-void add_options(CLI::App& app, Options& options) {
-    app.add_option("FILE", options.file, "Commands for the module, sent to it once it runs")
-        ->check(not_to_open);
-    auto* folder = app.add_option("--dir", options.folder,
-                                  "Keep the settings and the EEPROM image in DIR, as simulator.ini "
-                                  "and Orvanel42.bin, not in the program's own folder");
-    folder->option_text("DIR");
-    app.add_flag("--new-instance", options.new_instance,
-                 "Never hand FILE to the program that runs in DIR already: be another one, or fail")
-        ->needs(folder);
-    app.add_option("--image", options.image,
-                   "Load FILE as the EEPROM image; neither it nor the settings are kept")
-        ->excludes(folder)
-        ->option_text("FILE")
-        ->check(unreadable);
-    app.add_option("--mem", options.mem_kib,
-                   "EEPROM size in KiB, with nothing kept as with --image; else the setting memKB "
-                   "decides")
-        ->excludes(folder)
-        ->option_text("32|64")
-        ->check(CLI::IsMember({32, 64}));
-    app.add_option("--serial", options.serial,
-                   "What stands behind COM1, which is open from the start: pty[:LINK], "
-                   "tcp:[HOST:]PORT, stdio, or a device such as /dev/ttyUSB0[@BAUD]. The line "
-                   "speaks Pactlink unless the setting protocol is 0: plain bytes then vanish in "
-                   "silence")
-        ->option_text("LINE")
-        ->check(orvanel::serial_option_fault);
-    app.set_version_flag("--version", "orvanel42 " ORVANEL_VERSION);
+std::vector<orvanel::Option> options_into(Options& options) {
+    return {
+        {.names = "FILE",
+         .place = &options.file,
+         .help = "Commands for the module, sent to it once it runs",
+         .fault = not_to_open},
+        {.names = "--dir",
+         .place = &options.folder,
+         .help = "Keep the settings and the EEPROM image in DIR, as simulator.ini and "
+                 "Orvanel42.bin, not in the program's own folder",
+         .value_name = "DIR"},
+        {.names = "--new-instance",
+         .place = &options.new_instance,
+         .help = "Never hand FILE to the program that runs in DIR already: be another one, or fail",
+         .needs = {"--dir"}},
+        {.names = "--image",
+         .place = &options.image,
+         .help = "Load FILE as the EEPROM image; neither it nor the settings are kept",
+         .value_name = "FILE",
+         .fault = unreadable,
+         .excludes = {"--dir"}},
+        {.names = "--mem",
+         .place = &options.mem_kib,
+         .help = "EEPROM size in KiB, with nothing kept as with --image; else the setting memKB "
+                 "decides",
+         .value_name = "32|64",
+         .one_of = {32, 64},
+         .excludes = {"--dir"}},
+        {.names = "--serial",
+         .place = &options.serial,
+         .help = "What stands behind COM1, which is open from the start: pty[:LINK], "
+                 "tcp:[HOST:]PORT, stdio, or a device such as /dev/ttyUSB0[@BAUD]. The line speaks "
+                 "Pactlink unless the setting protocol is 0: plain bytes then vanish in silence",
+         .value_name = "LINE",
+         .fault = orvanel::serial_option_fault},
+    };
 }
 
 /// The folder to live in; empty if nothing is to be kept.
@@ -125,7 +131,7 @@ int claim_folder(const Options& options, std::string& fault) {
         }
         std::this_thread::sleep_for(between_tries);
     }
-    return wrong_command_line;
+    return orvanel::wrong_command_line;
 }
 
 /// Settings and image of the folder; without one the defaults, and the image of the command line or
@@ -220,23 +226,22 @@ void show_start_fault(const std::string& fault) {
 /// doesn't see standard error.
 int refuse_start(const Options& options, const std::string& fault, int& argc, char** argv) {
     std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
-    if (options.says_where || !prepare_display()) return wrong_command_line;
+    if (options.says_where || !prepare_display()) return orvanel::wrong_command_line;
     qInstallMessageHandler(on_qt_message);
     argc = 1;
     const QApplication application(argc, argv);
     show_start_fault("Error: " + fault);
-    return wrong_command_line;
+    return orvanel::wrong_command_line;
 }
 
 int run(int argc, char** argv) {
     Options options;
-    CLI::App app{"Simulator of the HD Orvanel42 display module, in a window", "orvanel42"};
-    add_options(app, options);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& fault) {
-        return app.exit(fault) == 0 ? EXIT_SUCCESS : wrong_command_line;
-    }
+    const orvanel::CommandLine line{.program = "orvanel42",
+                                    .version = ORVANEL_VERSION,
+                                    .help =
+                                        "Simulator of the HD Orvanel42 display module, in a window",
+                                    .options = options_into(options)};
+    if (const int end = orvanel::read_command_line(line, argc, argv); end >= 0) return end;
     // For whoever opens it, here or elsewhere; and so it never begins with a quote.
     if (!options.file.empty())
         options.file = std::filesystem::absolute(without_quotes(options.file)).string();

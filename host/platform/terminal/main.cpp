@@ -1,11 +1,11 @@
 // orvanel42-terminal: the companion of a running module.
 
+#include "base/command_line.h"
 #include "base/words.h"
 #include "host/platform/instance/instance_client.h"
 #include "host/platform/system/process.h"
 #include "host/platform/terminal/talk.h"
 
-#include <CLI/CLI.hpp>
 #include <unistd.h>
 
 #include <cstdio>
@@ -13,12 +13,12 @@
 #include <exception>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
 
 constexpr int failed = 1;
-constexpr int wrong_command_line = 2;
 constexpr int most_quiet_ms = 3'600'000;
 
 struct Options {
@@ -39,36 +39,54 @@ std::string bytes_fault(const std::string& text) {
     return fault;
 }
 
-void add_options(CLI::App& app, Options& options) {
-    app.add_option("--dir", options.folder,
-                   "The folder of the running program; without it the one that orvanel42 lives in "
-                   "without --dir, or else the one in the user's data folder")
-        ->option_text("DIR");
-    app.add_option("--send", options.send,
-                   "Send BYTES: pairs of hexadecimal digits and texts in double quotes, as '1B "
-                   "\"DL\"'. May be given several times")
-        ->option_text("BYTES")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->check(bytes_fault);
-    app.add_option("--file", options.file, "Then have the module open FILE, a picture or commands")
-        ->option_text("FILE")
-        ->check(CLI::ExistingFile);
-    app.add_flag("--answers", options.answers,
-                 "Then print what the module sends, and end when it has been quiet for a while");
-    app.add_option("--quiet", options.quiet_ms, "How long that while is, 500 ms if not given")
-        ->option_text("MS")
-        ->check(CLI::Range(1, most_quiet_ms));
-    app.add_flag("--hex", options.hex, "Print answers as hexadecimal digits, not as text");
-    app.set_version_flag("--version", "orvanel42-terminal " ORVANEL_VERSION);
-    app.footer(
-        "Without --send, --file and --answers it is a terminal: each key that you type goes "
-        "to the module, and\nwhat the module sends is shown, with \\x1B for what is not "
-        "printable, and <key A> for a key that somebody\ntypes in the module's window. "
-        "Ctrl+C ends it. What comes on standard input from a file or a pipe is sent\nas it "
-        "is, and the program ends when the module is quiet.\nWhile the module has a COM port "
-        "open its answers go there, and none come here.");
+/// Empty if there is such a file, which need not be a plain one.
+std::string missing_file(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        return "File is actually a directory: " + path;
+    return std::filesystem::exists(path, ignored) ? "" : "File does not exist: " + path;
 }
+
+std::vector<orvanel::Option> options_into(Options& options) {
+    return {
+        {.names = "--dir",
+         .place = &options.folder,
+         .help = "The folder of the running program; without it the one that orvanel42 lives in "
+                 "without --dir, or else the one in the user's data folder",
+         .value_name = "DIR"},
+        {.names = "--send",
+         .place = &options.send,
+         .help = "Send BYTES: pairs of hexadecimal digits and texts in double quotes, as '1B "
+                 "\"DL\"'. May be given several times",
+         .value_name = "BYTES",
+         .one_each = true,
+         .fault = bytes_fault},
+        {.names = "--file",
+         .place = &options.file,
+         .help = "Then have the module open FILE, a picture or commands",
+         .value_name = "FILE",
+         .fault = missing_file},
+        {.names = "--answers",
+         .place = &options.answers,
+         .help = "Then print what the module sends, and end when it has been quiet for a while"},
+        {.names = "--quiet",
+         .place = &options.quiet_ms,
+         .help = "How long that while is, 500 ms if not given",
+         .value_name = "MS",
+         .range = {1, most_quiet_ms}},
+        {.names = "--hex",
+         .place = &options.hex,
+         .help = "Print answers as hexadecimal digits, not as text"},
+    };
+}
+
+constexpr const char* footer =
+    "Without --send, --file and --answers it is a terminal: each key that you type goes "
+    "to the module, and\nwhat the module sends is shown, with \\x1B for what is not "
+    "printable, and <key A> for a key that somebody\ntypes in the module's window. "
+    "Ctrl+C ends it. What comes on standard input from a file or a pipe is sent\nas it "
+    "is, and the program ends when the module is quiet.\nWhile the module has a COM port "
+    "open its answers go there, and none come here.";
 
 /// Connects to the module in the folder; without one to that in the programs' own folder, or else
 /// in the user's data folder. -1 and `fault` if there is none.
@@ -84,14 +102,12 @@ int connect_to_module(std::string& folder, std::string& fault) {
 int run(int argc, char** argv) {
     using namespace orvanel;
     Options options;
-    CLI::App app{"Plays the device at the other end of a running module's line",
-                 "orvanel42-terminal"};
-    add_options(app, options);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& fault) {
-        return app.exit(fault) == 0 ? EXIT_SUCCESS : wrong_command_line;
-    }
+    const CommandLine line{.program = "orvanel42-terminal",
+                           .version = ORVANEL_VERSION,
+                           .help = "Plays the device at the other end of a running module's line",
+                           .options = options_into(options),
+                           .footer = footer};
+    if (const int status = read_command_line(line, argc, argv); status >= 0) return status;
     Talk talk{};
     for (const std::string& text : options.send) {
         std::string_view rest = text;
