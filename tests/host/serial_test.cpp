@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <thread>
@@ -330,6 +331,18 @@ TEST_F(SerialTcp, hears_out_who_has_gone_before_the_next_comes_in) {
     real_serial_close(line);
 }
 
+TEST_F(SerialTcp, takes_an_urgent_byte_as_one_like_the_others) {
+    const int line = open_port(1, "tcp:0");
+    const int peer = connect_to_line();
+    for (const char* words : {"before it is taken", "afterwards"}) {
+        EXPECT_GT(send(peer, words, std::strlen(words), MSG_OOB), 0);
+        peer_sends(peer, "!");
+        EXPECT_EQ(taken(line, std::strlen(words) + 1), words + std::string{"!"});
+    }
+    ::close(peer);
+    real_serial_close(line);
+}
+
 TEST_F(SerialTcp, tells_of_a_port_that_is_taken) {
     const int line = open_port(1, "tcp:0");
     const std::string address = serial_peer_name(1);
@@ -368,6 +381,30 @@ TEST_F(SerialStdio, carries_both_streams_and_survives_their_ends) {
     const auto handler = std::signal(SIGPIPE, SIG_IGN);
     EXPECT_EQ(real_serial_write(line, bytes_of("lost")), 4);
     std::signal(SIGPIPE, handler);
+    real_serial_close(line);
+}
+
+TEST_F(SerialStdio, takes_an_urgent_byte_of_a_socket_as_one_like_the_others) {
+    // As a program has it that an internet daemon starts: its standard input is a connection.
+    const int door = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof place;
+    ASSERT_EQ(bind(door, reinterpret_cast<sockaddr*>(&place), size), 0);
+    ASSERT_EQ(listen(door, 1), 0);
+    ASSERT_EQ(getsockname(door, reinterpret_cast<sockaddr*>(&place), &size), 0);
+    const int peer = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(connect(peer, reinterpret_cast<sockaddr*>(&place), size), 0);
+    const int connection = accept4(door, nullptr, nullptr, SOCK_CLOEXEC);
+    const int old_in = dup(0);
+    dup2(connection, 0);
+    const int line = open_port(1, "stdio");
+    dup2(old_in, 0);
+    EXPECT_EQ(send(peer, "urgent", 6, MSG_OOB), 6);
+    EXPECT_EQ(taken(line, 6), "urgent");
+    for (const int fd : {door, peer, connection, old_in})
+        ::close(fd);
     real_serial_close(line);
 }
 

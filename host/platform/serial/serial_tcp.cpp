@@ -34,6 +34,9 @@ int listen_on(const addrinfo& place) {
     if (fd < 0) return fd;
     // Else the port of a program that has just ended would be taken for a minute.
     set_option(fd, SOL_SOCKET, SO_REUSEADDR, 1);
+    // A byte that the peer marks as urgent is one like the others. Its peer's socket takes this
+    // from the listener, since the byte may be there before the peer is taken.
+    set_option(fd, SOL_SOCKET, SO_OOBINLINE, 1);
     if (bind(fd, place.ai_addr, place.ai_addrlen) == 0 && listen(fd, backlog) == 0) return fd;
     const int fault = errno;
     close(fd);
