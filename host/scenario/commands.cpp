@@ -74,10 +74,7 @@ void send(const Arguments& a) {
 
 void print_answers(const Arguments& /*a*/) { print_line("answers" + hex_of(take_answers())); }
 
-void port(const Arguments& a) {
-    com_select(static_cast<int>(a.number), com_baud.load());
-    title_update();
-}
+void port(const Arguments& a) { choose_port(static_cast<int>(a.number)); }
 
 void protocol(const Arguments& a) { choose_framing(a.number != 0); }
 
