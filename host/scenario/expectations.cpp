@@ -15,6 +15,16 @@ constinit PictureOptions picture_options{};
 
 namespace {
 
+bool is_missing(const std::string& path) {
+    std::error_code ignored;
+    return !std::filesystem::exists(path, ignored);
+}
+
+/// Whether the command line has the picture written instead of compared.
+bool is_to_be_written(const std::string& path) {
+    return picture_options.update || (picture_options.update_missing && is_missing(path));
+}
+
 /// Where a picture about the expected one goes: `golden/a.pbm` gives `golden/a.KIND.png`, or the
 /// same name in the folder of the command line.
 std::string path_beside(const std::string& path, const std::string& kind) {
@@ -62,10 +72,14 @@ void save_screen(const std::string& path, Shown shown) {
 }
 
 bool load_expectation(ScreenExpectation& expectation) {
-    const std::string fault = read_picture(expectation.path, expectation.dots);
-    if (fault.empty()) return true;
-    std::error_code ignored;
-    const bool missing = !std::filesystem::exists(expectation.path, ignored);
+    BitPlane dots{};
+    const std::string fault = read_picture(expectation.path, dots);
+    if (fault.empty()) {
+        expectation.dots = dots;
+        return true;
+    }
+    if (is_to_be_written(expectation.path)) return true;
+    const bool missing = is_missing(expectation.path);
     report_fault(
         expectation_failed,
         "nothing to compare with: " + expectation.path + ": " + fault +
@@ -75,30 +89,28 @@ bool load_expectation(ScreenExpectation& expectation) {
 }
 
 bool glass_shows(const ScreenExpectation& expectation) {
-    return glass_is(expectation.dots, expectation.shown);
+    return expectation.dots && glass_is(*expectation.dots, expectation.shown);
 }
 
-void report_screen(const ScreenExpectation& expectation, const std::string& occasion) {
+void miss_screen(const ScreenExpectation& expectation, const std::string& occasion) {
+    if (picture_options.update || !expectation.dots)
+        return save_screen(expectation.path, expectation.shown);
+    const BitPlane& expected = *expectation.dots;
     const BitPlane actual = take_glass(expectation.shown);
-    const Difference difference = compare_pictures(expectation.dots, actual);
+    const Difference difference = compare_pictures(expected, actual);
     const std::string beside = path_beside(expectation.path, ".diff");
     report_fault(expectation_failed,
                  occasion + expectation.path + ": " +
-                     explain_difference(difference, expectation.dots, actual) +
+                     explain_difference(difference, expected, actual) +
                      write_actual(expectation.path, actual) +
-                     written_line(beside, write_difference(beside, expectation.dots, actual)));
+                     written_line(beside, write_difference(beside, expected, actual)));
 }
 
 void expect_screen(const std::string& path, Shown shown) {
-    std::error_code ignored;
-    if (picture_options.update ||
-        (picture_options.update_missing && !std::filesystem::exists(path, ignored))) {
-        save_screen(path, shown);
-        return;
-    }
+    if (is_to_be_written(path)) return save_screen(path, shown);
     ScreenExpectation expectation{path, shown, {}};
     if (load_expectation(expectation) && !glass_shows(expectation))
-        report_screen(expectation, "another screen than ");
+        miss_screen(expectation, "another screen than ");
 }
 
 }  // namespace orvanel

@@ -7,6 +7,7 @@
 #include "host/scenario/picture.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,8 +16,8 @@ namespace orvanel {
 
 /// What the command line says about pictures. Whoever sets it keeps the text alive.
 struct PictureOptions {
-    bool update;              // expect-screen writes its picture instead of comparing
-    bool update_missing;      // the same where the file is missing
+    bool update;              // pictures are written instead of compared
+    bool update_missing;      // the same where a file is missing
     std::string_view folder;  // for the pictures of failed comparisons; empty: beside the file
 };
 extern PictureOptions picture_options;
@@ -25,7 +26,7 @@ extern PictureOptions picture_options;
 struct ScreenExpectation {
     std::string path;  // of the file that holds it
     Shown shown;
-    BitPlane dots;
+    std::optional<BitPlane> dots;  // none: there is no picture yet, and whatever shows is written
 };
 
 /// Takes all answers and compares.
@@ -40,15 +41,16 @@ void save_screen(const std::string& path, Shown shown);
 /// Compares with the file, or writes it, as picture_options say.
 void expect_screen(const std::string& path, Shown shown);
 
-/// Reads the picture. False, and reported, if there is none to compare with.
+/// Reads the picture. False, and reported, if there is none to compare with and none is to be
+/// written.
 bool load_expectation(ScreenExpectation& expectation);
 
 /// Whether the glass shows it now.
 bool glass_shows(const ScreenExpectation& expectation);
 
-/// Reports that the glass shows something else: in words, in characters and as pictures.
-/// `occasion` begins the report.
-void report_screen(const ScreenExpectation& expectation, const std::string& occasion);
+/// The glass shows something else in the end: writes that to the file if picture_options say so,
+/// else reports it, in words, in characters and as pictures. `occasion` begins the report.
+void miss_screen(const ScreenExpectation& expectation, const std::string& occasion);
 
 /// Reports answers that aren't the expected ones.
 void report_answers(std::span<const std::uint8_t> expected, std::span<const std::uint8_t> actual,

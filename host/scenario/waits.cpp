@@ -147,7 +147,7 @@ void end_wait() {
         report_answers(expected_bytes, line_sent(), "not all bytes on the line " + within() + ": ");
         return;
     case Wait::screen:
-        report_screen(*expected_screen, within() + " never ");
+        miss_screen(*expected_screen, within() + " never ");
         return;
     }
 }

@@ -14,7 +14,8 @@ constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 
 /// Begin to wait: for the time to pass, for the module to be quiet, for answers, for bytes on
 /// the line, for a picture.
-/// `ms` is how long, or how long at most. Waiting for 0 ms is no wait.
+/// `ms` is how long, or how long at most. Waiting for 0 ms is no wait. A picture that is to be
+/// written, and doesn't show before, is written at the end of that time.
 void wait_for_time(std::int64_t ms);
 void wait_for_quiet(std::int64_t ms);
 void wait_for_answers(std::vector<std::uint8_t> expected, std::int64_t ms);

@@ -434,6 +434,27 @@ TEST_F(ScenarioProgram, a_screen_is_compared_and_updated) {
     EXPECT_FALSE(std::filesystem::exists(folder / "my screen.diff.png"));
 }
 
+TEST_F(ScenarioProgram, an_awaited_screen_is_updated_at_the_end_of_its_time) {
+    put("a.scn", "send 1B \"X\" 05 \"#DI\"\nawait-screen a.png within 600\ntime\n");
+    EXPECT_EQ(run({"a.scn"}), 1);
+    EXPECT_EQ(run({"--update-missing", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("out"), "time 605\n");
+    EXPECT_EQ(run({"a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("out"), "time 515\n");
+    const std::string dark = get("a.png");
+
+    // What shows in time is as it should be.
+    put("a.scn", "send 1B \"X\" 05\nawait-screen a.png within 600\n");
+    EXPECT_EQ(run({"--update-missing", "a.scn"}), 1);
+    EXPECT_EQ(get("a.png"), dark);
+    EXPECT_EQ(run({"--update", "a.scn"}), 0) << get("err");
+    EXPECT_NE(get("a.png"), dark);
+    put("a.png", "no picture");
+    EXPECT_EQ(run({"--update-missing", "a.scn"}), 1);
+    EXPECT_EQ(run({"--update", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(run({"a.scn"}), 0) << get("err");
+}
+
 TEST_F(ScenarioProgram, several_scenarios_speak_in_the_order_of_the_command_line) {
     put("long.scn", "wait 3000000\ntime");
     put("short.scn", "time\nexpect-answers 00");

@@ -55,10 +55,11 @@ std::vector<Option> options_into(Options& options) {
          .needs = {"--realtime"}},
         {.names = "--update",
          .place = &options.update,
-         .help = "expect-screen writes its picture instead of comparing"},
+         .help = "expect-screen writes its picture instead of comparing, await-screen what shows at "
+                 "the end of its time"},
         {.names = "--update-missing",
          .place = &options.update_missing,
-         .help = "expect-screen writes its picture where the file is missing"},
+         .help = "The same, but only where the file is missing"},
         {.names = "--out",
          .place = &options.out_folder,
          .help = "Pictures of failed comparisons go to DIR, not beside the expected ones",
