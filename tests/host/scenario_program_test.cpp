@@ -462,7 +462,8 @@ TEST_F(ScenarioProgram, several_scenarios_speak_in_the_order_of_the_command_line
     EXPECT_EQ(get("out"), "time 3000005\ntime 5\n");
     EXPECT_EQ(get("err"), "short.scn:2: error: other answers: 1 byte expected, 0 there, different "
                           "from byte 1 on\n    expected 00\n    actual   (no byte)\nmissing.scn: "
-                          "error: can't be opened: No such file or directory\n");
+                          "error: can't be opened: No such file or directory\n"
+                          "orvanel42-headless: 2 of 3 scenarios failed\n");
 }
 
 TEST_F(ScenarioProgram, a_process_that_dies_is_a_failed_case) {

@@ -203,6 +203,15 @@ int write_results(std::span<const Job> jobs, const std::string& path) {
     return wrong_line;
 }
 
+/// What failed may stand far above what was printed last.
+void tell_total(std::span<const Job> jobs) {
+    const auto failed =
+        std::ranges::count_if(jobs, [](const Job& job) { return !job.faults.empty(); });
+    if (failed > 0)
+        std::fprintf(stderr, "orvanel42-headless: %td of %zu scenarios failed\n", failed,
+                     jobs.size());
+}
+
 }  // namespace
 
 int run_jobs(std::span<const std::string> names, const JobOptions& options) {
@@ -221,6 +230,7 @@ int run_jobs(std::span<const std::string> names, const JobOptions& options) {
     for (const Job& job : jobs)
         for (const Fault& fault : job.faults)
             status = worse_status(status, fault.status);
+    if (jobs.size() > 1) tell_total(jobs);
     if (output_failed) {
         std::fputs("orvanel42-headless: error: can't write to standard output\n", stderr);
         status = worse_status(status, wrong_line);
