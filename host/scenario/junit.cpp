@@ -1,5 +1,7 @@
 #include "host/scenario/junit.h"
 
+#include "base/visible.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -13,20 +15,10 @@ namespace {
 
 /// Bytes of the UTF-8 character at the start of `text` that XML may hold; 0 if there is none.
 std::size_t character_length(std::string_view text) {
-    const auto at = [text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
-    const std::uint8_t first = at(0);
-    if (first < 0x80) return first >= 0x20 || first == '\n' || first == '\t' ? 1 : 0;
-    const std::size_t n = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    if (first < 0xC2 || first > 0xF4 || text.size() < n) return 0;
-    std::uint32_t code = first & (0xFFU >> (n + 1));
-    for (std::size_t i = 1; i < n; ++i) {
-        if ((at(i) & 0xC0) != 0x80) return 0;
-        code = code << 6 | (at(i) & 0x3FU);
-    }
-    constexpr std::array<std::uint32_t, 5> least_of_length{0, 0, 0x80, 0x800, 0x10000};
-    const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-    const bool none = code == 0xFFFE || code == 0xFFFF || code > 0x10FFFF;
-    return code < least_of_length[n] || surrogate || none ? 0 : n;
+    const auto [code, length] = utf8_character(text);
+    const bool none =
+        (code < 0x20 && code != '\n' && code != '\t') || code == 0xFFFE || code == 0xFFFF;
+    return none ? 0 : length;
 }
 
 std::string escaped(std::string_view text) {

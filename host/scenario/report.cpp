@@ -1,5 +1,7 @@
 #include "host/scenario/report.h"
 
+#include "base/visible.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -56,7 +58,7 @@ void print_line(std::string_view line) {
 void report_fault(int status, std::string_view text) {
     status_so_far = worse_status(status_so_far, status);
     const Fault fault{status, scenario_line, std::string(text)};
-    std::fprintf(stderr, "%s\n", fault_message(scenario_name, fault).c_str());
+    tell_user(fault_message(scenario_name, fault));
     write_record(std::to_string(status) + " " + std::to_string(fault.line) + " " +
                  std::to_string(text.size()) + "\n" + fault.text);
 }
@@ -66,9 +68,9 @@ int fault_status() { return status_so_far; }
 int worse_status(int a, int b) { return weight_of(a) < weight_of(b) ? b : a; }
 
 std::string fault_message(std::string_view name, const Fault& fault) {
-    std::string message(name);
+    std::string message = visible(name);
     if (fault.line > 0) message.append(":").append(std::to_string(fault.line));
-    return message.append(": error: ").append(fault.text);
+    return message.append(": error: ").append(visible_lines(fault.text));
 }
 
 void write_end_record() { write_record(end_record); }

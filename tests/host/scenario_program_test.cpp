@@ -282,6 +282,33 @@ TEST_F(ScenarioProgram, a_wrong_line_ends_the_run_and_says_why) {
     }
 }
 
+TEST_F(ScenarioProgram, what_a_terminal_would_act_on_is_shown_to_the_user_instead) {
+    put("\x1B[2J.scn", "feed \x1B]0;\xC3\xBC\xC2\x9B\xE2\x80\xAE\xFF\x07\n");
+    const std::string message =
+        "\\x1B[2J.scn:1: error: \\x1B]0;\xC3\xBC\\xC2\\x9B\\xE2\\x80\\xAE\\xFF\\x07"
+        ": no such file\n";
+    EXPECT_EQ(run({"\x1B[2J.scn"}), 2);
+    EXPECT_EQ(get("err"), message);
+    put("a.scn", "time\n");
+    EXPECT_EQ(run({"\x1B[2J.scn", "a.scn"}), 2);
+    EXPECT_TRUE(get("err").starts_with(message)) << get("err");
+
+    std::filesystem::create_directory(folder / "kept");
+    put("kept/Orvanel42.bin", std::string(32768, '\xFF'));
+    put("kept/simulator.ini", "[Orvanel42]\ncom=1\n[Ports]\nCOM1=/dev/\x1B[2J\n");
+    EXPECT_EQ(run({"--realtime", "--dir", "kept", "a.scn"}), 0);
+    EXPECT_EQ(get("err"), "orvanel42-headless: /dev/\\x1B[2J: No such file or directory\n");
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"--junit", "\x1B[2J/a", "a.scn"},
+          {"--image", "\x1B[2J", "a.scn"},
+          {"--dir", "a.scn/\x1B[2J", "a.scn"},
+          {"--trace", "\x1B[2J/a", "a.scn"}}) {
+        EXPECT_EQ(run(words), 2) << words.front();
+        EXPECT_EQ(get("err").find('\x1B'), std::string::npos) << words.front();
+        EXPECT_NE(get("err").find("\\x1B[2J"), std::string::npos) << get("err");
+    }
+}
+
 TEST_F(ScenarioProgram, a_trace_tells_what_the_module_did_in_silence) {
     put("feed", "\x1BGP\x05\x06");
     put("a.scn",

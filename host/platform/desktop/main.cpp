@@ -1,6 +1,7 @@
 // The window program: command line, surroundings, and the life of the event loop.
 
 #include "base/command_line.h"
+#include "base/visible.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/desktop/companions.h"
 #include "host/platform/desktop/window.h"
@@ -149,7 +150,7 @@ std::string load_memory(const Options& options) {
 std::vector<std::string> save_memory() {
     std::vector<std::string> faults = orvanel::save_program_folder();
     for (const std::string& fault : faults)
-        std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+        orvanel::tell_user("orvanel42: " + fault);
     return faults;
 }
 
@@ -167,8 +168,7 @@ void on_exit() {
 /// The event loop, with messages of others for as long as it runs.
 int run_event_loop() {
     const std::string fault = orvanel::open_instance(true);
-    if (!fault.empty())
-        std::fprintf(stderr, "orvanel42: no companion can connect: %s\n", fault.c_str());
+    if (!fault.empty()) orvanel::tell_user("orvanel42: no companion can connect: " + fault);
     QSocketNotifier messages(QSocketNotifier::Read);
     if (orvanel::instance_fd() >= 0) {
         messages.setSocket(orvanel::instance_fd());
@@ -200,7 +200,7 @@ int run_window() {
 
 /// Qt ends a program that finds no display by abort, which looks like a crash.
 void on_qt_message(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
-    std::fprintf(stderr, "orvanel42: %s\n", qPrintable(text));
+    orvanel::tell_user("orvanel42: " + text.toStdString());
     if (type == QtFatalMsg) std::_Exit(failed);
 }
 
@@ -225,7 +225,7 @@ void show_start_fault(const std::string& fault) {
 /// The start ends while there is no Qt yet. Who has started the program from a menu of the desktop
 /// doesn't see standard error.
 int refuse_start(const Options& options, const std::string& fault, int& argc, char** argv) {
-    std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    orvanel::tell_user("orvanel42: " + fault);
     if (options.says_where || !prepare_display()) return orvanel::wrong_command_line;
     qInstallMessageHandler(on_qt_message);
     argc = 1;
@@ -269,7 +269,7 @@ int run(int argc, char** argv) {
     const QApplication application(argc, argv);
     fault = orvanel::prepare_skin();
     if (!fault.empty()) {
-        std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+        orvanel::tell_user("orvanel42: " + fault);
         show_start_fault(fault);
         return failed;
     }
@@ -289,7 +289,7 @@ int main(int argc, char** argv) {
         return run(argc, argv);
     } catch (const std::exception& fault) {
         // The system has no memory or no thread left.
-        std::fprintf(stderr, "orvanel42: error: %s\n", fault.what());
+        orvanel::tell_user("orvanel42: error: " + std::string(fault.what()));
         return failed;
     }
 }

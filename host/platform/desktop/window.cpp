@@ -1,5 +1,6 @@
 #include "host/platform/desktop/window.h"
 
+#include "base/visible.h"
 #include "firmware/core/ground/backlight.h"
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/panel.h"
@@ -56,8 +57,8 @@ void start_window_timer() {
 /// The port that is open from the start. Why it can't be opened is for who has started us; the user
 /// has a message.
 void open_port(const std::string& serial) {
-    const std::string fault = open_start_port(serial);
-    if (!fault.empty()) std::fprintf(stderr, "orvanel42: %s\n", fault.c_str());
+    const std::string fault = open_start_port(start_port(serial), serial);
+    if (!fault.empty()) tell_user("orvanel42: " + fault);
     const std::string name = new_peer_name(serial);
     if (name.empty()) return;
     std::printf("serial %s\n", name.c_str());

@@ -1,6 +1,7 @@
 #include "host/platform/headless/jobs.h"
 
 #include "base/safe_file.h"
+#include "base/visible.h"
 #include "host/platform/headless/session.h"
 #include "host/scenario/junit.h"
 #include "host/scenario/report.h"
@@ -198,8 +199,7 @@ int write_results(std::span<const Job> jobs, const std::string& path) {
     const std::vector<std::uint8_t> bytes(xml.begin(), xml.end());
     const std::string fault = replace_file(path, bytes, Backup::none);
     if (fault.empty()) return all_well;
-    std::fprintf(stderr, "orvanel42-headless: error: can't write %s: %s\n", path.c_str(),
-                 fault.c_str());
+    tell_user("orvanel42-headless: error: can't write " + path + ": " + fault);
     return wrong_line;
 }
 

@@ -1,5 +1,6 @@
 // orvanel42-headless: the module without a window, driven by scenarios.
 
+#include "base/visible.h"
 #include "firmware/core/roof/commands.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/jobs.h"
@@ -51,7 +52,7 @@ int run(int argc, char** argv) {
         return fault_status();
     }
     if (const std::string fault = lock_and_load(options); !fault.empty()) {
-        std::fprintf(stderr, "orvanel42-headless: error: %s\n", fault.c_str());
+        tell_user("orvanel42-headless: error: " + fault);
         return wrong_line;
     }
     picture_options = {options.update, options.update_missing, options.out_folder};
@@ -76,7 +77,7 @@ int main(int argc, char** argv) {
         return run(argc, argv);
     } catch (const std::exception& fault) {
         // The system has no memory or no thread left.
-        std::fprintf(stderr, "orvanel42-headless: error: %s\n", fault.what());
+        tell_user("orvanel42-headless: error: " + std::string(fault.what()));
         return wrong_line;
     }
 }

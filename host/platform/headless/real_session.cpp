@@ -1,5 +1,6 @@
 #include "host/platform/headless/real_session.h"
 
+#include "base/visible.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/instance/instance.h"
 #include "host/platform/real_time/real_time.h"
@@ -88,7 +89,7 @@ std::string open_real_session() {
     start_module();
     furnish_window("");
     if (const std::string fault = open_instance(false); !fault.empty())
-        std::fprintf(stderr, "orvanel42-headless: no companion can connect: %s\n", fault.c_str());
+        tell_user("orvanel42-headless: no companion can connect: " + fault);
     return {};
 }
 

@@ -1,6 +1,7 @@
 // orvanel42-terminal: the companion of a running module.
 
 #include "base/command_line.h"
+#include "base/visible.h"
 #include "base/words.h"
 #include "host/platform/instance/instance_client.h"
 #include "host/platform/system/process.h"
@@ -115,14 +116,14 @@ int run(int argc, char** argv) {
     }
     if (!options.file.empty()) talk.file = std::filesystem::absolute(options.file).string();
     if (talk.file.size() > longest_name) {
-        std::fprintf(stderr, "orvanel42-terminal: the path is too long, %zu bytes at most: %s\n",
-                     longest_name, talk.file.c_str());
+        tell_user("orvanel42-terminal: the path is too long, " + std::to_string(longest_name) +
+                  " bytes at most: " + talk.file);
         return failed;
     }
     std::string fault;
     talk.connection = connect_to_module(options.folder, fault);
     if (talk.connection < 0) {
-        std::fprintf(stderr, "orvanel42-terminal: %s\n", fault.c_str());
+        tell_user("orvanel42-terminal: " + fault);
         return failed;
     }
     talk.takes_input = options.send.empty() && options.file.empty() && !options.answers;
@@ -152,7 +153,7 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception& fault) {
-        std::fprintf(stderr, "orvanel42-terminal: error: %s\n", fault.what());
+        orvanel::tell_user("orvanel42-terminal: error: " + std::string(fault.what()));
         return failed;
     }
 }
