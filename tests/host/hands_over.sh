@@ -49,6 +49,24 @@ refuses 'first is in use by another program' "$headless" --dir first
 refuses '--dir' "$program" --new-instance
 refuses 'the path is too long' "$program" --dir first "$long/file"
 
+# A program that has been stopped is told of by its number, also where so many have asked that it lets
+# in nobody any more; and it goes on where it was.
+kill -STOP "${running[0]}"
+asking=()
+for i in {1..20}; do
+    timeout 120 "$terminal" --dir first --send 41 2>"asked$i" &
+    asking+=($!)
+done
+refuses "(process ${running[0]}), which doesn't answer" timeout 120 "$program" --dir first
+for i in {1..20}; do
+    status=0
+    wait "${asking[i - 1]}" || status=$?
+    [ "$status" = 1 ]
+    grep -qF "(process ${running[0]}) doesn't answer" "asked$i"
+done
+kill -CONT "${running[0]}"
+until_it hears first --send '1B "?"'
+
 # Another module beside it, and a file named in quotes. A program without a window takes nothing over.
 "$program" --new-instance --dir second "'a \"folder\"/asks ü.eep'" &
 running+=($!)

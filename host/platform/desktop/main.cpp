@@ -38,7 +38,6 @@ namespace {
 
 constexpr int failed = 1;
 
-constexpr int most_tries = 100;  // to reach a program that has the folder but doesn't answer yet
 constexpr std::chrono::milliseconds between_tries{50};
 
 struct Options {
@@ -119,12 +118,13 @@ std::string folder_of(const Options& options) {
 int claim_folder(const Options& options, std::string& fault) {
     using namespace orvanel;
     // One that is starting takes no messages yet, and one that is ending takes none any more.
-    for (int tries = 0; tries < most_tries; ++tries) {
+    const Deadline end = std::chrono::steady_clock::now() + answer_limit;
+    for (;;) {
         const FolderLock lock = lock_folder(options.folder, fault);
         if (lock == FolderLock::taken) return -1;
         if (lock == FolderLock::failed || options.new_instance) break;
         std::string refusal;
-        const HandOver result = hand_over(options.folder, options.file, refusal);
+        const HandOver result = hand_over(options.folder, options.file, end, refusal);
         if (result == HandOver::done) return EXIT_SUCCESS;
         if (result == HandOver::failed) {
             fault = refusal;
@@ -136,6 +136,10 @@ int claim_folder(const Options& options, std::string& fault) {
 }
 
 /// Settings and image of the folder; without one the defaults, and the image of the command line or
+        if (std::chrono::steady_clock::now() >= end) {
+            fault += ", which doesn't answer; has it been stopped?";
+            break;
+        }
 /// a blank one. Empty on success, else what can't be read.
 std::string load_memory(const Options& options) {
     if (!options.folder.empty()) return orvanel::open_program_folder(options.folder);

@@ -2,6 +2,7 @@
 
 #include "base/bytes.h"
 
+#include <climits>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -14,6 +15,7 @@
 #include <cstring>
 #include <filesystem>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 namespace orvanel {
@@ -21,7 +23,12 @@ namespace orvanel {
 namespace {
 
 constexpr std::size_t longest_lock = 4096;
-constexpr Patience hand_over_patience{5000, -1};
+constexpr std::chrono::milliseconds connect_step{10};  // between two tries to be let in
+
+// A message without a meaning of its own, which is answered as any.
+constexpr BridgeMessage are_you_there{0, {0, 0}};
+
+using Clock = std::chrono::steady_clock;
 
 std::string system_message() { return std::generic_category().message(errno); }
 
@@ -38,12 +45,19 @@ std::string start_of(const std::string& path) {
     return text;
 }
 
+/// What is left until then, for poll.
+int ms_until(Deadline end) {
+    if (end == Deadline::max()) return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
+}
+
 /// Waits until the connection is ready for `events`. False if the patience has ended.
 bool wait_for(int connection, short events, Patience patience) {
     std::array<pollfd, 2> fds{pollfd{connection, events, 0}, pollfd{patience.stop_fd, POLLIN, 0}};
     int n = 0;
     do
-        n = poll(fds.data(), fds.size(), patience.ms);
+        n = poll(fds.data(), fds.size(), ms_until(patience.end));
     while (n < 0 && errno == EINTR);
     return n > 0 && fds[1].revents == 0;
 }
@@ -70,8 +84,28 @@ bool receive_all(int connection, std::span<std::uint8_t> bytes, Patience patienc
     return true;
 }
 
+enum class Entry : std::uint8_t { made, refused, full };
+
+/// Connects. While the other side takes in nobody its queue fills, and a connection that waits for
+/// a place in it would wait for ever.
+Entry enter(int connection, const sockaddr_un& address, Deadline end) {
+    while (connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        if (errno == EINTR) continue;
+        if (errno != EAGAIN) return Entry::refused;
+        if (Clock::now() >= end) return Entry::full;
+        std::this_thread::sleep_for(connect_step);
+    }
+    return Entry::made;
+}
+
 std::uint32_t word_of(std::span<const std::uint8_t> bytes) {
     return std::uint32_t{le16(bytes[0], bytes[1])} | std::uint32_t{le16(bytes[2], bytes[3])} << 16;
+}
+
+/// Whether somebody answers at the other end of a connection that the system has made.
+bool is_there(int connection, Deadline end) {
+    std::uint32_t answer = 0;
+    return ask_instance(connection, {&are_you_there, 1}, {&answer, 1}, {end, -1});
 }
 
 }  // namespace
@@ -94,22 +128,27 @@ bool peer_is_trusted(int connection) {
     return peer.uid == geteuid() || peer.uid == 0;
 }
 
-int connect_to_instance(const std::string& folder, std::string& fault) {
-    const std::string path = read_lock(folder).socket;
+int connect_to_instance(const std::string& folder, Deadline end, std::string& fault) {
+    const auto [path, process] = read_lock(folder);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     fault = "no program that takes messages runs in " + folder;
     if (path.empty() || path.size() >= sizeof address.sun_path) return -1;
     std::memcpy(address.sun_path, path.data(), path.size());
-    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (connection < 0) {
         fault = system_message();
         return -1;
     }
-    if (connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
-        fault = peer_is_trusted(connection) ? "" : path + " belongs to another user";
-        if (fault.empty()) return connection;
-    }
+    const Entry entry = enter(connection, address, end);
+    if (entry == Entry::made && !peer_is_trusted(connection))
+        fault = path + " belongs to another user";
+    else if (entry == Entry::full || (entry == Entry::made && !is_there(connection, end)))
+        fault = "the program that runs in " + folder + " (process " + process +
+                ") doesn't answer; has it been stopped?";
+    else if (entry == Entry::made)
+        fault.clear();
+    if (fault.empty()) return connection;
     close(connection);
     return -1;
 }
@@ -152,8 +191,9 @@ bool ask_instance(int connection, std::span<const BridgeMessage> messages,
     return true;
 }
 
-HandOver hand_over(const std::string& folder, const std::string& file, std::string& fault) {
-    const int connection = connect_to_instance(folder, fault);
+HandOver hand_over(const std::string& folder, const std::string& file, Deadline end,
+                   std::string& fault) {
+    const int connection = connect_to_instance(folder, end, fault);
     if (connection < 0) return HandOver::nobody;
     std::vector<BridgeMessage> messages{{instance_activate, {0, 0}}};
     if (!file.empty() && file.size() <= longest_name)
@@ -161,9 +201,9 @@ HandOver hand_over(const std::string& folder, const std::string& file, std::stri
             messages.push_back(message);
     std::vector<std::uint32_t> answers(messages.size());
     // Only a program with a window takes over what was meant for one.
-    bool done = ask_instance(connection, std::span(messages).first(1), answers, hand_over_patience);
+    bool done = ask_instance(connection, std::span(messages).first(1), answers, {end, -1});
     const bool has_window = done && answers[0] != 0;
-    if (has_window) done = ask_instance(connection, messages, answers, hand_over_patience);
+    if (has_window) done = ask_instance(connection, messages, answers, {end, -1});
     close(connection);
     if (!done) return HandOver::nobody;
     if (!has_window)

@@ -7,6 +7,7 @@
 #include "host/bridge/bridge_packing.h"
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -29,15 +30,18 @@ struct LockContent {
 };
 LockContent read_lock(const std::string& folder);
 
-/// Connects to the program that runs in the folder. The result is a connection, or
-/// -1 and `fault` says why: nobody is there, or it is a program of another user.
-int connect_to_instance(const std::string& folder, std::string& fault);
-
-/// How long ask_instance waits for the other side.
+/// How long to wait for the other side, which may have been stopped.
+using Deadline = std::chrono::steady_clock::time_point;
+constexpr std::chrono::seconds answer_limit{5};  // for a program to show that it is alive
 struct Patience {
-    int ms;       // for each step, -1 for ever
-    int stop_fd;  // it gives up when this becomes readable; -1 none
+    Deadline end;  // Deadline::max(): never
+    int stop_fd;   // it ends as well when this becomes readable; -1 none
 };
+
+/// Connects to the program that runs in the folder and has it answer. The result is a connection,
+/// or -1 and `fault` says why: nobody is there, it is a program of another user, or it doesn't
+/// answer until then.
+int connect_to_instance(const std::string& folder, Deadline end, std::string& fault);
 
 /// Sends messages and takes their answers, so many of each. False if the connection has ended or
 /// the patience; the answers that came first stand in `answers`, and the others are 0.
@@ -55,8 +59,9 @@ bool peer_is_trusted(int connection);
 enum class HandOver : std::uint8_t { done, nobody, failed };
 
 /// Brings the window of the program that runs in the folder to the front and has it open the file,
-/// an absolute path or empty for none. `nobody`: no program answers there. `failed`: it has no
-/// window, or can't take the name; `fault` says which.
-HandOver hand_over(const std::string& folder, const std::string& file, std::string& fault);
+/// an absolute path or empty for none. `nobody`: no program answers there until then. `failed`: it
+/// has no window, or can't take the name. `fault` says what.
+HandOver hand_over(const std::string& folder, const std::string& file, Deadline end,
+                   std::string& fault);
 
 }  // namespace orvanel

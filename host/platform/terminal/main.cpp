@@ -9,6 +9,7 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -93,11 +94,12 @@ constexpr const char* footer =
 /// in the user's data folder. -1 and `fault` if there is none.
 int connect_to_module(std::string& folder, std::string& fault) {
     using namespace orvanel;
-    if (!folder.empty()) return connect_to_instance(folder, fault);
+    const Deadline end = std::chrono::steady_clock::now() + answer_limit;
+    if (!folder.empty()) return connect_to_instance(folder, end, fault);
     folder = own_folder();
-    const int connection = connect_to_instance(folder, fault);
+    const int connection = connect_to_instance(folder, end, fault);
     std::string ignored;
-    return connection >= 0 ? connection : connect_to_instance(data_folder(), ignored);
+    return connection >= 0 ? connection : connect_to_instance(data_folder(), end, ignored);
 }
 
 int run(int argc, char** argv) {

@@ -38,7 +38,7 @@ bool was_stopped() {
 /// False if the talk is over.
 bool ask(int connection, std::span<const BridgeMessage> messages,
          std::span<std::uint32_t> answers) {
-    return ask_instance(connection, messages, answers, {-1, stop_fd});
+    return ask_instance(connection, messages, answers, {Deadline::max(), stop_fd});
 }
 
 bool tell(int connection, std::span<const BridgeMessage> messages) {
