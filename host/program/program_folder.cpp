@@ -40,7 +40,7 @@ std::string save_settings() {
 
 }  // namespace
 
-std::string open_program_folder(const std::string& folder) {
+std::string open_program_folder(const std::string& folder, WithoutImage without) {
     std::error_code no_folder;
     std::filesystem::create_directories(folder, no_folder);
     if (no_folder) return folder + ": " + no_folder.message();
@@ -54,7 +54,7 @@ std::string open_program_folder(const std::string& folder) {
     std::error_code no_image;
     const auto kind = std::filesystem::status(image, no_image).type();
     if (kind == std::filesystem::file_type::not_found) {
-        start_demo_feed();
+        if (without == WithoutImage::demo) start_demo_feed();
         return {};
     }
     if (no_image) return image + ": " + no_image.message();

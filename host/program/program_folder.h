@@ -8,11 +8,15 @@
 
 namespace orvanel {
 
+/// What stands in for an image that isn't there: the demo is fed, which programs it; or nothing,
+/// for a program that was started for a device on its line, whose page the demo would wipe.
+enum class WithoutImage : bool { blank, demo };
+
 /// Makes the folder if it isn't there, takes the settings from it, and loads the image in the size
-/// that they say; missing settings give the defaults, and in place of a missing image the
-/// demo is fed, which programs it. The result is empty on
-/// success, else what can't be read: it must not be written over, so the program has to end.
-std::string open_program_folder(const std::string& folder);
+/// that they say; missing settings give the defaults. The result is empty on success, else what
+/// can't be read: it must not be written over, so the program has to end.
+std::string open_program_folder(const std::string& folder,
+                                WithoutImage without = WithoutImage::demo);
 
 /// Saves the image, if the module has programmed it, and then the settings. The result is what went
 /// wrong; the old file stays then. Does nothing if no folder is open.

@@ -429,6 +429,12 @@ TEST_F(ScenarioProgram, a_first_start_plays_the_demo_and_keeps_what_it_programs)
     EXPECT_TRUE(get("demo.bin") == get("kept/Orvanel42.bin"));
 }
 
+TEST_F(ScenarioProgram, a_start_for_a_device_on_the_line_plays_no_demo) {
+    put("a.scn", "settle\n");
+    EXPECT_EQ(run({"--realtime", "--serial", "pty", "--dir", "kept", "a.scn"}), 0) << get("err");
+    EXPECT_FALSE(std::filesystem::exists(folder / "kept/Orvanel42.bin"));
+}
+
 TEST_F(ScenarioProgram, tells_what_the_folder_refuses) {
     std::filesystem::create_directories(folder / "kept/simulator.ini");
     put("a.scn", "time\n");

@@ -142,7 +142,10 @@ int claim_folder(const Options& options, std::string& fault) {
         }
 /// a blank one. Empty on success, else what can't be read.
 std::string load_memory(const Options& options) {
-    if (!options.folder.empty()) return orvanel::open_program_folder(options.folder);
+    if (!options.folder.empty())
+        return orvanel::open_program_folder(options.folder, options.serial.empty()
+                                                                ? orvanel::WithoutImage::demo
+                                                                : orvanel::WithoutImage::blank);
     orvanel::take_settings("", "");
     const int size = options.mem_kib == 64 ? orvanel::eeprom_large : orvanel::eeprom_small;
     orvanel::eeprom_reset_to(size, {});

@@ -26,7 +26,9 @@ using namespace orvanel;
 /// Settings and image of the folder; without one the defaults, and the image of the command line or
 /// a blank one. Empty on success, else what can't be read.
 std::string load_memory(const Options& options) {
-    if (!options.folder.empty()) return open_program_folder(options.folder);
+    if (!options.folder.empty())
+        return open_program_folder(options.folder, options.serial.empty() ? WithoutImage::demo
+                                                                          : WithoutImage::blank);
     take_settings("", "");
     const int size = options.mem_kib == 64 ? eeprom_large : eeprom_small;
     eeprom_reset_to(size, {});
