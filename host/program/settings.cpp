@@ -42,6 +42,8 @@ constexpr std::string_view zoom_key = "zoom";
 constexpr int most_zoom_setting = 3;
 
 constinit int zoom_setting = 1;  // the last zoom that the setting `zoom` can say
+constinit bool protocol_setting = true;
+constinit bool protocol_of_run = false;  // what protocol_on says is for this run alone
 constexpr int bytes_per_kib = 1024;
 
 /// Whether the program saves a setting, or only the user edits it.
@@ -86,6 +88,16 @@ std::string baud_text() {
     return std::to_string(com_baud.load() == unsaved_baud ? baud_setting : com_baud.load());
 }
 
+void take_protocol(std::int32_t value) {
+    protocol_setting = value != 0;
+    protocol_on = protocol_setting;
+    protocol_of_run = false;
+}
+
+std::string protocol_text() {
+    return (protocol_of_run ? protocol_setting : protocol_on.load()) ? "1" : "0";
+}
+
 void take_zoom(std::int32_t value) {
     set_view_zoom(value >= 1 && value <= most_zoom_setting ? value : 1);
 }
@@ -106,7 +118,7 @@ std::string memory_text() { return std::to_string(eeprom_size / bytes_per_kib); 
 constexpr Setting settings[]{
     {"com",             0,    0, in_range<com_setting, 1, 8, 0>,         port_text,                  Kept::saved},
     {"baud",       115200, 9600, take_baud,                              baud_text,                  Kept::saved},
-    {"protocol",        1,    0, on_off<protocol_on>,                    digits<protocol_on>,        Kept::saved},
+    {"protocol",        1,    0, take_protocol,                          protocol_text,              Kept::saved},
     {"adr",             7,    0, take_address,                           digits<configured_address>, Kept::by_hand},
     {"beep",            0,    0, on_off<beep_on>,                        digits<beep_on>,            Kept::saved},
     {"xpos",          100,    0, number<window_x>,                       digits<window_x>,           Kept::saved},
@@ -184,6 +196,13 @@ void set_view_zoom(int zoom) {
     view_zoom = zoom;
     if (zoom <= most_zoom_setting) zoom_setting = zoom;
 }
+
+void use_protocol(bool framed) {
+    protocol_of_run = true;
+    protocol_on.store(framed);
+}
+
+void protocol_chosen() { protocol_of_run = false; }
 
 void port_chosen() { unsaved_port = -1; }
 

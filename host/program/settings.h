@@ -29,6 +29,11 @@ extern std::int32_t unsaved_baud;
 void port_chosen();
 void baud_chosen();
 
+/// Has the line speak this in this run, without a change of the setting `protocol`; until the user
+/// chooses, which is saved.
+void use_protocol(bool framed);
+void protocol_chosen();
+
 /// The touch beep is heard.
 extern std::atomic<bool> beep_on;
 

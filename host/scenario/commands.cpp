@@ -33,6 +33,8 @@
 
 namespace orvanel {
 
+constinit std::optional<int> leading_port{};
+
 namespace {
 
 constexpr std::int64_t language_version = 1;
@@ -74,7 +76,13 @@ void send(const Arguments& a) {
 
 void print_answers(const Arguments& /*a*/) { print_line("answers" + hex_of(take_answers())); }
 
-void port(const Arguments& a) { choose_port(static_cast<int>(a.number)); }
+void port(const Arguments& a) {
+    const int number = static_cast<int>(a.number);
+    if (com_port.load() < 0)
+        leading_port = number;
+    else
+        choose_port(number);
+}
 
 void protocol(const Arguments& a) { choose_framing(a.number != 0); }
 

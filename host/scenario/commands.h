@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -19,6 +20,10 @@ struct ScenarioCommand {
     std::array<Argument, max_arguments> arguments{};
     void (*run)(const Arguments&) = nullptr;
 };
+
+/// The port of a `port` that ran before any port was chosen (run_leading_lines, in runner.h), for
+/// the program to open in place of that of the settings; none without such a line.
+extern std::optional<int> leading_port;
 
 /// All commands, in the order of docs/scenarios.md.
 std::span<const ScenarioCommand> scenario_commands();

@@ -1,5 +1,6 @@
 #include "host/scenario/runner.h"
 
+#include "base/words.h"
 #include "firmware/core/ground/requests.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/report.h"
@@ -92,6 +93,15 @@ void run_commands() {
     }
 }
 
+/// Whether the next line, all of which has been read, says how the line is to be, or nothing.
+bool next_line_leads() {
+    std::string_view line(input.data(), input.size());
+    line = trimmed(line.substr(0, line.find_first_of("\r\n")));
+    if (line.starts_with(';')) return true;
+    const std::string_view word = take_word(line);
+    return word.empty() || word == "scenario" || word == "protocol" || word == "port";
+}
+
 }  // namespace
 
 std::string open_scenario(const std::string& name) {
@@ -110,6 +120,21 @@ std::string open_scenario(const std::string& name) {
 void close_scenario() {
     if (input_fd > STDIN_FILENO) close(input_fd);
     input_fd = -1;
+}
+
+void run_leading_lines() {
+    while (!ended && input_fd >= 0 && input.size() <= longest_line) {
+        const bool whole = std::find(input.begin(), input.end(), '\n') != input.end();
+        if (whole || (input_ended && !input.empty())) {
+            std::string line;
+            if (!next_line_leads() || !take_line(line)) return;
+            run_line(line);
+        } else if (!input_ended && scenario_input_is_there(input_fd)) {
+            read_input();
+        } else {
+            return;
+        }
+    }
 }
 
 bool scenario_ended() { return ended; }

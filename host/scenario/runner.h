@@ -15,6 +15,10 @@ std::string open_scenario(const std::string& name);
 
 void close_scenario();
 
+/// Runs the lines that come before the first command but `protocol` and `port`, as far as they can
+/// be read without a wait. For real time, where a peer may send as soon as the line is open.
+void run_leading_lines();
+
 /// True when no command is left, a line was wrong or the scenario was stopped. shutdown_requested
 /// is set then.
 bool scenario_ended();

@@ -19,6 +19,9 @@ std::uint64_t bytes_delivered();
 /// if the program doesn't stand still for it, or is told to end.
 bool wait_for_scenario_input(int fd);
 
+/// Whether reading `fd` gives something at once.
+bool scenario_input_is_there(int fd);
+
 /// False in real time, where the line's other end is no business of the scenario: then the five
 /// functions below aren't called.
 bool line_is_simulated();

@@ -4,10 +4,10 @@ _orvanel42() {
     local word=$2 before=$3
     local program=${1##*/} options=
     case $program in
-    orvanel42) options="--dir --image --mem --serial --new-instance --help --version" ;;
+    orvanel42) options="--dir --image --mem --serial --protocol --new-instance --help --version" ;;
     orvanel42-headless)
-        options="--dir --image --mem --save-image --realtime --serial --update --update-missing
-            --out --junit --trace --trace-json --strict --jobs --commands --help --version" ;;
+        options="--dir --image --mem --save-image --realtime --serial --protocol --update
+            --update-missing --out --junit --trace --trace-json --strict --jobs --commands --help --version" ;;
     orvanel42-terminal) options="--dir --send --hex --file --answers --quiet --help --version" ;;
     orvanel42-kit)
         options="--output --image-length --crc --stream-length --quiet --help --version"
@@ -19,6 +19,7 @@ _orvanel42() {
     case $before in
     --dir | --out) mapfile -t COMPREPLY < <(compgen -d -- "$word") ;;
     --mem) mapfile -t COMPREPLY < <(compgen -W "32 64" -- "$word") ;;
+    --protocol) mapfile -t COMPREPLY < <(compgen -W "plain pactlink" -- "$word") ;;
     --serial) mapfile -t COMPREPLY < <(compgen -W "pty tcp: stdio" -- "$word"
                                        compgen -f -- "$word") ;;
     *)

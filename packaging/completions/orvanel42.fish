@@ -9,6 +9,7 @@ for program in orvanel42 orvanel42-headless
     complete -c $program -l image -r -d 'Load as the EEPROM image'
     complete -c $program -l mem -x -a '32 64' -d 'KiB of the EEPROM'
     complete -c $program -l serial -r -a 'pty tcp: stdio' -d 'What stands behind COM1'
+    complete -c $program -l protocol -x -a 'plain pactlink' -d 'What the line speaks in this run'
 end
 complete -c orvanel42 -l new-instance -d 'Start another module'
 complete -c orvanel42-headless -l save-image -r -d 'Write the image at the end'

@@ -435,6 +435,37 @@ TEST_F(ScenarioProgram, a_start_for_a_device_on_the_line_plays_no_demo) {
     EXPECT_FALSE(std::filesystem::exists(folder / "kept/Orvanel42.bin"));
 }
 
+TEST_F(ScenarioProgram, the_protocol_of_the_command_line_is_for_this_run) {
+    std::filesystem::create_directory(folder / "kept");
+    put("kept/Orvanel42.bin", std::string(32768, '\xFF'));
+    put("a.scn", "mark 330\nport 1\nline 1B \"?\"\nwait 10\nline-answers\nsetting protocol\n");
+    EXPECT_EQ(run({"--protocol", "plain", "--dir", "kept", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("out"), "mark 330 0\nline-answers" + identity + "setting protocol=1\n");
+    EXPECT_NE(get("kept/simulator.ini").find("\nprotocol=1\n"), std::string::npos);
+
+    // Until the user chooses.
+    put("kept/simulator.ini", "[Orvanel42]\nprotocol=0\n");
+    put("a.scn", "mark 330\nsetting protocol\nmenu 330\nmenu 330\nsetting protocol\n");
+    EXPECT_EQ(run({"--protocol", "pactlink", "--dir", "kept", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("out"), "mark 330 1\nsetting protocol=0\nsetting protocol=1\n");
+    EXPECT_NE(get("kept/simulator.ini").find("\nprotocol=1\n"), std::string::npos);
+    EXPECT_EQ(run({"--protocol", "raw", "a.scn"}), 2);
+}
+
+TEST_F(ScenarioProgram, leading_lines_hold_before_the_line_opens) {
+    std::filesystem::create_directory(folder / "kept");
+    put("kept/Orvanel42.bin", std::string(32768, '\xFF'));
+    put("kept/simulator.ini", "[Orvanel42]\ncom=1\n[Ports]\nCOM1=pty\nCOM2=pty\n");
+    put("kept/COM1", "in the way, which would be told if it were opened");
+    put("a.scn", "; the line\r\nscenario 1\r\n\r\nport 2\r\nprotocol 0\ntitle\nmark 312\n");
+    EXPECT_EQ(run({"--realtime", "--dir", "kept", "a.scn"}), 0);
+    EXPECT_EQ(get("out"), "title HD Orvanel42 simulator COM2:115200\nmark 312 1\n");
+    EXPECT_EQ(get("err"), "");
+    put("a.scn", "port 9\n");
+    EXPECT_EQ(run({"--realtime", "--dir", "kept", "a.scn"}), 2);
+    EXPECT_EQ(get("err"), "a.scn:1: error: 9 is outside 0 to 8; the form is: port N\n");
+}
+
 TEST_F(ScenarioProgram, tells_what_the_folder_refuses) {
     std::filesystem::create_directories(folder / "kept/simulator.ini");
     put("a.scn", "time\n");

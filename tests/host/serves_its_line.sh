@@ -53,7 +53,19 @@ end
 grep -qx com=none "$folder/simulator.ini"
 grep -qx baud=9600 "$folder/simulator.ini"
 
+# The protocol of this run alone. What is sent as soon as the line is there arrives, and no demo wipes it.
+printf '%s\n' '[Orvanel42]' protocol=1 >"$folder/simulator.ini"
+start --serial "pty:$folder/line" --protocol plain
+until_it test -e "$folder/line"
+exec 3<>"$folder/line"
+printf '\x1b?' >&3
+timeout 120 head -c 9 <&3 | cmp - <(printf '\xff\xff\x48\xf0\x00\x80\x00\x01\x42')
+end
+grep -qx protocol=1 "$folder/simulator.ini"
+[ ! -e "$folder/Orvanel42.bin" ]
+
 # A TCP port.
+settings
 start --serial tcp:0
 until_it grep -q '^serial 127.0.0.1:' "$folder/said"
 exec 3<>"/dev/tcp/127.0.0.1/$(sed -n 's/^serial 127.0.0.1://p' "$folder/said")"

@@ -46,6 +46,7 @@ struct Options {
     std::string image;
     int mem_kib = 0;  // 0: not given
     std::string serial;
+    std::string protocol;
     bool new_instance = false;
     bool says_where = false;  // by an option, on a command line, whose user reads what it says
 };
@@ -100,9 +101,16 @@ std::vector<orvanel::Option> options_into(Options& options) {
          .place = &options.serial,
          .help = "What stands behind COM1, which is open from the start: pty[:LINK], "
                  "tcp:[HOST:]PORT, stdio, or a device such as /dev/ttyUSB0[@BAUD]. The line speaks "
-                 "Pactlink unless the setting protocol is 0: plain bytes then vanish in silence",
+                 "Pactlink unless --protocol or the setting protocol says otherwise: plain bytes "
+                 "then vanish in silence",
          .value_name = "LINE",
          .fault = orvanel::serial_option_fault},
+        {.names = "--protocol",
+         .place = &options.protocol,
+         .help = "What the line speaks in this run, plain bytes or Pactlink; without it the "
+                 "setting protocol decides",
+         .value_name = "plain|pactlink",
+         .fault = orvanel::protocol_option_fault},
     };
 }
 
@@ -130,16 +138,16 @@ int claim_folder(const Options& options, std::string& fault) {
             fault = refusal;
             break;
         }
+        if (std::chrono::steady_clock::now() >= end) {
+            fault += ", which doesn't answer; has it been stopped?";
+            break;
+        }
         std::this_thread::sleep_for(between_tries);
     }
     return orvanel::wrong_command_line;
 }
 
 /// Settings and image of the folder; without one the defaults, and the image of the command line or
-        if (std::chrono::steady_clock::now() >= end) {
-            fault += ", which doesn't answer; has it been stopped?";
-            break;
-        }
 /// a blank one. Empty on success, else what can't be read.
 std::string load_memory(const Options& options) {
     if (!options.folder.empty())
@@ -264,6 +272,7 @@ int run(int argc, char** argv) {
     if (!orvanel::built_in_data_is_whole()) return EXIT_SUCCESS;
     fault = load_memory(options);
     if (!fault.empty()) return refuse_start(options, fault, argc, argv);
+    orvanel::take_protocol_option(options.protocol);
     orvanel::name_devices(options.serial, options.folder);
     if (!prepare_display()) {
         std::fputs("orvanel42: there is no display to open a window on (DISPLAY and "

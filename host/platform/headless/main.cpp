@@ -60,6 +60,7 @@ int run(int argc, char** argv) {
     picture_options = {options.update, options.update_missing, options.out_folder};
     image_save_path = options.save_image;
     serial_option = options.serial;
+    take_protocol_option(options.protocol);
     name_devices(options.serial, options.folder);
     real_time = options.real_time;
     trace_options = options.trace;

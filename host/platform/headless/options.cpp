@@ -48,15 +48,22 @@ std::vector<Option> options_into(Options& options) {
          .place = &options.serial,
          .help = "What stands behind COM1: pty[:LINK], tcp:[HOST:]PORT, stdio, or a device such "
                  "as /dev/ttyUSB0[@BAUD]. Without a SCENARIO it runs until SIGINT or SIGTERM. "
-                 "The line speaks Pactlink unless the setting protocol is 0: plain bytes then "
-                 "vanish in silence",
+                 "The line speaks Pactlink unless --protocol or the setting protocol says "
+                 "otherwise: plain bytes then vanish in silence",
          .value_name = "LINE",
          .fault = serial_option_fault,
          .needs = {"--realtime"}},
+        {.names = "--protocol",
+         .place = &options.protocol,
+         .help = "What the line speaks in this run, plain bytes or Pactlink; without it the "
+                 "setting protocol decides",
+         .value_name = "plain|pactlink",
+         .fault = protocol_option_fault},
         {.names = "--update",
          .place = &options.update,
-         .help = "expect-screen writes its picture instead of comparing, await-screen what shows at "
-                 "the end of its time"},
+         .help =
+             "expect-screen writes its picture instead of comparing, await-screen what shows at "
+             "the end of its time"},
         {.names = "--update-missing",
          .place = &options.update_missing,
          .help = "The same, but only where the file is missing"},

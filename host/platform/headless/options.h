@@ -20,7 +20,8 @@ struct Options {
     std::string junit;
     int jobs;
     bool real_time;
-    std::string serial;  // what stands behind COM1, in real time; empty for none
+    std::string serial;    // what stands behind COM1, in real time; empty for none
+    std::string protocol;  // "plain" or "pactlink"; empty: what the settings say
     TraceOptions trace;
     bool commands;                       // print the command reference and do nothing else
     std::vector<std::string> scenarios;  // an empty name: none, until a signal comes

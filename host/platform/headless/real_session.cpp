@@ -83,7 +83,9 @@ void wake_real_session() { set_wake(main_wake); }
 std::string open_real_session() {
     main_wake = open_wake();
     if (main_wake < 0 || !open_real_time()) return "no file descriptor left";
-    if (std::string fault = open_first_port(); !fault.empty()) return fault;
+    run_leading_lines();
+    if (!scenario_ended())
+        if (std::string fault = open_first_port(); !fault.empty()) return fault;
     start = steady_clock::now();
     next_window_timer_us = window_timer_us;
     start_module();
@@ -120,6 +122,7 @@ void close_real_session() {
 
 void run_in_real_time() {
     if (const std::string fault = open_real_session(); !fault.empty()) {
+        scenario_line = 0;  // it is the fault of none
         report_fault(wrong_line, fault);
         return;
     }

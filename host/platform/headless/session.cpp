@@ -1,5 +1,6 @@
 #include "host/platform/headless/session.h"
 
+#include "base/visible.h"
 #include "firmware/core/ground/backlight.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/module_time.h"
@@ -9,6 +10,7 @@
 #include "host/platform/system/wake.h"
 #include "host/program/image_file.h"
 #include "host/program/program_folder.h"
+#include "host/scenario/commands.h"
 #include "host/scenario/memory_window.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
@@ -61,9 +63,10 @@ void take_end_signals() {
 }
 
 std::string open_first_port() {
-    std::string fault = open_start_port(serial_option);
-    if (!fault.empty() && serial_option.empty()) {
-        std::fprintf(stderr, "orvanel42-headless: %s\n", fault.c_str());
+    const int port = leading_port.value_or(start_port(serial_option));
+    std::string fault = open_start_port(port, serial_option);
+    if (!fault.empty() && !is_by_option(port, serial_option)) {
+        tell_user("orvanel42-headless: " + fault);
         return {};
     }
     if (const std::string name = new_peer_name(serial_option); !name.empty())
@@ -100,6 +103,11 @@ bool wait_for_scenario_input(int fd) {
     if (fds[1].revents == 0) return true;
     stop_scenario();
     return false;
+}
+
+bool scenario_input_is_there(int fd) {
+    pollfd input{fd, POLLIN, 0};
+    return poll(&input, 1, 0) > 0;
 }
 
 bool line_is_simulated() { return !real_time; }

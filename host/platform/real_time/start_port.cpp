@@ -14,7 +14,10 @@ namespace orvanel {
 
 namespace {
 
+constexpr int option_port = 1;
 constexpr std::int32_t option_baud = 115'200;
+constexpr std::string_view plain_bytes = "plain";
+constexpr std::string_view frames = "pactlink";
 
 /// The speed that the device's name asks for, else `otherwise`.
 std::int32_t baud_of(std::string_view device, std::int32_t otherwise) {
@@ -33,14 +36,28 @@ std::string serial_option_fault(const std::string& serial) {
 
 void name_devices(const std::string& serial, const std::string& folder) {
     set_serial_folder(folder);
-    if (!serial.empty()) device_of(1) = serial;
+    if (!serial.empty()) device_of(option_port) = serial;
     for (int port = 1; port <= most_serial_ports; ++port)
         set_serial_device(port, device_of(port));
 }
 
-std::string open_start_port(const std::string& serial) {
-    const bool by_option = !serial.empty();
-    const int port = by_option ? 1 : com_setting;
+std::string protocol_option_fault(const std::string& protocol) {
+    if (protocol == plain_bytes || protocol == frames) return {};
+    return "it is none of plain, pactlink";
+}
+
+void take_protocol_option(const std::string& protocol) {
+    if (!protocol.empty()) use_protocol(protocol == frames);
+}
+
+int start_port(const std::string& serial) { return serial.empty() ? com_setting : option_port; }
+
+bool is_by_option(int port, const std::string& serial) {
+    return !serial.empty() && port == option_port;
+}
+
+std::string open_start_port(int port, const std::string& serial) {
+    const bool by_option = is_by_option(port, serial);
     if (port > 0) {
         com_baud.store(baud_of(device_of(port), by_option ? option_baud : baud_setting));
         unsaved_baud = com_baud.load();
@@ -56,7 +73,7 @@ std::string new_peer_name(const std::string& serial) {
     const bool named_by_system =
         parse_serial_name(serial, name).empty() &&
         (name.kind == SerialKind::pty || (name.kind == SerialKind::tcp && name.port == 0));
-    return named_by_system && com_port.load() > 0 ? serial_peer_name(com_port.load()) : "";
+    return named_by_system && com_port.load() == option_port ? serial_peer_name(option_port) : "";
 }
 
 }  // namespace orvanel

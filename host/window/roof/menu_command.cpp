@@ -182,6 +182,7 @@ void choose_port(int port) {
 
 void choose_framing(bool framed) {
     choose_protocol(framed);
+    protocol_chosen();
     menu_mark_switches();
     title_update();
 }
