@@ -2,6 +2,7 @@
 // stream that programs it, and back.
 
 #include "base/command_line.h"
+#include "base/visible.h"
 #include "host/platform/system/process.h"
 #include "kit/build.h"
 #include "kit/check.h"
@@ -46,7 +47,7 @@ class ProgressLine {
   public:
     void show(const std::string& what) {
         if (!watched) return;
-        std::fprintf(stderr, "\r\x1B[K%s ...", what.c_str());
+        std::fprintf(stderr, "\r\x1B[K%s ...", visible(what).c_str());
         shown = true;
     }
     ~ProgressLine() {
@@ -69,7 +70,7 @@ Status tell(Faults faults) {
     std::stable_sort(faults.begin(), faults.end(),
                      [place](const Fault& a, const Fault& b) { return place(a) < place(b); });
     for (std::size_t i = 0; i < faults.size() && i < most_messages; ++i)
-        std::fprintf(stderr, "%s\n", message_of(faults[i]).c_str());
+        tell_user(message_of(faults[i]));
     if (faults.size() > most_messages)
         tell_error("and " + std::to_string(faults.size() - most_messages) + " more");
     return faults.empty() ? all_well : wrong_content;
@@ -243,7 +244,7 @@ int run(int argc, char** argv) {
         return diff(options);
     } catch (const Fault& fault) {
         // A file of the command line itself.
-        std::fprintf(stderr, "%s\n", message_of(fault).c_str());
+        tell_user(message_of(fault));
         return wrong_call;
     }
 }

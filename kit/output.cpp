@@ -1,6 +1,7 @@
 #include "kit/output.h"
 
 #include "base/safe_file.h"
+#include "base/visible.h"
 #include "host/platform/system/wake.h"
 
 #include <algorithm>
@@ -57,10 +58,13 @@ std::string fill_folder(const fs::path& folder, const std::vector<DumpFile>& fil
 }  // namespace
 
 void tell_error(const std::string& what) {
-    std::fprintf(stderr, "%s: error: %s\n", program_name, what.c_str());
+    tell_user(std::string(program_name) + ": error: " + what);
 }
 
-void put(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+void put(const std::string& text) {
+    const std::string shown = visible_lines(text);
+    std::fwrite(shown.data(), 1, shown.size(), stdout);
+}
 
 bool write_output(const std::string& path, const Bytes& content) {
     open_end_signals();

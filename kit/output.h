@@ -16,7 +16,7 @@ constexpr const char* program_name = "orvanel42-kit";
 /// Tells what is wrong, in one line on standard error that begins with the program's name.
 void tell_error(const std::string& what);
 
-/// Puts text on standard output.
+/// Puts text on standard output, as visible_lines has it (base/visible.h).
 void put(const std::string& text);
 
 /// Writes a file in one step; who wants the program to end waits for that. False, and told, on a

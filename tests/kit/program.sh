@@ -117,4 +117,12 @@ expect 2 '*empty*' dump a.bin -o half
 expect_of interrupted 143 '*' fsync TERM 1 build "$examples/device.kit" -q -o new.bin
 cmp -s new.bin a.bin && [ -z "$(find . -name '*.part')" ] || { echo "program.sh: a signal tears a file" >&2; failed=1; }
 
+# What a terminal would act on is shown instead.
+order=$'\e[2J'
+printf '[normal macro 0]\n#GX\n' >"$order.kit"
+expect 1 '\\x1B\[2J.kit:2:3: error: *' build "$order.kit" -o a.bin
+expect 2 '\\x1B\[2J.bin: error: no such file' check "$order.bin"
+expect 2 '*cannot write no/\\x1B\[2J.bin*' build "$examples/device.kit" -o "no/$order.bin"
+expect 0 '\\x1B\[2J.bin: 32768 bytes*' build "$examples/device.kit" -o "$order.bin"
+
 exit "$failed"
