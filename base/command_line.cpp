@@ -1,8 +1,14 @@
 #include "base/command_line.h"
 
+#include "base/visible.h"
+
 // It takes longer to compile than anything else here: no other file includes it, and this one is
 // built without optimisation.
 #include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <iostream>
+#include <sstream>
 
 namespace orvanel {
 
@@ -53,6 +59,15 @@ void add_options(CLI::App& app, const std::vector<Option>& options) {
     }
 }
 
+/// Says what has ended the reading, a fault with the user's words in it or the help, and gives the
+/// status.
+int told(const CLI::App& app, const CLI::Error& end) {
+    std::ostringstream fault;
+    const int status = app.exit(end, std::cout, fault);
+    std::fputs(visible_lines(fault.str()).c_str(), stderr);
+    return status == 0 ? 0 : wrong_command_line;
+}
+
 }  // namespace
 
 int read_command_line(const CommandLine& line, int argc, char** argv, std::string* command) {
@@ -66,7 +81,7 @@ int read_command_line(const CommandLine& line, int argc, char** argv, std::strin
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& fault) {
-        return app.exit(fault) == 0 ? 0 : wrong_command_line;
+        return told(app, fault);
     }
     if (command != nullptr && !line.commands.empty())
         *command = app.get_subcommands().front()->get_name();
@@ -75,8 +90,7 @@ int read_command_line(const CommandLine& line, int argc, char** argv, std::strin
 
 int refuse_option(const std::string& option, const std::string& fault) {
     CLI::App app;
-    app.exit(CLI::ValidationError(option, fault));
-    return wrong_command_line;
+    return told(app, CLI::ValidationError(option, fault));
 }
 
 }  // namespace orvanel

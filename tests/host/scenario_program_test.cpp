@@ -302,7 +302,9 @@ TEST_F(ScenarioProgram, what_a_terminal_would_act_on_is_shown_to_the_user_instea
          {std::vector<std::string>{"--junit", "\x1B[2J/a", "a.scn"},
           {"--image", "\x1B[2J", "a.scn"},
           {"--dir", "a.scn/\x1B[2J", "a.scn"},
-          {"--trace", "\x1B[2J/a", "a.scn"}}) {
+          {"--trace", "\x1B[2J/a", "a.scn"},
+          {"--realtime", "--serial", "\x1B[2J", "a.scn"},
+          {"--\x1B[2J"}}) {
         EXPECT_EQ(run(words), 2) << words.front();
         EXPECT_EQ(get("err").find('\x1B'), std::string::npos) << words.front();
         EXPECT_NE(get("err").find("\\x1B[2J"), std::string::npos) << get("err");
