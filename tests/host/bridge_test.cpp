@@ -1,7 +1,10 @@
-// The messages of the companion and of a second start, without what carries them.
+// The messages of the companion and of a second start, without what carries them and by the socket.
 
+#include "base/bytes.h"
 #include "firmware/store/ground/macro.h"
 #include "host/bridge/bridge.h"
+#include "host/platform/instance/instance.h"
+#include "host/platform/instance/instance_client.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
 #include "link/ground/port.h"
@@ -10,12 +13,20 @@
 #include "tests/support/stream.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <span>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace orvanel {
@@ -39,6 +50,59 @@ class Bridge : public testing::Test {
         while (key_ring_get() >= 0) {
         }
     }
+};
+
+/// A program that takes messages, with the test as its peers.
+class Companion : public Bridge {
+  protected:
+    void SetUp() override {
+        Bridge::SetUp();
+        std::string name = (std::filesystem::temp_directory_path() / "orvanel.XXXXXX").string();
+        folder = mkdtemp(name.data());
+        std::string fault;
+        ASSERT_EQ(lock_folder(folder, fault), FolderLock::taken) << fault;
+        ASSERT_EQ(open_instance(false), "");
+    }
+    void TearDown() override {
+        close_instance();
+        std::filesystem::remove_all(folder);
+    }
+
+    /// Serves until nothing is left to do at once.
+    static void serve() {
+        pollfd ready{instance_fd(), POLLIN, 0};
+        while (poll(&ready, 1, 0) > 0)
+            serve_instance();
+    }
+
+    [[nodiscard]] int connect() const {
+        std::string fault;
+        const int fd = connect_to_instance(folder, fault);
+        EXPECT_GE(fd, 0) << fault;
+        serve();
+        return fd;
+    }
+
+    static void put(int peer, std::span<const std::uint8_t> bytes) {
+        EXPECT_EQ(::send(peer, bytes.data(), bytes.size(), MSG_NOSIGNAL), std::ssize(bytes));
+        serve();
+    }
+
+    /// The next answer, as soon as it is there; none if the connection has ended.
+    static std::optional<std::uint32_t> answer(int peer) {
+        std::array<std::uint8_t, answer_size> bytes{};
+        ssize_t n = -1;
+        for (int ms = 0; n < 0 && ms < 60'000; ++ms) {
+            serve();
+            n = recv(peer, bytes.data(), bytes.size(), MSG_DONTWAIT);
+            if (n < 0) std::this_thread::sleep_for(std::chrono::milliseconds{1});
+        }
+        if (n != std::ssize(bytes)) return std::nullopt;
+        return std::uint32_t{le16(bytes[0], bytes[1])} | std::uint32_t{le16(bytes[2], bytes[3])}
+                                                             << 16;
+    }
+
+    std::string folder;
 };
 
 }  // namespace
@@ -143,6 +207,58 @@ TEST_F(Bridge, names_are_put_together_cleared_and_bounded) {
     send(0x40A, 1);
     EXPECT_EQ(feed_left(), 7) << "256 don't, and nothing is opened, nothing closed";
     std::filesystem::remove(path);
+}
+
+TEST_F(Companion, a_full_module_makes_the_sender_wait_and_nobody_else) {
+    const int sender = connect(), other = connect();
+    rx_pipe_put_block(std::vector<std::uint8_t>(high_mark + 1));
+    const auto early = message_bytes({0x403, {0x4341, 0x42}}),
+               late = message_bytes({0x401, {'D', 0}});
+    put(sender, early);
+    put(sender, std::span(late).first(5));
+    put(other, message_bytes({0x428, {0, 0}}));
+    EXPECT_EQ(answer(other), 1U);
+    EXPECT_EQ(rx_count(), high_mark + 1);
+    power_on_pipes();
+    EXPECT_EQ(answer(sender), 0U);
+    EXPECT_EQ(rx_count(), 3);
+    put(sender, std::span(late).subspan(5));
+    shutdown(sender, SHUT_WR);
+    EXPECT_EQ(answer(sender), 0U);
+    for (const char c : {'A', 'B', 'C', 'D'})
+        EXPECT_EQ(rx_pipe_get(), c);
+    EXPECT_EQ(answer(sender), std::nullopt) << "it has ended";
+    close(sender);
+    close(other);
+}
+
+TEST_F(Companion, is_who_made_itself_known_last_and_has_not_gone) {
+    const int first = connect(), second = connect();
+    for (const int peer : {first, second}) {
+        put(peer, message_bytes({0x428, {0, 0}}));
+        EXPECT_EQ(answer(peer), 1U);
+    }
+    close(first);
+    serve();
+    EXPECT_TRUE(activate_terminal());
+    close(second);
+    serve();
+    EXPECT_FALSE(activate_terminal());
+}
+
+TEST_F(Companion, one_too_many_is_sent_away_until_another_goes) {
+    std::vector<int> peers;
+    for (int i = 0; i < 16; ++i)
+        peers.push_back(connect());
+    const int late = connect();
+    EXPECT_EQ(answer(late), std::nullopt);
+    close(peers.back());
+    peers.back() = connect();
+    put(peers.back(), message_bytes({0x428, {0, 0}}));
+    EXPECT_EQ(answer(peers.back()), 1U);
+    for (const int peer : peers)
+        close(peer);
+    close(late);
 }
 
 }  // namespace orvanel
