@@ -170,7 +170,7 @@ TEST_F(IniOnDisk, takes_any_bytes_up_to_its_limit) {
 
 // Each line and each section is looked at once: else this takes minutes.
 TEST(IniFile, takes_a_key_out_wherever_it_stands) {
-    std::string text = "[Other]\nkey=0\n";
+    std::string text = "[Other]\nkey=0\n[Empty]\n\n";
     for (int i = 0; i < 20'000; ++i)
         text += "[Main]\nkey=1\n KEY = 2 ; twice\n\n";
     text += "[Main]\n; mine\n";
@@ -178,7 +178,7 @@ TEST(IniFile, takes_a_key_out_wherever_it_stands) {
         text += "key=\n";
     text += "keys=3\n[Main]\nkey=4";
     remove_ini_value(text, "Main", "key");
-    EXPECT_EQ(text, "[Other]\nkey=0\n[Main]\n; mine\nkeys=3\n");
+    EXPECT_EQ(text, "[Other]\nkey=0\n[Empty]\n\n[Main]\n; mine\nkeys=3\n");
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
-// The handshake of a drawing command with the painter, on a platform whose main thread is the
-// test's own.
+// The handshake of a drawing command with the painter, and what else the firmware leaves to the
+// main thread, on a platform whose main thread is the test's own.
 
 #include "firmware/raster/refresh.h"
 #include "host/program/settings.h"
+#include "host/requests/main_requests.h"
 #include "host/requests/painter.h"
+#include "host/skin/view.h"
 #include "seam/host_calls.h"
 #include "seam/platform.h"
+#include "tests/support/fake_window.h"
 
 #include <gtest/gtest.h>
 
@@ -70,11 +73,29 @@ TEST(Painter, a_drawing_command_goes_on_when_its_rectangle_is_painted) {
 }
 
 TEST(Painter, the_main_thread_paints_without_a_ticket) {
-    fresh_painter(3);
+    fresh_painter(2);
+    screen_scale_percent = 150;
     repaint_display(0, 5, 0, 5);
+    screen_scale_percent = 100;
     ASSERT_EQ(painted.size(), 1u);
     EXPECT_TRUE(same(painted[0], {0, 15, 3, 18}));
     EXPECT_EQ(main_woken, 0);
+}
+
+TEST(MainRequests, each_beep_of_the_module_sounds_once_if_the_user_wants_to_hear_it) {
+    fresh_painter(1);
+    fake_window = {};
+    for (const bool wanted : {true, false}) {
+        beep_on = wanted;
+        std::thread firmware([] {
+            beep();
+            beep();
+        });
+        firmware.join();
+        serve_main_requests();
+        serve_main_requests();
+        EXPECT_EQ(fake_window.beeps, 2);
+    }
 }
 
 TEST(Painter, sealing_lets_the_waiter_go_on_and_nobody_waits_ever_after) {

@@ -6,8 +6,11 @@
 #include "host/program/program_folder.h"
 #include "host/program/settings.h"
 #include "host/skin/lcd_colours.h"
+#include "host/window/ground/menu.h"
 #include "host/window/ground/window_place.h"
+#include "host/window/roof/menu_command.h"
 #include "link/ground/port.h"
+#include "link/roof/com_port.h"
 
 #include <gtest/gtest.h>
 
@@ -137,11 +140,13 @@ TEST(Settings, a_chosen_port_is_saved_though_the_start_opened_another) {
     com_baud = 115200;
     EXPECT_EQ(setting_line("com"), "com=3");
     EXPECT_EQ(setting_line("baud"), "baud=9600");
-    port_chosen();
-    EXPECT_EQ(setting_line("com"), "com=1");
+    choose_port(2);
+    EXPECT_EQ(setting_line("com"), "com=2");
     EXPECT_EQ(setting_line("baud"), "baud=9600");
-    baud_chosen();
-    EXPECT_EQ(setting_line("baud"), "baud=115200");
+    menu_command(item_baud + 4);
+    EXPECT_EQ(setting_line("baud"), "baud=19200");
+    choose_port(0);
+    close_link();
     com_port = -1;
 }
 

@@ -8,6 +8,9 @@
 #include "host/skin/painting.h"
 #include "host/skin/skin.h"
 #include "host/skin/view.h"
+#include "host/window/ground/input.h"
+#include "host/window/ground/menu.h"
+#include "host/window/roof/menu_command.h"
 #include "tests/support/fake_window.h"
 
 #include <gtest/gtest.h>
@@ -221,36 +224,49 @@ TEST_F(Skin, is_the_same_composed_in_parts_or_as_a_whole) {
     }
 }
 
-TEST_F(Skin, is_cut_out_pixel_by_pixel) {
-    for (const bool rotated : {false, true})
-        for (const int zoom : {1, 2, 3}) {
-            show(zoom, rotated);
-            window_cut_to_skin();
-            ASSERT_TRUE(fake_window.outline);
-            const Outline& last_cut = *fake_window.outline;
-            ASSERT_EQ(last_cut.width, window_width());
-            ASSERT_EQ(last_cut.height, window_height());
-            EXPECT_EQ(dib_colour(*view_skin, key_index), key_colour_cut);
-            std::vector<bool> kept(static_cast<std::size_t>(last_cut.width) *
-                                       static_cast<std::size_t>(last_cut.height),
-                                   true);
-            for (int y = 0; y < dib_rows(*view_skin); ++y)
-                for (int x = 0; x < dib_columns(*view_skin); ++x)
-                    if (dib_get(*view_skin, x, y) == key_index)
-                        for (int row = y * zoom / 2; row < (y + 1) * zoom / 2; ++row)
-                            for (int column = x * zoom / 2; column < (x + 1) * zoom / 2; ++column)
-                                kept[static_cast<std::size_t>(row * last_cut.width + column)] =
-                                    false;
-            const int stride = (last_cut.width + 7) / 8;
-            for (int y = 0; y < last_cut.height; ++y)
-                for (int x = 0; x < last_cut.width; ++x)
-                    ASSERT_EQ((last_cut.rows[static_cast<std::size_t>(y * stride + x / 8)] >>
-                               (7 - x % 8)) &
-                                  1,
-                              kept[static_cast<std::size_t>(y * last_cut.width + x)] ? 1 : 0)
-                        << x << ", " << y << " zoom " << zoom;
-        }
-    window_show_frame();
+TEST_F(Skin, is_painted_where_dots_have_changed_and_nowhere_else) {
+    for (const bool rotated : {false, true}) {
+        show(2, rotated);
+        const Frame frame = composed(display_pixels(10, 20, 90, 23));
+        for (int y = 0; y < window_height(); ++y)
+            for (int x = 0; x < window_width(); ++x) {
+                const ModuleDot dot = glass_to_module(x, y);
+                const bool changed = dot.x >= 10 && dot.x <= 90 && dot.y >= 20 && dot.y <= 23;
+                ASSERT_EQ(pixel_of(frame, x, y) != 0, changed) << x << ", " << y << rotated;
+            }
+    }
+}
+
+TEST_F(Skin, is_cut_out_pixel_by_pixel_after_each_change) {
+    show_frame = true;
+    for (const int item : {item_frame, item_zoom + 1, item_rotate, item_zoom + 2, item_zoom,
+                           item_rotate, item_zoom + 2}) {
+        menu_command(item);
+        const int zoom = view_zoom;
+        ASSERT_TRUE(fake_window.outline);
+        const Outline& last_cut = *fake_window.outline;
+        ASSERT_EQ(last_cut.width, window_width()) << item;
+        ASSERT_EQ(last_cut.height, window_height()) << item;
+        EXPECT_EQ(dib_colour(*view_skin, key_index), key_colour_cut);
+        std::vector<bool> kept(static_cast<std::size_t>(last_cut.width) *
+                                   static_cast<std::size_t>(last_cut.height),
+                               true);
+        for (int y = 0; y < dib_rows(*view_skin); ++y)
+            for (int x = 0; x < dib_columns(*view_skin); ++x)
+                if (dib_get(*view_skin, x, y) == key_index)
+                    for (int row = y * zoom / 2; row < (y + 1) * zoom / 2; ++row)
+                        for (int column = x * zoom / 2; column < (x + 1) * zoom / 2; ++column)
+                            kept[static_cast<std::size_t>(row * last_cut.width + column)] = false;
+        const int stride = (last_cut.width + 7) / 8;
+        for (int y = 0; y < last_cut.height; ++y)
+            for (int x = 0; x < last_cut.width; ++x)
+                ASSERT_EQ(
+                    (last_cut.rows[static_cast<std::size_t>(y * stride + x / 8)] >> (7 - x % 8)) &
+                        1,
+                    kept[static_cast<std::size_t>(y * last_cut.width + x)] ? 1 : 0)
+                    << x << ", " << y << " zoom " << zoom;
+    }
+    menu_command(item_frame);
     EXPECT_FALSE(fake_window.outline);
     EXPECT_EQ(dib_colour(*view_skin, key_index), key_colour_framed);
 }

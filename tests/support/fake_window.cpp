@@ -36,6 +36,6 @@ void draw_led(int window, PixelPoint at, std::span<const std::uint32_t> pixels) 
 void set_fade_timer(bool /*runs*/) {}
 void open_message_box(MessageOf /*whose*/, std::string_view /*caption*/,
                       std::string_view /*text*/) {}
-void sound_beep() {}
+void sound_beep() { ++fake_window.beeps; }
 
 }  // namespace orvanel

@@ -25,6 +25,7 @@ struct FakeWindow {
     std::string title;
     std::uint32_t activated;         // the number of another program's window, 0 for none
     std::vector<DrawnLight> lights;  // all that were drawn, the last one last
+    int beeps;
 };
 extern FakeWindow fake_window;
 
