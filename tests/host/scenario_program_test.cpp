@@ -103,6 +103,7 @@ TEST_F(ScenarioProgram, a_byte_costs_ten_microseconds) {
     };
     EXPECT_EQ(settled(99), "time 25\n");
     EXPECT_EQ(settled(100), "time 26\n");
+    EXPECT_EQ(settled(80000), "time 865\n") << "the pipe holds so many";
 }
 
 TEST_F(ScenarioProgram, the_window_timer_goes_before_the_scenario) {
@@ -176,6 +177,10 @@ TEST_F(ScenarioProgram, the_line_takes_its_turn_each_5_ms_behind_the_tick) {
     EXPECT_EQ(printed("protocol 0\nport 1\nline \"" + std::string(4000, 'x') +
                       "#?\"\nwait 49\nline-answers\nwait 1\nline-answers"),
               "line-answers\nline-answers FF FF 48 F0 00 80 00 01 42\n");
+}
+
+TEST_F(ScenarioProgram, settle_waits_for_the_line_though_no_byte_is_delivered) {
+    EXPECT_EQ(printed("port 1\nline \"" + std::string(670, 'x') + "\"\nsettle\ntime"), "time 55\n");
 }
 
 TEST_F(ScenarioProgram, the_line_shows_rts_speed_and_what_has_passed) {
@@ -354,6 +359,12 @@ TEST_F(ScenarioProgram, a_trace_tells_what_the_module_did_in_silence) {
               "release on key\n"
               "ok\n"
               "reset 2\n");
+    for (const std::string line :
+         {"126.650 companion 23 53 42 32 2C 01 02 | # S B 2 + 2 bytes | Send bytes | ok\n",
+          "126.730 companion 1B 5A 4C 00 00 61 80 00 | ESC Z L 0 0 \"a\\x80\" | Draw a string, "
+          "left "
+          "aligned | character 0x61 'a' is not in the font; character 0x80 is not in the font\n"})
+        EXPECT_NE(get("t").find(line), std::string::npos) << get("t");
     // As objects, and as a failure of the run.
     ASSERT_EQ(run({"--trace-json", "t", "--strict", "a.scn"}), 1);
     EXPECT_NE(get("t").find(R"({"time":105.050,"source":"feed","bytes":"1B47500506","count":5,)"
@@ -363,6 +374,21 @@ TEST_F(ScenarioProgram, a_trace_tells_what_the_module_did_in_silence) {
     EXPECT_NE(get("err").find("255 clamped to 239"), std::string::npos);
     ASSERT_EQ(run({"--trace", "no/t", "a.scn"}), 2);
     EXPECT_EQ(get("err"), "a.scn: error: can't write no/t: No such file or directory\n");
+}
+
+TEST_F(ScenarioProgram, a_trace_parts_text_by_its_source_and_by_64_bytes) {
+    put("feed", "abc");
+    put("a.scn", "feed feed\nwait 95\nsend \"" + std::string(70, 'x') + "\"\nsettle\n");
+    ASSERT_EQ(run({"--trace", "t", "a.scn"}), 0) << get("err");
+    std::string hex;
+    for (int i = 0; i < 64; ++i)
+        hex += " 78";
+    EXPECT_EQ(get("t"),
+              "0.000 reset 0\n105.040 feed 61 62 63 | \"abc\" | text for the terminal | ok\n"
+              "105.680 companion" +
+                  hex + " | \"" + std::string(64, 'x') +
+                  "\" | text for the terminal | ok\n105.730 companion" + hex.substr(0, 18) +
+                  " | \"xxxxxx\" | text for the terminal | ok\n");
 }
 
 TEST_F(ScenarioProgram, a_wrong_command_line_gives_2) {
@@ -418,10 +444,11 @@ TEST_F(ScenarioProgram, lives_in_a_folder_and_saves_image_and_settings) {
 
 TEST_F(ScenarioProgram, a_first_start_plays_the_demo_and_keeps_what_it_programs) {
     std::filesystem::create_directory(folder / "kept");
-    put("kept/simulator.ini", "[Orvanel42]\niopvisible=1\n");
-    put("a.scn", "panel\nmark 250\nsettle\n");
+    put("kept/simulator.ini", "[Orvanel42]\niopvisible=1\nontop=1\nShowWindow=0\n");
+    put("a.scn", "panel\nmark 250\ngeometry\nsettle\n");
     EXPECT_EQ(run({"--dir", "kept", "a.scn"}), 0) << get("err");
-    EXPECT_EQ(get("out"), "panel 1 0 0 0 0 0 0 0\nmark 250 1\n");
+    EXPECT_EQ(get("out"),
+              "panel 1 0 0 0 0 0 0 0\nmark 250 1\ngeometry 100 60 292 164 cut on-top\n");
     EXPECT_EQ(get("kept/Orvanel42.bin").size(), 32768u);
     EXPECT_TRUE(get("kept/simulator.ini").find("iopvisible=1") != std::string::npos);
 
