@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
+#include <memory>
 #include <thread>
 
 namespace {
@@ -83,6 +84,23 @@ TEST_F(SerialModem, shows_dtr_and_rts_and_sees_cts) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, long_limit);
     EXPECT_EQ(real_serial_cts(line), 0);
     peer.join();
+    real_serial_close(line);
+}
+
+TEST_F(SerialModem, a_device_that_comes_back_has_the_rts_that_the_line_has) {
+    const std::string path = folder / "tty";
+    auto first = std::make_unique<StandIn>();
+    std::filesystem::create_symlink(first->name, path);
+    const int line = open_port(1, path);
+    ASSERT_GT(line, 0) << serial_fault;
+    real_serial_set_rts(line, false);
+    std::filesystem::remove(path);
+    first.reset();
+    EXPECT_TRUE(eventually([&] { return real_serial_queued_in(line) < 0; }));
+    modem.lines = 0;
+    std::filesystem::create_symlink(device.name, path);
+    EXPECT_TRUE(eventually([&] { return real_serial_queued_in(line) == 0; }));
+    EXPECT_TRUE(shows(TIOCM_DTR));
     real_serial_close(line);
 }
 

@@ -409,9 +409,12 @@ TEST_F(SerialStdio, takes_an_urgent_byte_of_a_socket_as_one_like_the_others) {
 }
 
 TEST_F(SerialLine, without_rts_makes_the_peer_wait_all_the_same) {
-    for (const char* kind : {"pty", "tcp:0"}) {
+    const StandIn device;  // without modem lines
+    for (const std::string& kind : {std::string{"pty"}, std::string{"tcp:0"}, device.name}) {
         const int line = open_port(1, kind);
-        const int peer = kind[0] == 'p' ? open_terminal(serial_peer_name(1)) : connect_to_line();
+        const int peer = kind == "pty"     ? open_terminal(serial_peer_name(1))
+                         : kind == "tcp:0" ? connect_to_line()
+                                           : dup(device.master);
         real_serial_set_rts(line, false);
         const std::string much(8'000'000, 'm');
         const ssize_t sent = ::write(peer, much.data(), much.size());
