@@ -68,17 +68,6 @@ TEST_F(ComPort, rts_goes_off_above_the_high_mark_and_comes_back_below_the_low_on
     EXPECT_TRUE(fake_line.rts);
 }
 
-TEST_F(ComPort, after_a_reset_rts_waits_for_the_next_byte_that_is_read) {
-    rx_pipe_put_block(Bytes(high_mark));
-    answer_to({'x'});
-    power_on_pipes();
-    answer_to({'x'});
-    EXPECT_FALSE(fake_line.rts);
-    rx_pipe_get();
-    link_turn();
-    EXPECT_TRUE(fake_line.rts);
-}
-
 TEST_F(ComPort, a_speed_of_the_module_lasts_until_its_reset) {
     com_set_baud(1200);
     link_turn();
@@ -120,11 +109,13 @@ TEST_F(ComPort, a_change_of_port_closes_the_former_one_and_drops_what_it_held) {
     link_turn();
     rx_pipe_get();
     receive({'x'});
+    com_rts_off();
     com_select(2, 9600);
     EXPECT_EQ(fake_line.closings, 0) << "link_thread does that";
     link_turn();
     EXPECT_EQ(fake_line.closings, 1);
     EXPECT_EQ(rx_count(), 0);
+    EXPECT_TRUE(fake_line.rts) << "what was asked of the former port is over";
     com_select(3, 9600);
     com_select(4, 9600);
     EXPECT_EQ(fake_line.closings, 2) << "a line that nobody has taken is closed by its opener";
@@ -173,13 +164,9 @@ TEST_F(ComPort, a_write_waits_three_seconds_for_cts) {
     };
     EXPECT_TRUE(com_write(data)) << "the last look counts";
     EXPECT_EQ(sent(), data);
-}
-
-TEST_F(ComPort, cts_is_looked_at_before_each_eight_bytes) {
-    in_real_time();
-    fake_line.on_write = [] { fake_line.cts = fake_line.out.size() >= 16 ? 1 : 0; };
-    EXPECT_FALSE(com_write(Bytes(20, 'x')));
-    EXPECT_EQ(sent().size(), 16u);
+    fake_line.on_wait = nullptr;
+    fake_line.cts = -1;
+    EXPECT_FALSE(com_write(data)) << "a fault counts as off";
 }
 
 TEST_F(ComPort, a_plain_block_is_lost_where_cts_stays_off) {
@@ -218,6 +205,10 @@ TEST_F(ComPort, a_device_that_takes_nothing_costs_a_write_three_seconds) {
     EXPECT_FALSE(com_write(data));
     EXPECT_EQ(fake_line.now_ms, 3010);
     EXPECT_EQ(sent().size(), 3u);
+    // One that takes a byte every two seconds has them all.
+    fake_line.on_wait = [] { fake_line.room = fake_line.now_ms % 2000 == 0 ? 1 : 0; };
+    EXPECT_TRUE(com_write(data));
+    EXPECT_EQ(sent(), data);
 }
 
 TEST_F(ComPort, a_change_of_port_and_the_end_break_off_a_wait) {

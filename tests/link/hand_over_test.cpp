@@ -34,6 +34,8 @@ std::atomic<int> lines_opened{0};
 std::atomic<int> lines_closed{0};
 std::atomic<int> wrong_uses{0};
 std::atomic<int> operations{0};
+std::atomic<int> rts_raised{0};
+std::atomic<int> rts_dropped{0};
 std::counting_semaphore<1'000'000> link_wake{0};
 std::atomic<bool> woken{false};
 
@@ -77,7 +79,9 @@ void serial_close(int line) {
 
 bool serial_set_baud(int line, std::int32_t /*baud*/) { return !fails(line); }
 
-void serial_set_rts(int line, bool /*on*/) { fails(line); }
+void serial_set_rts(int line, bool on) {
+    if (!fails(line)) ++(on ? rts_raised : rts_dropped);
+}
 
 int serial_cts(int line) { return fails(line) ? -1 : operations % 13 == 0 ? 1 : 0; }
 
@@ -153,6 +157,34 @@ TEST(HandOver, a_thousand_changes_lose_no_line_and_touch_none_that_is_closed) {
     EXPECT_GT(lines_opened, changes / 2);
     EXPECT_GT(line_bytes_in, 10'000u);
     EXPECT_GT(line_bytes_out, 10'000u);
+}
+
+TEST(HandOver, rts_stays_off_while_the_pipe_is_full_and_comes_back_by_a_reset_alone) {
+    const auto eventually = [](const auto& holds) {
+        const std::int64_t end = clock_ms() + 60'000;
+        while (!holds() && clock_ms() < end)
+            std::this_thread::sleep_for(std::chrono::milliseconds{1});
+        return holds();
+    };
+    power_on_pipes();
+    choose_protocol(false);
+    tick_enabled = true;
+    com_select(1, fast);
+    std::thread link(run_link);
+    const int raised = rts_raised;
+    EXPECT_TRUE(eventually([] { return rts_dropped > 0; }));
+    const int enough = operations + 500;
+    EXPECT_TRUE(eventually([enough] { return operations > enough; }));
+    EXPECT_EQ(rts_raised, raised);
+    power_on_pipes();
+    EXPECT_TRUE(eventually([raised] { return rts_raised > raised; }));
+    shutdown_requested = true;
+    wake_link();
+    link.join();
+    close_link();
+    shutdown_requested = false;
+    com_port = 0;
+    power_on_pipes();
 }
 
 TEST(HandOver, the_end_comes_at_once_whatever_the_link_waits_for) {

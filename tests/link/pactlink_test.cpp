@@ -148,7 +148,8 @@ TEST_F(Pactlink, short_commands_change_nothing) {
     EXPECT_EQ(ask({'D'}), ack);
     EXPECT_EQ(packet_size, 9);
     EXPECT_EQ(frame_timeout_reload, 9);
-    EXPECT_EQ(ask({'A', 'D'}), silence);
+    ask({'A', 'S', 7});
+    EXPECT_EQ(ask({'A', 'D'}), silence) << "though a 7 stands where the address would";
     EXPECT_EQ(ask({'A'}), silence);
     EXPECT_TRUE(module_selected);
 }
@@ -166,6 +167,11 @@ TEST_F(Pactlink, a_frame_that_stalls_is_dropped_after_its_time) {
         ticks(4);
         EXPECT_EQ(frame_progress.load().state, FrameState::start);
         EXPECT_EQ(answer_to(tail), silence) << cut;
+    }
+    for (const std::uint8_t byte : whole) {
+        ticks(3);
+        EXPECT_EQ(answer_to({byte}), byte == whole.back() ? ack : silence)
+            << "each byte has its time";
     }
     delivered();
     ask({'D', 64, 0});
@@ -201,7 +207,7 @@ TEST_F(Pactlink, a_turn_reads_the_bytes_of_one_answer_and_finds_all_frames_in_th
     for (int i = 0; i < 20; ++i)
         many = joined({many, control_frame({'?'})});
     receive(many);
-    link_turn();
+    EXPECT_EQ(link_turn(), LinkRest::none);
     EXPECT_EQ(fake_line.in.size(), many.size() - 67);
     EXPECT_EQ(sent(), Bytes(16, 0x06));
     EXPECT_EQ(answer_to({}), Bytes(4, 0x06));
@@ -218,10 +224,17 @@ TEST_F(Pactlink, without_cts_answers_are_lost_and_frames_are_not) {
 }
 
 TEST_F(Pactlink, answers_wait_for_the_peer_and_plain_bytes_do_not) {
-    tx_pipe_put_block(bytes("abc"));
+    int wakes = 0;
+    fake_line.on_wake = [&wakes] { ++wakes; };
+    tx_pipe_put_block(bytes("ab"));
     EXPECT_EQ(answer_to({}), silence);
+    EXPECT_EQ(wakes, 0);
     answer_to({0x11, 2, 'A'});
     choose_protocol(false);
+    EXPECT_EQ(wakes, 1);
+    tx_pipe_put('c');
+    EXPECT_EQ(wakes, 2);
+    fake_line.on_wake = nullptr;
     EXPECT_EQ(answer_to({'x'}), (Bytes{'a', 'b', 'c'}));
     EXPECT_EQ(delivered(), Bytes{'x'});
     choose_protocol(true);
