@@ -78,6 +78,7 @@ TEST(KitCommands, writes_a_command_under_both_lead_ins) {
         {{"#AT 1,2,3,4,code,0,\"\""}, bytes_from("#AT1,2,3,4,9,0,\n")},
         {{"#SB 1B \"ok\""}, bytes_from("#SB3,\x1Bok")},
         {{"ESC SB \"ok\""}, {0x1B, 'S', 'B', 2, 'o', 'k'}},
+        {{"#SB \"" + std::string(255, 'x') + '"'}, bytes_from("#SB255," + std::string(255, 'x'))},
         {{"#YL 2"}, {'#', 'Y', 'L', 2}},
         {{"#UL 5,6,picture face"}, {'#', 'U', 'L', '5', ',', '6', ',', 1, 1, 0x80}},
         {{"ESC UL 5,6,08 01 AA"}, {0x1B, 'U', 'L', 5, 6, 8, 1, 0xAA}},

@@ -78,6 +78,11 @@ TEST(KitFont, holds_each_glyph_of_a_bdf_dot_for_dot) {
                 << "character " << number << ", row " << y;
         EXPECT_EQ(image[bits + 5], 0) << "the row below the base line";
     }
+    std::string with_returns;
+    for (const char c : text)
+        with_returns += c == '\n' ? "\r\n" : std::string(1, c);
+    const Font same = read_bdf(name, with_returns, all_codes(), Encoding::stated);
+    EXPECT_EQ(font_bytes(same, fault), image);
 }
 
 TEST(KitFont, a_glyph_that_reaches_out_of_its_advance_gets_a_wider_cell) {
@@ -92,8 +97,17 @@ TEST(KitFont, a_glyph_that_reaches_out_of_its_advance_gets_a_wider_cell) {
         "f.bdf", small_head + character('.', "DWIDTH 3 0\nBBX 1 1 1 0\nBITMAP\n80\n") + "ENDFONT\n",
         all_codes(), Encoding::stated);
     trim_rows(trimmed);
-    widen(trimmed, 1);
-    EXPECT_EQ(dots_text(trimmed.glyphs.at('.')), "\n.#..\n");
+    widen(trimmed, 2);
+    EXPECT_EQ(dots_text(trimmed.glyphs.at('.')), "\n.#...\n");
+    // The rows are those that the font states, and more where a glyph needs them.
+    for (const auto& [ascent, rows] : {std::pair{"3", "\n...\n...\n.#.\n"}, {"-1", "\n.#.\n"}}) {
+        const Font stated =
+            read_bdf("f.bdf",
+                     small_head + ("FONT_ASCENT " + std::string(ascent)) + "\nFONT_DESCENT 0\n" +
+                         character('.', "DWIDTH 3 0\nBBX 1 1 1 0\nBITMAP\n80\n") + "ENDFONT\n",
+                     all_codes(), Encoding::stated);
+        EXPECT_EQ(dots_text(stated.glyphs.at('.')), rows);
+    }
 }
 
 TEST(KitFont, numbers_of_a_bdf_are_unicode_unless_it_is_our_own) {

@@ -108,6 +108,7 @@ TEST_F(KitImage, length_crc_and_stream_length_are_met_by_filler) {
     EXPECT_EQ(fault, "");
     EXPECT_EQ(stream.size(), 32454U);
     EXPECT_EQ(image_from_stream(stream, eeprom_small), built.image);
+    EXPECT_EQ(build("", {32766, -1, -1}).image.size(), 32768U) << messages;
     // The CRC alone: two bytes behind the last item.
     EXPECT_EQ(summary_of(build(source, {-1, 0, -1}).image),
               "32768 bytes, length 0x0E35, CRC 0x0000");
@@ -140,6 +141,17 @@ TEST_F(KitImage, its_stream_programs_the_module_and_moves_with_the_blocks) {
     run_stream(stream);
     EXPECT_TRUE(std::equal(built.image.begin(), built.image.end(), eeprom_image.begin()));
     EXPECT_EQ(eeprom_state, EepromState::programmed);
+
+    // Without a restart; and a command that erases, as the module carries it out.
+    const Built open = build("[stream]\nrestart = no\n[stream behind]\n#&E 0x0E31,2,C\n"
+                             "[normal macro 0]\n#SB \"never\"\n");
+    const Bytes erasing = stream_from(open.kit, open.image, fault);
+    EXPECT_EQ(erasing.back(), 'C');
+    fresh_module();
+    run_stream(erasing);
+    const Bytes erased = image_from_stream(erasing, eeprom_small);
+    EXPECT_NE(erased, open.image);
+    EXPECT_TRUE(std::equal(erased.begin(), erased.end(), eeprom_image.begin()));
 }
 
 TEST_F(KitImage, check_tells_what_is_wrong) {
@@ -152,9 +164,9 @@ TEST_F(KitImage, check_tells_what_is_wrong) {
     EXPECT_EQ(joined(findings_of(Bytes(32768, 0xFF))),
               "the image is not programmed: its length is 0xFFFF\n");
     const Bytes damaged = build("[normal macro 1]\n#DL\n[bytes 0x002]\n00 00 30 0E 31 0E\n"
-                                "[bytes 0x020]\nFF 7F 30 0E\n"
-                                "[bytes 0x230]\n31 0E 09 00 30 0E 02 00\n"
-                                "[bytes 0xE33]\n12 34\n")
+                                "[bytes 0x020]\nFF 7F 30 0E 00 70\n"
+                                "[bytes 0x230]\n31 0E 09 00 30 0E 02 00 FE 7F 02 00 FE 7F 03 00\n"
+                                "[bytes 0xE33]\n12 34\n[bytes 0x7000]\n01 83\n")
                               .image;
     EXPECT_EQ(joined(findings_of(damaged)),
               "the CRC is 0x3412 and should be " + hex4(crc_of(std::span(damaged).first(0xE33))) +
@@ -164,7 +176,10 @@ TEST_F(KitImage, check_tells_what_is_wrong) {
                   "font 3 is unusable: there is no font at 0x0E31\n"
                   "picture 0 is unusable: it ends beyond the image, at 0x8001\n"
                   "picture 1 ends at 0x0F86, behind the length that the CRC covers\n"
+                  "picture 2 is unusable: its two images share 3 rows, an odd number\n"
                   "normal macro 0 ends at 0x0E3A, behind the length that the CRC covers\n"
+                  "normal macro 2 ends at 0x8000, behind the length that the CRC covers\n"
+                  "normal macro 3 is unusable: it ends beyond the image, at 0x8001\n"
                   "picture 1 at 0x0E30 overlaps normal macro 1, which ends at 0x0E32\n"
                   "normal macro 0 at 0x0E31 overlaps picture 1, which ends at 0x0F86\n"
                   "the CRC at 0x0E33 overlaps picture 1, which ends at 0x0F86\n");
@@ -256,6 +271,7 @@ TEST_F(KitImage, a_dump_can_be_changed) {
 // Random kits, through the image, its dump and its stream.
 TEST_F(KitImage, random_kits_come_back_whole) {
     std::mt19937 random(12);
+    Bytes streams;  // one behind the other, as a device programs its module anew
     for (int round = 0; round < 15; ++round) {
         const std::string source = random_pictures(random) + random_macros(random);
         const BuildOptions options{random() % 2 == 0 ? -1 : 0x4000, random() % 2 == 0 ? -1 : 0x1234,
@@ -264,7 +280,8 @@ TEST_F(KitImage, random_kits_come_back_whole) {
         ASSERT_EQ(messages, "") << source;
         std::string fault;
         const Bytes stream = stream_from(built.kit, built.image, fault);
-        EXPECT_EQ(image_from_stream(stream, eeprom_small), built.image);
+        streams.insert(streams.end(), stream.begin(), stream.end());
+        EXPECT_EQ(image_from_stream(streams, eeprom_small), built.image);
         EXPECT_EQ(build_dump(built.image), built.image);
         EXPECT_EQ(messages, "");
     }

@@ -75,6 +75,23 @@ TEST(KitPicture, is_the_same_out_of_every_kind_of_file) {
     EXPECT_EQ(dots_text(decoded(binary)), wanted);
 }
 
+TEST(KitPicture, takes_a_colour_for_as_light_as_the_eye_does_and_what_is_clear_for_white) {
+    const Dots dots = dots_from("#.\n");
+    Bytes bmp = bmp_of(dots, true, 0);
+    for (const auto& [at, byte] : {std::pair{54, 0}, {55, 255}, {56, 0}, {60, 255}})
+        bmp[static_cast<std::size_t>(at)] = static_cast<std::uint8_t>(byte);
+    EXPECT_EQ(dots_text(decoded(bmp)), "\n#.\n") << "red is dark, green is light";
+    // Black, once clear and once not.
+    EXPECT_EQ(dots_text(decoded(Bytes{0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A, 0x00, 0x00,
+                                      0x00, 0x0D, 0x49, 0x48, 0x44, 0x52, 0x00, 0x00, 0x00, 0x02,
+                                      0x00, 0x00, 0x00, 0x01, 0x08, 0x06, 0x00, 0x00, 0x00, 0xF4,
+                                      0x22, 0x7F, 0x8A, 0x00, 0x00, 0x00, 0x0C, 0x49, 0x44, 0x41,
+                                      0x54, 0x78, 0x9C, 0x63, 0x60, 0x80, 0x80, 0xFF, 0x00, 0x01,
+                                      0x08, 0x01, 0x00, 0x4D, 0x19, 0x8F, 0x39, 0x00, 0x00, 0x00,
+                                      0x00, 0x49, 0x45, 0x4E, 0x44, 0xAE, 0x42, 0x60, 0x82})),
+              "\n.#\n");
+}
+
 TEST(KitPicture, refuses_what_is_damaged_or_too_large_without_taking_memory) {
     const Dots dots = dots_from(shape);
     Bytes png = encode_png(gray_of(dots));

@@ -41,13 +41,46 @@ expect 0 '' diff a.bin c.bin
 expect 2 '*empty*' dump a.bin -o out
 
 # A fault keeps the old file.
-printf '[normal macro 0]\n#GX\n' >bad.kit
-expect 1 'bad.kit:2:3: error: group G has*' build bad.kit -o a.bin
+printf '[normal macro 0]\n#GX\n[font 0]\n' >bad.kit
+expect 1 'bad.kit:2:3: error: group G has*bad.kit:3:7*' build bad.kit -o a.bin
 cmp -s a.bin b.bin || { echo "program.sh: a fault has cost the old image" >&2; failed=1; }
 printf '[normal macro 0]\n#MN 0\n' >loop.kit
 expect 1 '*starts itself' check loop.kit
 printf '[power-on macro 0]\n#GD 0,0,250,127\n#MN 9\n' >remarks.kit
 expect 1 '*power-on macro 0 at 0x0E30, #GD 0,0,250,127: 250 clamped to 239*macro 9 is missing' check remarks.kit
+# What only a finger reaches: a switch's second state, a row of a list; and what nothing starts.
+cat >touch.kit <<KIT
+[font 5]
+file = "$examples/device/small.bdf"
+[power-on macro 0]
+#AF 5
+#AK 0,0,40,20,1,2,"S"
+#AM 50,0,90,20,0,0,10,"UM|A|B|C"
+#MD 1,1,5,5,50
+[normal macro 5]
+#BA 4,5
+[power-on macro 2]
+#MN 8
+[touch macro 2]
+#BA 1,5
+[menu macro 12]
+#BA 2,5
+[touch macro 3]
+#BA 3,5
+#MN 7
+KIT
+expect 1 '*power-on macro 2*macro 8 is*touch macro 2*bar 1 is*menu macro 12*bar 2 is*touch macro 3*macro 7 is missing' \
+    check touch.kit
+expect 1 '*normal macro 5*bar 4 is*' check touch.kit  # by a timer of 5 s
+if "$kit" check touch.kit | grep 'bar 3'; then
+    echo "program.sh: a bar that some page may have defined is told" >&2
+    failed=1
+fi
+printf '[stream before]\n#GD 0,0,250,127\n[normal macro 0]\n#DL\n' >talks.kit
+expect 1 'talks.kit: stream at 0x0000, #GD 0,0,250,127: 250 clamped to 239' check talks.kit
+# What a short image leaves out is erased.
+printf '\377\377' >short.bin
+expect 0 'short.bin: 32768 bytes, not programmed' dump short.bin
 expect 1 '*differs*' diff loop.kit "$examples/panel.kit"
 
 # What can't be read or written is no fault of the source.

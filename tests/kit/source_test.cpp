@@ -12,6 +12,10 @@ namespace {
 
 using KitSource = KitFolder;
 
+const char* const one_character =
+    "STARTFONT 2.1\nFONTBOUNDINGBOX 4 4 0 -1\nSTARTCHAR A\nENCODING 65\nDWIDTH 2 0\n"
+    "BBX 1 1 0 0\nBITMAP\n80\nENDCHAR\nENDFONT\n";
+
 /// The bytes of the item with this name.
 Bytes item_bytes(const Kit& kit, std::string_view name) {
     for (const Item& item : kit.items)
@@ -29,6 +33,12 @@ TEST_F(KitSource, tells_each_fault_with_its_place) {
     put("loop.kit", "include loop.kit\n");
     put("bad.kit", "\n\n[nothing]\n");
     put("text.txt", "hello");
+    put("a.bdf", one_character);
+    for (int i = 0; i < 17; ++i)
+        put("deep" + std::to_string(i) + ".kit", "include deep" + std::to_string(i + 1) + ".kit\n");
+    const std::string long_macro = "[normal macro 1]\nbytes " + std::string(2 * 65535, '0');
+    const std::string five_macros = "[power-on macro]\n[power-on macro]\n[power-on macro]\n"
+                                    "[power-on macro]\n[power-on macro]\n";
     put("short.fh7", Bytes{'F', 'H', '7', 0, 1, 200});
     struct Case {
         std::string_view source, message;
@@ -42,7 +52,12 @@ TEST_F(KitSource, tells_each_fault_with_its_place) {
         {"\n\ninclude bad.kit\n", "bad.kit:3:2: error: 'nothing' is no heading; expected image, "
                                   "constants, font, picture, power-on macro, normal macro, touch "
                                   "macro, menu macro, bytes or stream"},
+        {"include deep0.kit\n",
+         "deep14.kit:1:9: error: 'deep15.kit': is included too deep, at most "
+         "16 files"},
         // Headings
+        {five_macros, "k.kit:5:2: error: no number is free, the last power-on macro is 3"},
+        {long_macro, "k.kit:1:2: error: the macro takes more than 65534 bytes"},
         {"[font 16]\n", "k.kit:1:7: error: the number is outside 1 to 15"},
         {"[font x", "k.kit:1:8: error: expected a number, a name or ]"},
         {"[normal 3]", "k.kit:1:9: error: expected the word macro"},
@@ -106,6 +121,8 @@ TEST_F(KitSource, tells_each_fault_with_its_place) {
         {"[font 1]\nfile = text.txt", "k.kit:2:8: error: expected size = DOTS for this font too"},
         {"[font 1]\nfile = short.fh7", "k.kit:2:8: error: 'short.fh7' is a damaged font"},
         {"[font 1]\nrange = 9..3", "k.kit:2:9: error: the range ends before it begins"},
+        {"[font 1]\nfile = a.bdf\nchars = \"AB\"",
+         "k.kit:2:8: error: 'a.bdf' has no character \"B\""},
         // Pictures
         {"[picture 1]\nfile = text.txt",
          "k.kit:2:8: error: 'text.txt' is neither a PNG nor a BMP nor a PBM"},
@@ -115,11 +132,15 @@ TEST_F(KitSource, tells_each_fault_with_its_place) {
                                          "picture has 1 to 1048576"},
         {"[picture 1]\nfile = ok.pbm\npart = 1,0,2,2", "k.kit:3:8: error: the part reaches out of "
                                                        "the picture, which is 2 x 2 dots"},
+        {"[picture 1]\nfile = ok.pbm\npart = 0,1,2,2", "k.kit:3:8: error: the part reaches out of "
+                                                       "the picture, which is 2 x 2 dots"},
         {"[picture 1]\nfile = ok.pbm\nsecond = tall.pbm",
          "k.kit:3:10: error: 'tall.pbm' differs in size from the first image"},
         {"[picture 1]\nfile = tall.pbm\nsecond = tall.pbm",
          "k.kit:3:10: error: 'tall.pbm' has 100 rows; two images have at most 63 each"},
         // Places
+        {"[menu macro 1]\nsame = menu macro 2\n#DL\n[menu macro 2]\n#DS",
+         "k.kit:1:2: error: the macro has same, and commands beside it"},
         {"[picture 1]\nsame = picture 2", "k.kit:2:8: error: there is no such item here"},
         {"[picture 1]\nsame = picture 1", "k.kit:2:8: error: that is this item itself"},
         {"[picture 1]\nsame = normal macro 2\n[normal macro 2]\n#DL",
@@ -128,8 +149,8 @@ TEST_F(KitSource, tells_each_fault_with_its_place) {
          "k.kit:1:2: error: shares the bytes of an item that has none of its own"},
         {"[menu macro 1]\nat = 16\n#DL",
          "k.kit:1:2: error: menu macro 1 lies in the tables, which end at 0x0E30"},
-        {"[menu macro 1]\n#DL\n[menu macro 2]\nat = 0x0E31\n#DL",
-         "k.kit:3:2: error: menu macro 2 at 0x0E31 overlaps menu macro 1, which ends at 0x0E33"},
+        {"[menu macro 1]\n#DL\n[menu macro 2]\nat = 0x0E32\n#DL",
+         "k.kit:3:2: error: menu macro 2 at 0x0E32 overlaps menu macro 1, which ends at 0x0E33"},
         {"[bytes 0x7FFF]\n01 02", "k.kit:1:2: error: these bytes reach beyond the EEPROM"},
         {"[image]\nlength = 100", "k.kit: error: the image takes 3632 bytes, more than the wanted "
                                   "length of 100"},
@@ -162,16 +183,37 @@ TEST_F(KitSource, an_include_stands_for_its_lines_and_takes_paths_from_its_folde
     EXPECT_EQ(item_bytes(built.kit, "dot"), (Bytes{1, 1, 0x80}));
 }
 
+TEST_F(KitSource, fonts_and_pictures_are_made_as_their_settings_say) {
+    put("a.bdf", one_character);
+    put("two.pbm", "P1 4 2 1001 0110");
+    put("high.pbm", "P4 8 63 " + std::string(63, '\xAA'));
+    const Built built =
+        build("[font 1 face]\nfile = a.bdf\ngap = 3\nwidth = 9\nspacing = 2\n"
+              "[picture right]\nfile = two.pbm\npart = 2,0,2,2\n"
+              "[picture both]\nfile = two.pbm\npart = 0,0,2,2\nsecond_part = 2,0,2,2\n"
+              "[picture dark]\nfile = two.pbm\ninvert = yes\n"
+              "[picture high]\nfile = high.pbm\nsecond = high.pbm\n");
+    EXPECT_EQ(messages, "");
+    EXPECT_EQ(
+        item_bytes(built.kit, "face"),
+        (Bytes{'F', 'H', '7', 1, 'A', 'A', 9, 4, 19, 0, 3, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0, 0x80, 0}));
+    EXPECT_EQ(item_bytes(built.kit, "right"), (Bytes{2, 2, 0x40, 0x80}));
+    EXPECT_EQ(item_bytes(built.kit, "both"), (Bytes{2, 0x84, 0x80, 0x40, 0x40, 0x80}));
+    EXPECT_EQ(item_bytes(built.kit, "dark"), (Bytes{4, 2, 0x60, 0x90}));
+    EXPECT_EQ(item_bytes(built.kit, "high").size(), 128U);
+}
+
 TEST_F(KitSource, numbers_what_has_none_and_adds_names_up) {
-    const Built built = build("[constants]\nleft = $10\nwide = left + 5 - 1 ; a comment\n"
-                              "[touch macro go]\n#GP wide,left+left\n"
-                              "[touch macro 0]\n#DL\n[touch macro back]\nESC MT go\n");
+    const Built built =
+        build("[constants]\nleft = 0X10\nback = -1 + 3\nwide = left + 5 - 1 ; a comment\n"
+              "[touch macro go]\n#GP wide,left+left\n#GP $A,back\n"
+              "[touch macro 0]\n#DL\n[touch macro again]\nESC MT go\n");
     EXPECT_EQ(messages, "");
     ASSERT_EQ(built.kit.items.size(), 3U);
     EXPECT_EQ(built.kit.items[0].number, 1);
     EXPECT_EQ(built.kit.items[2].number, 2);
-    EXPECT_EQ(item_bytes(built.kit, "go"), bytes_from("#GP20,32;"));
-    EXPECT_EQ(item_bytes(built.kit, "back"), (Bytes{0x1B, 'M', 'T', 1}));
+    EXPECT_EQ(item_bytes(built.kit, "go"), bytes_from("#GP20,32;#GP10,2;"));
+    EXPECT_EQ(item_bytes(built.kit, "again"), (Bytes{0x1B, 'M', 'T', 1}));
 }
 
 }  // namespace orvanel
