@@ -1,5 +1,6 @@
 #include "kit/kit.h"
 
+#include "base/nearest.h"
 #include "base/words.h"
 #include "firmware/store/ground/eeprom.h"
 #include "kit/commands.h"
@@ -146,7 +147,8 @@ int take_item(Scanner& scanner, const Kit& kit) {
         for (int i = 1; i <= static_cast<int>(Kind::menu); ++i)
             if (rest.starts_with(kind_name(Kind(i)))) wanted.kind = Kind(i);
         if (wanted.kind == Kind::number)
-            fail(start, "expected a name, or a kind and a number: picture 3, touch macro 7");
+            fail(start, "expected a name, or a kind and a number: picture 3, touch macro 7" +
+                            is_it(rest.substr(0, rest.find(' ')), all_of(kit.names)));
         scanner.at += kind_name(wanted.kind).size();
         wanted.number = take_number(scanner, least_of(wanted.kind), most_of(wanted.kind));
     }

@@ -1,5 +1,6 @@
 #include "kit/names.h"
 
+#include "base/nearest.h"
 #include "base/words.h"
 
 #include <array>
@@ -40,7 +41,8 @@ int take_term(Scanner& scanner, const Names& names, Kind wanted, std::string_vie
         return take_number(scanner, 0, widest);
     }
     const auto found = names.find(name);
-    if (found == names.end()) fail(start, in_quotes(name) + " is the name of nothing here");
+    if (found == names.end())
+        fail(start, in_quotes(name) + " is the name of nothing here" + is_it(name, all_of(names)));
     const Named& named = found->second;
     if (named.kind != Kind::number && named.kind != wanted)
         fail(start, in_quotes(name) + " is a " + std::string(kind_name(named.kind)) + ", and " +
@@ -51,6 +53,13 @@ int take_term(Scanner& scanner, const Names& names, Kind wanted, std::string_vie
 }
 
 }  // namespace
+
+std::vector<std::string_view> all_of(const Names& names) {
+    std::vector<std::string_view> all;
+    for (const auto& [name, named] : names)
+        all.push_back(name);
+    return all;
+}
 
 std::string_view kind_name(Kind kind) { return row_of(kind).name; }
 int most_of(Kind kind) { return row_of(kind).most; }

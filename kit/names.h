@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvanel {
 
@@ -29,6 +30,9 @@ struct Named {
 };
 
 using Names = std::map<std::string, Named, std::less<>>;
+
+/// The names alone, for a message.
+std::vector<std::string_view> all_of(const Names& names);
 
 /// Numbers and names joined by + and -, e.g. `left + 8`. Throws unless the sum lies in least..most
 /// and its names are plain numbers or of the kind that is wanted. `what` names the value in

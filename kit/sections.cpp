@@ -1,5 +1,6 @@
 #include "kit/sections.h"
 
+#include "base/nearest.h"
 #include "base/words.h"
 
 #include <algorithm>
@@ -11,6 +12,19 @@ namespace {
 constexpr std::string_view topics =
     "image, constants, font, picture, power-on macro, normal macro, touch macro, menu macro, "
     "bytes or stream";
+
+/// The one of the list, `a, b macro or c`, that the word was meant for; else the list.
+std::string expected(std::string_view word, std::string_view list) {
+    std::vector<std::string_view> names;
+    for (std::string_view rest = list; !rest.empty();) {
+        const std::size_t end = std::min(rest.find_first_of(", "), rest.size());
+        const std::string_view name = rest.substr(0, end);
+        if (name != "or" && name != "macro") names.push_back(name);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    const std::string guess = is_it(word, names);
+    return guess.empty() ? "; expected " + std::string(list) : guess;
+}
 
 Kind kind_of(std::string_view word) {
     for (const Kind kind :
@@ -62,7 +76,7 @@ Section take_heading(Scanner& scanner) {
     } else {
         section.kind = kind_of(word);
         if (section.kind == Kind::number)
-            fail(start, in_quotes(word) + " is no heading; expected " + std::string(topics));
+            fail(start, in_quotes(word) + " is no heading" + expected(word, topics));
         if (is_macro(section.kind) && take_name(scanner) != "macro")
             fail(scanner, "expected the word macro");
         take_title(scanner, section);
@@ -164,7 +178,7 @@ void for_settings(const std::vector<SourceLine>& lines, Faults& faults,
 
 void fail_key(const Setting& setting, std::string_view keys) {
     fail(setting.key_place,
-         in_quotes(setting.key) + " is no setting here; expected " + std::string(keys));
+         in_quotes(setting.key) + " is no setting here" + expected(setting.key, keys));
 }
 
 bool take_yes(Scanner& scanner) {

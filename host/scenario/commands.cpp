@@ -1,5 +1,6 @@
 #include "host/scenario/commands.h"
 
+#include "base/nearest.h"
 #include "base/words.h"
 #include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/requests.h"
@@ -27,9 +28,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <numeric>
 #include <system_error>
-#include <utility>
+#include <vector>
 
 namespace orvanel {
 
@@ -286,35 +286,15 @@ constexpr ScenarioCommand commands[]{
 };
 // clang-format on
 
-/// How many letters have to be put in, left out or changed to make one of the other.
-std::size_t edit_distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
-        }
-    }
-    return row.back();
-}
-
 void report_unknown(std::string_view name) {
-    constexpr std::size_t longest_name = 30;  // beyond it nobody means a command of ours
-    std::string message = "unknown command " + in_quotes(name);
+    const std::string message = "unknown command " + in_quotes(name);
     if (name.starts_with('#') || name.starts_with('\x1B'))
         return report_fault(
             wrong_line, message + "; a stream of the module's commands is played by 'feed FILE'");
-    const auto* nearest = std::min_element(
-        std::begin(commands), std::end(commands), [name](const auto& a, const auto& b) {
-            return edit_distance(name.substr(0, longest_name), a.name) <
-                   edit_distance(name.substr(0, longest_name), b.name);
-        });
-    if (edit_distance(name.substr(0, longest_name), nearest->name) <= nearest->name.size() / 2)
-        message += "; is it " + in_quotes(nearest->name) + "?";
-    report_fault(wrong_line, message);
+    std::vector<std::string_view> names;
+    for (const ScenarioCommand& command : commands)
+        names.push_back(command.name);
+    report_fault(wrong_line, message + is_it(name, names));
 }
 
 void run_command(const ScenarioCommand& command, std::string_view rest) {

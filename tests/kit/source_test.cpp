@@ -70,11 +70,15 @@ TEST_F(KitSource, tells_each_fault_with_its_place) {
         // Settings
         {"[image]\nmemory 32", "k.kit:2:1: error: expected KEY = VALUE"},
         {"[image]\nmemory = 48", "k.kit:2:10: error: expected 32 or 64"},
+        {"[imge]\nsize = 48", "k.kit:1:2: error: 'imge' is no heading; is it 'image'?"},
+        {"[image]\nlenght = 48", "k.kit:2:1: error: 'lenght' is no setting here; is it 'length'?"},
         {"[image]\nsize = 48", "k.kit:2:1: error: 'size' is no setting here; expected memory, "
                                "length or crc"},
         {"[image]\ncrc = 1\ncrc = 2", "k.kit:3:1: error: 'crc' is set twice"},
         {"[stream]\nblock = 1", "k.kit:2:9: error: the number is outside 16 to 65535"},
         {"[stream]\nrestart = maybe", "k.kit:2:11: error: expected yes or no"},
+        {"[constants]\nleft = 5\nright = lefd + 2",
+         "k.kit:3:9: error: 'lefd' is the name of nothing here; is it 'left'?"},
         {"[constants]\na = b", "k.kit:2:5: error: 'b' is the name of nothing here"},
         {"[constants]\na = 5 - 6", "k.kit:2:5: error: a is -1, outside 0 to 65535"},
         {"[constants]\na = 1 2", "k.kit:2:7: error: expected the end of the line"},

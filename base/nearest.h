@@ -1,0 +1,15 @@
+// nearest.h: what a word that nobody knows was meant for.
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvanel {
+
+/// `; is it 'NAME'?` with the name that the word comes closest to; empty if none comes close. A
+/// message that says what is wrong with the word can end in it.
+std::string is_it(std::string_view word, const std::vector<std::string_view>& names);
+
+}  // namespace orvanel
