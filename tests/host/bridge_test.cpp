@@ -77,7 +77,7 @@ class Companion : public Bridge {
 
     [[nodiscard]] int connect() const {
         std::string fault;
-        const int fd = connect_to_instance(folder, fault);
+        const int fd = connect_to_instance(folder, Deadline::max(), fault);
         EXPECT_GE(fd, 0) << fault;
         serve();
         return fd;
