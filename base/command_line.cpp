@@ -1,14 +1,17 @@
 #include "base/command_line.h"
 
+#include "base/nearest.h"
 #include "base/visible.h"
 
 // It takes longer to compile than anything else here: no other file includes it, and this one is
 // built without optimisation.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
-#include <iostream>
 #include <sstream>
+#include <string_view>
 
 namespace orvanel {
 
@@ -59,13 +62,86 @@ void add_options(CLI::App& app, const std::vector<Option>& options) {
     }
 }
 
-/// Says what has ended the reading, a fault with the user's words in it or the help, and gives the
-/// status.
-int told(const CLI::App& app, const CLI::Error& end) {
-    std::ostringstream fault;
-    const int status = app.exit(end, std::cout, fault);
-    std::fputs(visible_lines(fault.str()).c_str(), stderr);
-    return status == 0 ? 0 : wrong_command_line;
+/// The help with its long lines broken at spaces; the text of an option stays in its column.
+std::string wrapped(const std::string& help, std::size_t option_column) {
+    constexpr std::size_t most_columns = 80;
+    std::string all;
+    std::istringstream lines(help);
+    for (std::string line; std::getline(lines, line); all += line + '\n') {
+        const std::size_t indent = line.starts_with(' ') ? option_column : 0;
+        while (line.size() > most_columns) {
+            const std::size_t space = line.rfind(' ', most_columns);
+            if (space == std::string::npos || space <= indent) break;
+            all += line.substr(0, space) + '\n';
+            line.replace(0, space + 1, indent, ' ');
+        }
+    }
+    return all;
+}
+
+bool looks_like_option(std::string_view word) { return word.size() > 1 && word.starts_with('-'); }
+
+/// `command` is the one that was given before the word, or null.
+std::string no_option(const CommandLine& line, const CLI::App& app, const CLI::App* command,
+                      const std::string& word) {
+    std::string fault = "'" + word.substr(0, word.find('=')) + "' is no option";
+    if (command != nullptr)
+        fault += " of " + command->get_name();
+    else if (!line.commands.empty())
+        fault += " before the subcommand";
+    std::vector<std::string_view> names;
+    for (const CLI::Option* option : (command == nullptr ? app : *command).get_options())
+        names.insert(names.end(), option->get_lnames().begin(), option->get_lnames().end());
+    const std::size_t dashes = std::min(word.find_first_not_of('-'), word.size());
+    const std::string_view nearest =
+        nearest_name(std::string_view(word).substr(dashes, word.find('=') - dashes), names);
+    return nearest.empty() ? fault : fault + "; is it '--" + std::string(nearest) + "'?";
+}
+
+std::string no_command(const CommandLine& line, const std::string& word) {
+    std::vector<std::string_view> names;
+    for (const Command& command : line.commands)
+        names.emplace_back(command.name);
+    return "'" + word + "' is no subcommand" + is_it(word, names);
+}
+
+/// What is wrong with the line. CLI11 looks at the values before it looks at what it doesn't know,
+/// but a wrong value often only follows from that: in `--seral pty` pty is taken for a file.
+std::string fault_in(const CLI::App& app, const CommandLine& line, const CLI::Error& found) {
+    const std::vector<CLI::App*> given = app.get_subcommands();
+    const bool lacks_command = !line.commands.empty() && given.empty();
+    const std::vector<std::string> before = app.remaining();
+    std::vector<std::string> unknown = app.remaining(true);
+    // What comes after it is no option, whatever it looks like.
+    unknown.erase(std::find(unknown.begin(), unknown.end(), "--"), unknown.end());
+    const auto word = lacks_command
+                          ? unknown.begin()
+                          : std::find_if(unknown.begin(), unknown.end(), looks_like_option);
+    if (word == unknown.end()) return found.what();
+    const bool is_before = std::count(before.begin(), before.end(), *word) > 0;
+    if (looks_like_option(*word))
+        return no_option(line, app, is_before || given.empty() ? nullptr : given.front(), *word);
+    return no_command(line, *word);
+}
+
+/// `call` is the program, with its command if one was given: what has a help of its own.
+int refuse(const std::string& program, const std::string& fault, const std::string& call) {
+    tell_user(program + ": error: " + fault + "\nRun " + call + " --help for what it takes.");
+    return wrong_command_line;
+}
+
+/// Says what has ended the reading, a fault or the help, and gives the status.
+int told(const CLI::App& app, const CommandLine& line, const CLI::Error& end) {
+    if (end.get_exit_code() != 0) {
+        std::string call = line.program;
+        for (const CLI::App* command : app.get_subcommands())
+            call += " " + command->get_name();
+        return refuse(line.program, fault_in(app, line, end), call);
+    }
+    std::ostringstream text;
+    app.exit(end, text, text);
+    std::fputs(wrapped(text.str(), app.get_formatter()->get_column_width()).c_str(), stdout);
+    return 0;
 }
 
 }  // namespace
@@ -81,16 +157,15 @@ int read_command_line(const CommandLine& line, int argc, char** argv, std::strin
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& fault) {
-        return told(app, fault);
+        return told(app, line, fault);
     }
     if (command != nullptr && !line.commands.empty())
         *command = app.get_subcommands().front()->get_name();
     return -1;
 }
 
-int refuse_option(const std::string& option, const std::string& fault) {
-    CLI::App app;
-    return told(app, CLI::ValidationError(option, fault));
+int refuse_option(const std::string& program, const std::string& option, const std::string& fault) {
+    return refuse(program, option + ": " + fault, program);
 }
 
 }  // namespace orvanel

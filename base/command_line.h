@@ -1,6 +1,5 @@
 // command_line.h: the command lines of the programs. A program says in records what it takes;
-// reading,
-// --help, --version and what is said of a wrong line are here, the same for all.
+// reading, --help, --version and what is said of a wrong line are here, the same for all.
 
 #pragma once
 
@@ -44,18 +43,20 @@ struct CommandLine {
     const char* help;
     std::vector<Option> options;
     std::vector<Command> commands{};  // one of them has to be given, if there are any
-    const char* footer = "";
+    const char* footer = "";          // of the help, which breaks its long lines: the exit statuses
 };
 
 constexpr int wrong_command_line = 2;  // exit status
 
 /// Reads the command line into the places of its options; `command` gets the name of the command
-/// that was given. Below 0 to go on, else the exit status, with everything said.
+/// that was given. Below 0 to go on, else the exit status, with everything said: what is wrong on
+/// standard error; help and version on standard output, where the caller looks for faults
+/// (output_is_whole).
 int read_command_line(const CommandLine& line, int argc, char** argv,
                       std::string* command = nullptr);
 
-/// Says on standard error what is wrong with an option, or with several together, as
-/// read_command_line does. The result is the exit status.
-int refuse_option(const std::string& option, const std::string& fault);
+/// Says on standard error in the program's name what is wrong with an option, or with several
+/// together, as read_command_line does. The result is the exit status.
+int refuse_option(const std::string& program, const std::string& option, const std::string& fault);
 
 }  // namespace orvanel

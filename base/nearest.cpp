@@ -26,7 +26,7 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::string is_it(std::string_view word, const std::vector<std::string_view>& names) {
+std::string_view nearest_name(std::string_view word, const std::vector<std::string_view>& names) {
     constexpr std::size_t max_length = 30;  // beyond it nobody means a name of ours
     word = word.substr(0, max_length);
     const auto nearest = std::min_element(
@@ -34,7 +34,12 @@ std::string is_it(std::string_view word, const std::vector<std::string_view>& na
             return edit_distance(word, a) < edit_distance(word, b);
         });
     if (nearest == names.end() || edit_distance(word, *nearest) > nearest->size() / 2) return {};
-    return "; is it '" + std::string(*nearest) + "'?";
+    return *nearest;
+}
+
+std::string is_it(std::string_view word, const std::vector<std::string_view>& names) {
+    const std::string_view name = nearest_name(word, names);
+    return name.empty() ? "" : "; is it '" + std::string(name) + "'?";
 }
 
 }  // namespace orvanel

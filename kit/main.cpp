@@ -219,7 +219,7 @@ CommandLine command_line(Options& options) {
             .footer =
                 "FILE is a kit source (.kit), a stream (.eep) or an image.\n"
                 "Exit status: 0 all well; 1 the source is wrong, check found something, or diff "
-                "found a difference;\n2 a wrong command line, or a file of it or standard "
+                "found a difference; 2 a wrong command line, or a file of it or standard "
                 "output that can't be read or written."};
 }
 
@@ -231,7 +231,7 @@ int run(int argc, char** argv) {
     if (status >= 0) return status;
     for (const std::string& path : options.outputs)
         if (!ends_in(path, ".eep") && !ends_in(path, ".bin"))
-            return refuse_option("-o",
+            return refuse_option(program_name, "-o",
                                  path + " ends in neither .eep (a stream) nor .bin (an image)");
     if (command == "commands") {
         put(command_list());

@@ -40,6 +40,8 @@ constexpr int failed = 1;
 
 constexpr std::chrono::milliseconds between_tries{50};
 
+void tell_error(const std::string& what) { orvanel::tell_user("orvanel42: error: " + what); }
+
 struct Options {
     std::string file;
     std::string folder;
@@ -114,6 +116,11 @@ std::vector<orvanel::Option> options_into(Options& options) {
     };
 }
 
+constexpr const char* footer =
+    "Exit status: 0 at the end of the window, or when the program that runs already has FILE; "
+    "1 something couldn't be saved or shown; 2 a wrong command line, a folder that is in use, or a "
+    "file or standard output that can't be read or written.";
+
 /// The folder to live in; empty if nothing is to be kept.
 std::string folder_of(const Options& options) {
     if (!options.folder.empty()) return options.folder;
@@ -165,7 +172,7 @@ std::string load_memory(const Options& options) {
 std::vector<std::string> save_memory() {
     std::vector<std::string> faults = orvanel::save_program_folder();
     for (const std::string& fault : faults)
-        orvanel::tell_user("orvanel42: " + fault);
+        tell_error(fault);
     return faults;
 }
 
@@ -215,8 +222,9 @@ int run_window() {
 
 /// Qt ends a program that finds no display by abort, which looks like a crash.
 void on_qt_message(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
-    orvanel::tell_user("orvanel42: " + text.toStdString());
-    if (type == QtFatalMsg) std::_Exit(failed);
+    if (type != QtFatalMsg) return orvanel::tell_user("orvanel42: " + text.toStdString());
+    tell_error(text.toStdString());
+    std::_Exit(failed);
 }
 
 /// Sets what Qt reads from the environment, as far as the user hasn't. False if there is no
@@ -240,7 +248,7 @@ void show_start_fault(const std::string& fault) {
 /// The start ends while there is no Qt yet. Who has started the program from a menu of the desktop
 /// doesn't see standard error.
 int refuse_start(const Options& options, const std::string& fault, int& argc, char** argv) {
-    orvanel::tell_user("orvanel42: " + fault);
+    tell_error(fault);
     if (options.says_where || !prepare_display()) return orvanel::wrong_command_line;
     qInstallMessageHandler(on_qt_message);
     argc = 1;
@@ -255,8 +263,10 @@ int run(int argc, char** argv) {
                                     .version = ORVANEL_VERSION,
                                     .help =
                                         "Simulator of the HD Orvanel42 display module, in a window",
-                                    .options = options_into(options)};
-    if (const int end = orvanel::read_command_line(line, argc, argv); end >= 0) return end;
+                                    .options = options_into(options),
+                                    .footer = footer};
+    if (const int end = orvanel::read_command_line(line, argc, argv); end >= 0)
+        return orvanel::output_is_whole(line.program) ? end : orvanel::wrong_command_line;
     // For whoever opens it, here or elsewhere; and so it never begins with a quote.
     if (!options.file.empty())
         options.file = std::filesystem::absolute(without_quotes(options.file)).string();
@@ -275,9 +285,8 @@ int run(int argc, char** argv) {
     orvanel::take_protocol_option(options.protocol);
     orvanel::name_devices(options.serial, options.folder);
     if (!prepare_display()) {
-        std::fputs("orvanel42: there is no display to open a window on (DISPLAY and "
-                   "WAYLAND_DISPLAY are not set); orvanel42-headless runs without one\n",
-                   stderr);
+        tell_error("there is no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not "
+                   "set); orvanel42-headless runs without one");
         return failed;
     }
     qInstallMessageHandler(on_qt_message);
@@ -285,13 +294,13 @@ int run(int argc, char** argv) {
     const QApplication application(argc, argv);
     fault = orvanel::prepare_skin();
     if (!fault.empty()) {
-        orvanel::tell_user("orvanel42: " + fault);
+        orvanel::tell_user("orvanel42: " + fault);  // which begins with "Error:"
         show_start_fault(fault);
         return failed;
     }
     orvanel::set_companions(orvanel::help_page(), orvanel::terminal_command(options.folder));
     if (!orvanel::open_window(options.file, options.serial)) {
-        std::fputs("orvanel42: no file descriptor left\n", stderr);
+        tell_error("no file descriptor left");
         return failed;
     }
     return run_window();
@@ -305,7 +314,7 @@ int main(int argc, char** argv) {
         return run(argc, argv);
     } catch (const std::exception& fault) {
         // The system has no memory or no thread left.
-        orvanel::tell_user("orvanel42: error: " + std::string(fault.what()));
+        tell_error(fault.what());
         return failed;
     }
 }

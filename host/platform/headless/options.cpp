@@ -2,6 +2,7 @@
 
 #include "base/command_line.h"
 #include "host/platform/real_time/start_port.h"
+#include "host/platform/system/process.h"
 #include "host/scenario/report.h"
 
 #include <algorithm>
@@ -128,11 +129,15 @@ int parse_options(int argc, char** argv, Options& options) {
         .program = "orvanel42-headless",
         .version = ORVANEL_VERSION,
         .help = "Runs the HD Orvanel42 display module without a window, driven by scenarios",
-        .options = options_into(options)};
-    if (const int status = read_command_line(line, argc, argv); status >= 0) return status;
+        .options = options_into(options),
+        .footer = "Exit status: 0 all as expected; 1 an expectation failed, or with --strict there "
+                  "was a remark; 2 a wrong command line or scenario line, or a file or standard "
+                  "output that can't be read or written; 3 a settle gave up."};
+    if (const int status = read_command_line(line, argc, argv); status >= 0)
+        return output_is_whole(line.program) ? status : wrong_line;
     if (options.scenarios.empty()) options.scenarios = {options.serial.empty() ? "-" : ""};
     const auto [option, fault] = clash_in(options);
-    return option.empty() ? -1 : refuse_option(option, fault);
+    return option.empty() ? -1 : refuse_option(line.program, option, fault);
 }
 
 }  // namespace orvanel

@@ -44,9 +44,8 @@ std::string bytes_fault(const std::string& text) {
 /// Empty if there is such a file, which need not be a plain one.
 std::string missing_file(const std::string& path) {
     std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        return "File is actually a directory: " + path;
-    return std::filesystem::exists(path, ignored) ? "" : "File does not exist: " + path;
+    if (std::filesystem::is_directory(path, ignored)) return path + ": is a folder";
+    return std::filesystem::exists(path, ignored) ? "" : path + ": no such file";
 }
 
 std::vector<orvanel::Option> options_into(Options& options) {
@@ -84,11 +83,17 @@ std::vector<orvanel::Option> options_into(Options& options) {
 
 constexpr const char* footer =
     "Without --send, --file and --answers it is a terminal: each key that you type goes "
-    "to the module, and\nwhat the module sends is shown, with \\x1B for what is not "
-    "printable, and <key A> for a key that somebody\ntypes in the module's window. "
-    "Ctrl+C ends it. What comes on standard input from a file or a pipe is sent\nas it "
+    "to the module, and what the module sends is shown, with \\x1B for what is not "
+    "printable, and <key A> for a key that somebody types in the module's window. "
+    "Ctrl+C ends it. What comes on standard input from a file or a pipe is sent as it "
     "is, and the program ends when the module is quiet.\nWhile the module has a COM port "
-    "open its answers go there, and none come here.";
+    "open its answers go there, and none come here.\n"
+    "Exit status: 0 all said; 1 no module runs there or it has ended, or standard output can't be "
+    "written; 2 a wrong command line.";
+
+void tell_error(const std::string& what) {
+    orvanel::tell_user("orvanel42-terminal: error: " + what);
+}
 
 /// Connects to the module in the folder; without one to that in the programs' own folder, or else
 /// in the user's data folder. -1 and `fault` if there is none.
@@ -110,7 +115,8 @@ int run(int argc, char** argv) {
                            .help = "Plays the device at the other end of a running module's line",
                            .options = options_into(options),
                            .footer = footer};
-    if (const int status = read_command_line(line, argc, argv); status >= 0) return status;
+    if (const int status = read_command_line(line, argc, argv); status >= 0)
+        return output_is_whole(line.program) ? status : failed;
     Talk talk{};
     for (const std::string& text : options.send) {
         std::string_view rest = text;
@@ -118,14 +124,14 @@ int run(int argc, char** argv) {
     }
     if (!options.file.empty()) talk.file = std::filesystem::absolute(options.file).string();
     if (talk.file.size() > longest_name) {
-        tell_user("orvanel42-terminal: the path is too long, " + std::to_string(longest_name) +
-                  " bytes at most: " + talk.file);
+        tell_error("the path is too long, " + std::to_string(longest_name) +
+                   " bytes at most: " + talk.file);
         return failed;
     }
     std::string fault;
     talk.connection = connect_to_module(options.folder, fault);
     if (talk.connection < 0) {
-        tell_user("orvanel42-terminal: " + fault);
+        tell_error(fault);
         return failed;
     }
     talk.takes_input = options.send.empty() && options.file.empty() && !options.answers;
@@ -139,10 +145,10 @@ int run(int argc, char** argv) {
     case TalkEnd::done:
         return EXIT_SUCCESS;
     case TalkEnd::module_gone:
-        std::fputs("orvanel42-terminal: the module has ended\n", stderr);
+        tell_error("the module has ended");
         return failed;
     case TalkEnd::no_output:
-        std::fputs("orvanel42-terminal: can't write to standard output\n", stderr);
+        tell_error("can't write to standard output");
         return failed;
     }
     return failed;
@@ -155,7 +161,7 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception& fault) {
-        orvanel::tell_user("orvanel42-terminal: error: " + std::string(fault.what()));
+        tell_error(fault.what());
         return failed;
     }
 }
