@@ -302,7 +302,7 @@ TEST_F(ScenarioProgram, what_a_terminal_would_act_on_is_shown_to_the_user_instea
     put("kept/Orvanel42.bin", std::string(32768, '\xFF'));
     put("kept/simulator.ini", "[Orvanel42]\ncom=1\n[Ports]\nCOM1=/dev/\x1B[2J\n");
     EXPECT_EQ(run({"--realtime", "--dir", "kept", "a.scn"}), 0);
-    EXPECT_EQ(get("err"), "orvanel42-headless: /dev/\\x1B[2J: No such file or directory\n");
+    EXPECT_EQ(get("err"), "orvanel42-headless: error: /dev/\\x1B[2J: No such file or directory\n");
     for (const std::vector<std::string>& words :
          {std::vector<std::string>{"--junit", "\x1B[2J/a", "a.scn"},
           {"--image", "\x1B[2J", "a.scn"},

@@ -7,6 +7,7 @@
 #include "host/platform/desktop/scale.h"
 #include "host/platform/real_time/real_time.h"
 #include "host/platform/real_time/start_port.h"
+#include "host/platform/system/process.h"
 #include "host/platform/system/wake.h"
 #include "host/requests/main_requests.h"
 #include "host/requests/painter.h"
@@ -58,11 +59,11 @@ void start_window_timer() {
 /// has a message.
 void open_port(const std::string& serial) {
     const std::string fault = open_start_port(start_port(serial), serial);
-    if (!fault.empty()) tell_user("orvanel42: " + fault);
+    if (!fault.empty()) tell_user("orvanel42: error: " + fault);
     const std::string name = new_peer_name(serial);
     if (name.empty()) return;
     std::printf("serial %s\n", name.c_str());
-    std::fflush(stdout);
+    (void)output_is_whole("orvanel42");  // who waits for the name learns why it doesn't come
 }
 
 }  // namespace

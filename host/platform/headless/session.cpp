@@ -66,7 +66,7 @@ std::string open_first_port() {
     const int port = leading_port.value_or(start_port(serial_option));
     std::string fault = open_start_port(port, serial_option);
     if (!fault.empty() && !is_by_option(port, serial_option)) {
-        tell_user("orvanel42-headless: " + fault);
+        tell_user("orvanel42-headless: error: " + fault);
         return {};
     }
     if (const std::string name = new_peer_name(serial_option); !name.empty())
