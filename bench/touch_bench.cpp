@@ -4,6 +4,7 @@
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/touch/areas.h"
+#include "firmware/touch/finger.h"
 #include "firmware/touch/tracking.h"
 #include "link/ground/pipes.h"
 #include "tests/support/module.h"

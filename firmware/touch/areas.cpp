@@ -3,9 +3,7 @@
 #include "firmware/core/ground/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/refresh.h"
-#include "firmware/touch/look.h"
-#include "firmware/touch/menu.h"
-#include "firmware/touch/tracking.h"
+#include "firmware/touch/menu_definitions.h"
 
 #include <cassert>
 
@@ -102,13 +100,6 @@ void remove_touch_area(int index, bool erase) {
     else if (menu_opener == last)
         menu_opener = static_cast<std::uint8_t>(index);
     publish_touch_areas();
-}
-
-void take_finger_off(int index) {
-    if (cur_area != index + 1) return;
-    if (touch_invert && touch_area(index).type == AreaType::key) invert_touch_area(index);
-    cur_area = 0;
-    wait_release = true;
 }
 
 bool touch_area_at(int x, int y) {

@@ -2,9 +2,9 @@
 // switches, touch bars, menus, draw and report areas are rows of it and differ by their type alone.
 //
 // A removal moves the last row into the hole, so a row has no lasting number. Whatever names a row
-// beyond one step follows it: cur_area, prev_area and area_in_hand here, menu_opener in menu.h. If
-// the row is gone they name none. All of it belongs to firmware_thread; the host's question about
-// the mouse cursor is answered from a copy in atomic words.
+// beyond one step follows it: cur_area, prev_area and area_in_hand here, menu_opener in
+// menu_definitions.h. If the row is gone they name none. All of it belongs to firmware_thread; the
+// host's question about the mouse cursor is answered from a copy in atomic words.
 
 #pragma once
 
@@ -73,19 +73,6 @@ void add_touch_area();
 /// Removes row `index` (< area_count), and clears its rectangle if `erase` is set. An opener frees
 /// its menu slot, a list leaves none open.
 void remove_touch_area(int index, bool erase);
-
-/// Takes the finger off row `index` if it holds it, in front of its removal: a held key pops up and
-/// nothing reacts until the finger is lifted.
-void take_finger_off(int index);
-
-/// Removes each row that matches, in one pass upward: the row that fills a hole is not looked at.
-template <typename Match> void remove_touch_areas(Match match, bool erase) {
-    for (int i = 0; i < area_count; ++i) {
-        if (!match(touch_area(i))) continue;
-        take_finger_off(i);
-        remove_touch_area(i, erase);
-    }
-}
 
 /// Shows the table's present state to touch_area_at and marks the cursor for a new judgement.
 void publish_touch_areas();

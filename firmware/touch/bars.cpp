@@ -7,7 +7,8 @@
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/touch/areas.h"
-#include "firmware/touch/tracking.h"
+#include "firmware/touch/finger.h"
+#include "firmware/touch/removal.h"
 #include "link/ground/answers.h"
 
 #include <algorithm>

@@ -11,7 +11,7 @@
 #include "firmware/text/layout.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/look.h"
-#include "firmware/touch/tracking.h"
+#include "firmware/touch/removal.h"
 #include "link/ground/answers.h"
 
 #include <array>

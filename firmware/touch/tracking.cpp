@@ -9,14 +9,16 @@
 #include "firmware/raster/line.h"
 #include "firmware/raster/planes.h"
 #include "firmware/raster/refresh.h"
-#include "firmware/store/ground/macro.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/bars.h"
+#include "firmware/touch/codes.h"
+#include "firmware/touch/finger.h"
 #include "firmware/touch/keys.h"
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
+#include "firmware/touch/menu_definitions.h"
+#include "firmware/touch/opener.h"
 #include "link/ground/answers.h"
-#include "seam/platform.h"
 
 #include <algorithm>
 #include <array>
@@ -25,18 +27,9 @@
 namespace orvanel {
 
 constinit bool touch_enabled = false;
-constinit bool wait_release = false;
 constinit bool touch_beep = false;
-constinit TouchEvent event_kind{};
-constinit std::int32_t cur_x = 0;
-constinit std::uint8_t cur_y = 0;
 
 namespace {
-
-/// The finger as the host last wrote it: x + 1 in the low byte, y + 1 above it, both 0 when it is
-/// up, and the flag that it has changed.
-constinit std::atomic<std::uint32_t> touch_sample{0};
-constexpr std::uint32_t touch_changed = 0x10000;
 
 constinit std::int32_t prev_x = 0;
 constinit std::uint8_t prev_y = 0;
@@ -158,25 +151,12 @@ void power_on_tracking() {
     touch_beep = true;
     wait_release = false;
     prev_raw_x = 0;
-    touch_sample.fetch_and(~touch_changed);  // the finger stays where it is
-}
-
-void put_finger(int x, int y) {
-    touch_sample.store(static_cast<std::uint32_t>(x + 1) | static_cast<std::uint32_t>(y + 1) << 8 |
-                       touch_changed);
-    wake_firmware();
-}
-
-void lift_finger() {
-    touch_sample.store(touch_changed);
-    wake_firmware();
+    drop_finger_change();
 }
 
 void poll_touch() {
-    if (!touch_enabled || (touch_sample.load(std::memory_order_relaxed) & touch_changed) == 0)
-        return;
-    const std::uint32_t sample = touch_sample.fetch_and(~touch_changed);
-    const int sx = sample & 0xFF, sy = sample >> 8 & 0xFF;
+    if (!touch_enabled || !finger_changed()) return;
+    const auto [sx, sy] = take_finger_sample();
     if (wait_release) {
         if (sx != 0) return;
         wait_release = false;
@@ -246,16 +226,6 @@ void handle_touch_event() {
     case AreaType::report:
         return report_event();
     }
-}
-
-bool start_macro_by_touch(std::uint16_t table, std::uint8_t code) {
-    if (!run_macro(table, code)) return false;
-    auto_macro_mode.store(0);
-    return true;
-}
-
-void fire_touch_code(std::uint8_t code) {
-    if (!start_macro_by_touch(touch_macro_table, code)) answer_packet('A', std::array{code});
 }
 
 void enable_touch() {

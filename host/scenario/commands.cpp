@@ -7,7 +7,7 @@
 #include "firmware/core/roof/device.h"
 #include "firmware/store/ground/macro.h"
 #include "firmware/touch/areas.h"
-#include "firmware/touch/tracking.h"
+#include "firmware/touch/finger.h"
 #include "host/bridge/bridge.h"
 #include "host/import/picture_import.h"
 #include "host/program/demo.h"

@@ -11,7 +11,7 @@
 #include "firmware/store/roof/timers.h"
 #include "firmware/text/layout.h"
 #include "firmware/text/terminal.h"
-#include "firmware/touch/tracking.h"
+#include "firmware/touch/finger.h"
 #include "link/ground/port.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/module.h"

@@ -18,6 +18,7 @@
 #include "firmware/touch/bars.h"
 #include "firmware/touch/keys.h"
 #include "firmware/touch/menu.h"
+#include "firmware/touch/opener.h"
 #include "firmware/touch/tracking.h"
 
 #include <algorithm>

@@ -18,9 +18,12 @@
 #include "firmware/text/terminal.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/bars.h"
+#include "firmware/touch/finger.h"
 #include "firmware/touch/keys.h"
 #include "firmware/touch/look.h"
 #include "firmware/touch/menu.h"
+#include "firmware/touch/menu_definitions.h"
+#include "firmware/touch/opener.h"
 #include "firmware/touch/tracking.h"
 #include "link/ground/pipes.h"
 #include "link/ground/port.h"
@@ -58,7 +61,9 @@ void power_on_defaults() {
     power_on_macros();
     power_on_timers();
     power_on_device();
+    power_on_menu_definitions();
     power_on_menu();
+    power_on_opener();
     power_on_areas();
     power_on_tracking();
     power_on_look();

@@ -2,7 +2,7 @@
 
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/touch/areas.h"
-#include "firmware/touch/tracking.h"
+#include "firmware/touch/finger.h"
 #include "host/program/settings.h"
 #include "host/skin/view.h"
 #include "seam/window_system.h"
