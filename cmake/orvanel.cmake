@@ -16,8 +16,9 @@ target_compile_options(orvanel_options INTERFACE
     # GCC 12 warns of an overlap that isn't there wherever strings are joined at -O3.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(ORVANEL_SANITIZE)
+    # A report names files and lines, and -g1 has these; for the debugger there is the preset `debug`.
     target_compile_options(orvanel_options INTERFACE
-        -fsanitize=${ORVANEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g)
+        -fsanitize=${ORVANEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
     target_link_options(orvanel_options INTERFACE -fsanitize=${ORVANEL_SANITIZE})
 endif()
 if(ORVANEL_FUZZ)
@@ -61,6 +62,19 @@ function(orvanel_stack variable)
     set(${variable} "$<LINK_GROUP:RESCAN,${group}>" PARENT_SCOPE)
 endfunction()
 
+# orvanel_label(LABEL TESTS name... PROGRAMS target...): gives tests a label, and has the target
+# LABEL_tests build the programs that they run, so that one kind of test can be built alone.
+function(orvanel_label label)
+    cmake_parse_arguments(arg "" "" "TESTS;PROGRAMS" ${ARGN})
+    if(NOT TARGET ${label}_tests)
+        add_custom_target(${label}_tests)
+    endif()
+    add_dependencies(${label}_tests ${arg_PROGRAMS})
+    if(arg_TESTS)
+        set_tests_properties(${arg_TESTS} PROPERTIES LABELS ${label})
+    endif()
+endfunction()
+
 # orvanel_test(NAME SOURCES file... USES target... [LABELS label...]): a GoogleTest program; each test
 # in it is a ctest case. The label `threads` is for what the thread sanitizer has to see. USES names the
 # layer under test alone, so a call in the wrong direction doesn't link. The lowest layer calls down
@@ -68,7 +82,11 @@ endfunction()
 function(orvanel_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;USES;LABELS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES ORVANEL_PLAIN ON)
     target_link_libraries(${name} PRIVATE orvanel_options ${arg_USES}
         "$<LINK_GROUP:RESCAN,orvanel_pipes,orvanel_test_support>" GTest::gtest_main)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "${arg_LABELS}")
+    foreach(label ${arg_LABELS})
+        orvanel_label(${label} PROGRAMS ${name})
+    endforeach()
 endfunction()
