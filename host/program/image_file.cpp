@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <fstream>
-#include <span>
 #include <system_error>
 #include <vector>
 
@@ -22,8 +21,8 @@ std::string load_image(const std::string& path, int size) {
     return {};
 }
 
-std::string save_image(const std::string& path, Backup backup) {
-    const auto image = std::span(eeprom_image).first(static_cast<std::size_t>(eeprom_size));
+std::string save_image(const std::string& path, std::span<const std::uint8_t> image,
+                       Backup backup) {
     const std::string reason = replace_file(path, image, backup);
     return reason.empty() ? "" : "cannot save " + path + ": " + reason;
 }

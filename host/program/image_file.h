@@ -4,6 +4,8 @@
 
 #include "base/safe_file.h"
 
+#include <cstdint>
+#include <span>
 #include <string>
 
 namespace orvanel {
@@ -13,8 +15,8 @@ namespace orvanel {
 /// and the image is erased.
 std::string load_image(const std::string& path, int size);
 
-/// Writes the whole image, so that a kill at any moment leaves the old file or the new one. The
+/// Writes `image`, so that a kill at any moment leaves the old file or the new one. The
 /// result is empty on success, else "cannot save", the path and the reason, and the old file stays.
-std::string save_image(const std::string& path, Backup backup);
+std::string save_image(const std::string& path, std::span<const std::uint8_t> image, Backup backup);
 
 }  // namespace orvanel

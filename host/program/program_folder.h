@@ -1,5 +1,5 @@
 // program_folder.h: the folder that a program lives in: the settings in simulator.ini, the EEPROM
-// image in Orvanel42.bin. Main thread, while no firmware runs.
+// image in Orvanel42.bin. Main thread.
 
 #pragma once
 
@@ -18,8 +18,17 @@ enum class WithoutImage : bool { blank, demo };
 std::string open_program_folder(const std::string& folder,
                                 WithoutImage without = WithoutImage::demo);
 
-/// Saves the image, if the module has programmed it, and then the settings. The result is what went
-/// wrong; the old file stays then. Does nothing if no folder is open.
+/// At the end, when no firmware runs any more: saves the image, if the module has programmed it,
+/// and then the settings. The result is what went wrong; the old file stays then. Does nothing if
+/// no folder is open.
 std::vector<std::string> save_program_folder();
+
+/// The same at any moment while the firmware runs, without waiting for it: the image is the one
+/// that the last J or C has left, unless that is saved already.
+std::vector<std::string> save_running_folder();
+
+/// For a timer of a program in real time: saves the image a second after a J or C has left one, so
+/// that whatever ends the process later costs nothing of it. A fault is shown, each once.
+void save_programmed_image();
 
 }  // namespace orvanel

@@ -164,6 +164,27 @@ TEST_F(Store, programming_reads_back_with_its_crc) {
     EXPECT_EQ(eeprom_image[0xFFFF], 0xFF) << "no image, no CRC";
 }
 
+TEST_F(Store, each_restart_that_programs_leaves_a_copy_that_no_later_write_changes) {
+    const Bytes write = bytes("\x1B&E\0\x0E\2\0Wab");
+    const Bytes restart = bytes("\x1B&E\0\0\0\0J");
+    run_stream(write);
+    EXPECT_TRUE(eeprom_take_copy().empty()) << "nothing has made it whole";
+    run_stream(restart);
+    run_stream(bytes("\x1B&E\0\x0E\2\0Wcd"));
+    const auto copy = eeprom_take_copy();
+    ASSERT_EQ(copy.size(), static_cast<std::size_t>(eeprom_small));
+    EXPECT_EQ(copy[0x0E01], 'b');
+    EXPECT_TRUE(eeprom_take_copy().empty()) << "it waits for nobody twice";
+    run_stream(bytes("\x1B&E\0\x0E\1\0C"));
+    EXPECT_EQ(copy[0x0E01], 'b') << "the one that was taken stays";
+    EXPECT_EQ(eeprom_take_copy()[0x0E00], 0xFF);
+    run_stream(restart);
+    run_stream(bytes("\x1B&E\xFE\x7F\x05\0Wabcde"));
+    EXPECT_FALSE(eeprom_copy_waits()) << "an overflow takes it back";
+    run_stream(restart);
+    EXPECT_FALSE(eeprom_copy_waits()) << "it is reported, and the image is empty";
+}
+
 TEST_F(Store, the_crc_is_the_xmodem_one) {
     eeprom_reset_to(eeprom_small, bytes("\x09\0"
                                         "1234567"));

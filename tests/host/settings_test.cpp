@@ -11,8 +11,11 @@
 #include "host/window/roof/menu_command.h"
 #include "link/ground/port.h"
 #include "link/roof/com_port.h"
+#include "tests/support/fake_line.h"
+#include "tests/support/fake_window.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <cstdlib>
@@ -219,6 +222,55 @@ TEST_F(Folder, the_image_has_the_size_of_the_settings) {
     EXPECT_TRUE(save_program_folder().empty());
     EXPECT_EQ(fs::file_size(folder / "Orvanel42.bin"), 65536u);
     EXPECT_EQ(get("Orvanel42.bin.bak"), "abc");
+}
+
+// As the firmware's restart leaves a copy of it.
+void program(char content) {
+    eeprom_state = EepromState::programmed;
+    eeprom_image[0] = static_cast<std::uint8_t>(content);
+    eeprom_leave_copy();
+}
+
+void timer_at(std::int64_t ms) {
+    fake_line.now_ms = ms;
+    save_programmed_image();
+}
+
+TEST_F(Folder, a_running_program_saves_the_image_a_second_after_the_restart) {
+    put("Orvanel42.bin", "0");
+    const std::string path = folder.string();
+    ASSERT_EQ(open_program_folder(path), "");
+    timer_at(0);
+    program('1');
+    timer_at(5000);
+    program('2');
+    eeprom_image[0] = '3';
+    timer_at(5999);
+    EXPECT_EQ(get("Orvanel42.bin"), "0");
+    timer_at(6000);
+    EXPECT_EQ(get("Orvanel42.bin")[0], '2') << "the newest that is whole";
+    timer_at(9000);
+    program('4');
+    timer_at(9100);
+    EXPECT_EQ(save_running_folder(), std::vector<std::string>{}) << "at any moment";
+    EXPECT_EQ(get("Orvanel42.bin")[0], '4');
+    fs::remove(folder / "Orvanel42.bin");
+    EXPECT_EQ(save_running_folder(), std::vector<std::string>{});
+    EXPECT_FALSE(fs::exists(folder / "Orvanel42.bin")) << "that one is saved";
+    EXPECT_EQ(get("Orvanel42.bin.bak"), "0") << "as it was before the run";
+}
+
+TEST_F(Folder, a_save_of_a_running_program_that_fails_is_shown_once_and_tried_again) {
+    ASSERT_EQ(open_program_folder(folder.string()), "");
+    mkfifo((folder / "Orvanel42.bin").c_str(), 0600);  // which would wait for its other end
+    program('1');
+    fake_window.boxes.clear();
+    for (const std::int64_t ms : {0, 1000, 2000, 10999, 11000})
+        timer_at(ms);
+    EXPECT_EQ(fake_window.boxes.size(), 1U);
+    fs::remove(folder / "Orvanel42.bin");
+    timer_at(21000);
+    EXPECT_EQ(get("Orvanel42.bin")[0], '1');
 }
 
 TEST_F(Folder, keeps_what_the_user_writes_while_the_program_runs) {

@@ -34,8 +34,9 @@ void draw_led(int window, PixelPoint at, std::span<const std::uint32_t> pixels) 
 
 // The main thread's part of platform.h.
 void set_fade_timer(bool /*runs*/) {}
-void open_message_box(MessageOf /*whose*/, std::string_view /*caption*/,
-                      std::string_view /*text*/) {}
+void open_message_box(MessageOf /*whose*/, std::string_view /*caption*/, std::string_view text) {
+    fake_window.boxes.emplace_back(text);
+}
 void sound_beep() { ++fake_window.beeps; }
 
 }  // namespace orvanel

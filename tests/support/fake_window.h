@@ -26,6 +26,7 @@ struct FakeWindow {
     std::uint32_t activated;         // the number of another program's window, 0 for none
     std::vector<DrawnLight> lights;  // all that were drawn, the last one last
     int beeps;
+    std::vector<std::string> boxes;  // the texts of all that were opened
 };
 extern FakeWindow fake_window;
 

@@ -3,6 +3,7 @@
 #include "firmware/core/ground/requests.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace orvanel {
 
@@ -14,14 +15,48 @@ namespace {
 
 constinit int image_cursor = 0;  // 0..eeprom_large
 
+// One copy is the firmware's to fill, one is what the main thread took last, and the third lies
+// between them. Each side swaps its own for that one, so nobody reads what another writes.
+constinit std::array<std::array<std::uint8_t, eeprom_large>, 3> copies{};
+constinit std::uint8_t copy_to_fill = 0;  // firmware
+constinit std::uint8_t copy_taken = 1;    // main thread
+
+/// The index of the copy between, and copy_is_new until it is taken.
+constexpr std::uint8_t copy_is_new = 4;
+constinit std::atomic<std::uint8_t> copy_between{2};
+
+constexpr std::uint8_t copy_index(std::uint8_t between) { return between & 3; }
+
 }  // namespace
 
 void eeprom_reset_to(int size, std::span<const std::uint8_t> content) {
     eeprom_size = size;
     eeprom_state = EepromState::unchanged;
+    eeprom_withdraw_copy();
     eeprom_image.fill(0xFF);
     const std::size_t n = std::min(content.size(), static_cast<std::size_t>(size));
     std::copy_n(content.begin(), n, eeprom_image.begin());
+}
+
+std::span<const std::uint8_t> eeprom_bytes() {
+    return std::span(eeprom_image).first(static_cast<std::size_t>(eeprom_size));
+}
+
+void eeprom_leave_copy() {
+    std::ranges::copy(eeprom_bytes(), copies[copy_to_fill].begin());
+    copy_to_fill = copy_index(copy_between.exchange(copy_to_fill | copy_is_new));
+}
+
+void eeprom_withdraw_copy() { copy_between.fetch_and(static_cast<std::uint8_t>(~copy_is_new)); }
+
+bool eeprom_copy_waits() { return (copy_between.load() & copy_is_new) != 0; }
+
+std::span<const std::uint8_t> eeprom_take_copy() {
+    if (!eeprom_copy_waits()) return {};
+    const std::uint8_t got = copy_between.exchange(copy_taken);
+    copy_taken = copy_index(got);
+    if ((got & copy_is_new) == 0) return {};  // withdrawn meanwhile
+    return std::span(copies[copy_taken]).first(static_cast<std::size_t>(eeprom_size));
 }
 
 void eeprom_seek(std::uint16_t offset) { image_cursor = offset; }

@@ -37,6 +37,25 @@ enum class EepromState : std::int8_t {
 };
 extern EepromState eeprom_state;
 
+/// The image of this run, eeprom_size bytes.
+std::span<const std::uint8_t> eeprom_bytes();
+
+// The copy for a save while the firmware runs. A J or C that has programmed the image leaves one,
+// so it is never one that a write has begun to change. Neither side waits for the other.
+
+/// Leaves a copy of the image as it stands, in place of one that nobody has taken. Firmware.
+void eeprom_leave_copy();
+
+/// Takes that back, unless it has been taken: the image has overflowed. Firmware.
+void eeprom_withdraw_copy();
+
+/// Whether a copy waits to be taken. From any thread.
+bool eeprom_copy_waits();
+
+/// Takes the copy that waits; empty if none does. It stays as it is until the next call. Main
+/// thread.
+std::span<const std::uint8_t> eeprom_take_copy();
+
 /// Sets the image cursor, 0..65535. Not checked here.
 void eeprom_seek(std::uint16_t offset);
 

@@ -38,6 +38,7 @@ void program_byte(std::uint8_t byte) {
     remark(Remark::eeprom_overflow);
     answer_byte(overflow_report);
     eeprom_state = EepromState::overflowed;
+    eeprom_withdraw_copy();
 }
 
 void send_image(std::uint16_t address, int length) {
@@ -84,10 +85,12 @@ void report_overflow() {
 
 void restart_module() {
     if (shutdown_requested.load()) return;
-    if (eeprom_state == EepromState::overflowed)
+    if (eeprom_state == EepromState::overflowed) {
         report_overflow();
-    else
+    } else {
         eeprom_state = EepromState::programmed;
+        eeprom_leave_copy();
+    }
     tick_enabled.store(false);
     request_restart(0);
 }

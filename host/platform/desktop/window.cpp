@@ -9,6 +9,7 @@
 #include "host/platform/real_time/start_port.h"
 #include "host/platform/system/process.h"
 #include "host/platform/system/wake.h"
+#include "host/program/program_folder.h"
 #include "host/requests/main_requests.h"
 #include "host/requests/painter.h"
 #include "host/window/roof/program_life.h"
@@ -52,6 +53,7 @@ void start_window_timer() {
     auto* timer = new QTimer(main_window);
     timer->setTimerType(Qt::PreciseTimer);
     QObject::connect(timer, &QTimer::timeout, main_window, window_timer);
+    QObject::connect(timer, &QTimer::timeout, main_window, save_programmed_image);
     timer->start(window_timer_ms);
 }
 

@@ -5,6 +5,7 @@
 #include "host/platform/instance/instance.h"
 #include "host/platform/real_time/real_time.h"
 #include "host/platform/system/wake.h"
+#include "host/program/program_folder.h"
 #include "host/requests/main_requests.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
@@ -57,6 +58,7 @@ void serve_window_timer() {
     next_window_timer_us += window_timer_us;
     ++timers_run;
     window_timer();
+    save_programmed_image();
 }
 
 }  // namespace

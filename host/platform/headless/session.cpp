@@ -51,7 +51,7 @@ void save_all() {
     for (const std::string& fault : save_program_folder())
         tell_unsaved(fault);
     if (image_save_path.empty() || eeprom_state != EepromState::programmed) return;
-    const std::string fault = save_image(image_save_path, Backup::none);
+    const std::string fault = save_image(image_save_path, eeprom_bytes(), Backup::none);
     if (!fault.empty()) tell_unsaved(fault);
 }
 
