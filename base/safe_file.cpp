@@ -4,9 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 namespace orvanel {
@@ -55,7 +59,6 @@ bool fill_and_close(int fd, std::span<const std::uint8_t> content, bool flush) {
 /// and nothing left lying about.
 bool write_beside(const fs::path& part, std::span<const std::uint8_t> content,
                   const struct stat* former) {
-    unlink(part.c_str());  // of a process that was killed under the same number
     const int fd = open(part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, any_mode);
     if (fd < 0) return false;
     if (former != nullptr) (void)fchmod(fd, former->st_mode & 07777);
@@ -66,11 +69,36 @@ bool write_beside(const fs::path& part, std::span<const std::uint8_t> content,
     return false;
 }
 
-/// Gives the former file a second name, so that its first one exists at every moment. Where the
-/// file system has no hard links it is copied. False with errno set.
-bool keep_former(const fs::path& target, const std::string& number) {
-    const std::string backup = target.string() + ".bak";
-    const std::string part = backup + number;
+bool is_write_protected(const fs::path& file) {
+    struct stat what {};
+    if (stat(file.c_str(), &what) != 0 || !S_ISREG(what.st_mode)) return false;
+    // Root may write to any file; but who has taken the right from everybody means him too.
+    constexpr mode_t any_write = S_IWUSR | S_IWGRP | S_IWOTH;
+    return (what.st_mode & any_write) == 0 || (access(file.c_str(), W_OK) != 0 && errno == EACCES);
+}
+
+/// The first name with a number behind it that nothing has.
+std::string numbered(const std::string& name) {
+    struct stat ignored {};
+    for (int number = 1;; ++number)
+        if (std::string free = name + "." + std::to_string(number);
+            lstat(free.c_str(), &ignored) != 0)
+            return free;
+}
+
+/// Where the former file goes: its backup's usual place, unless a user has something else there.
+std::string backup_of(const fs::path& target) {
+    std::string name = target.string() + ".bak";
+    std::error_code ignored;
+    const bool taken =
+        fs::is_directory(fs::symlink_status(name, ignored)) || is_write_protected(name);
+    return taken ? numbered(name) : name;
+}
+
+/// Gives the file a second name, in place of what has that, so that its first one exists at every
+/// moment. Where the file system has no hard links it is copied. False with errno set.
+bool name_also(const fs::path& target, const std::string& name) {
+    const std::string part = part_name(name);
     unlink(part.c_str());
     if (link(target.c_str(), part.c_str()) != 0) {
         std::error_code fault;
@@ -81,7 +109,7 @@ bool keep_former(const fs::path& target, const std::string& number) {
             return false;
         }
     }
-    const bool renamed = std::rename(part.c_str(), backup.c_str()) == 0;
+    const bool renamed = std::rename(part.c_str(), name.c_str()) == 0;
     const int fault = errno;
     // Renaming a name onto another of the same file does nothing and leaves both.
     unlink(part.c_str());
@@ -89,11 +117,30 @@ bool keep_former(const fs::path& target, const std::string& number) {
     return renamed;
 }
 
+fs::path folder_of(const fs::path& target) {
+    return target.has_parent_path() ? target.parent_path() : ".";
+}
+
+/// The process in a name that part_name has made of `file`, -1 if it is none.
+pid_t process_of_part(std::string_view name, std::string_view file) {
+    constexpr std::string_view ending = ".part";
+    if (!name.starts_with(file) || !name.ends_with(ending)) return -1;
+    name.remove_prefix(file.size());
+    name.remove_suffix(std::min(name.size(), ending.size()));
+    if (!name.starts_with('.')) return -1;
+    int process = -1;
+    const auto [end, fault] = std::from_chars(name.data() + 1, name.data() + name.size(), process);
+    return fault == std::errc() && end == name.data() + name.size() ? process : -1;
+}
+
+bool is_gone(pid_t process) {
+    return process > 0 && (process == getpid() || (kill(process, 0) != 0 && errno == ESRCH));
+}
+
 /// The new name is on the disk only when its folder is. That can't fail in a way that would bring
 /// the old file back, so nobody is told.
 void flush_folder(const fs::path& target) {
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
-    const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int fd = open(folder_of(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return;
     (void)fsync(fd);
     close(fd);
@@ -115,12 +162,13 @@ std::string replace_file(const std::string& path, std::span<const std::uint8_t> 
     struct stat former {};
     const bool exists = stat(target.c_str(), &former) == 0;
     if (exists && !S_ISREG(former.st_mode)) return write_device(target, content);
+    if (is_write_protected(target)) return "write-protected";
 
+    clear_parts(target);
     // Two processes may write the same file at once; each has its own to begin with.
-    const std::string number = "." + std::to_string(getpid()) + ".part";
-    const std::string part = target.string() + number;
+    const std::string part = part_name(target);
     if (!write_beside(part, content, exists ? &former : nullptr)) return reason();
-    const bool kept = !exists || backup == Backup::none || keep_former(target, number);
+    const bool kept = !exists || backup == Backup::none || name_also(target, backup_of(target));
     if (!kept || std::rename(part.c_str(), target.c_str()) != 0) {
         std::string fault = reason();
         unlink(part.c_str());
@@ -128,6 +176,30 @@ std::string replace_file(const std::string& path, std::span<const std::uint8_t> 
     }
     flush_folder(target);
     return {};
+}
+
+std::string free_name(const std::string& path) { return numbered(target_of(path)); }
+
+std::string keep_beside(const std::string& path, std::string& name) {
+    const fs::path target = target_of(path);
+    name = numbered(target);
+    return name_also(target, name) ? "" : reason();
+}
+
+std::string part_name(const std::string& path) {
+    return path + "." + std::to_string(getpid()) + ".part";
+}
+
+void clear_parts(const std::string& path) {
+    const fs::path target = target_of(path);
+    const std::string file = target.filename();
+    std::error_code fault, ignored;
+    for (fs::directory_iterator at(folder_of(target), fault), end; !fault && at != end;
+         at.increment(fault)) {
+        const std::string name = at->path().filename();
+        if (is_gone(process_of_part(name, file)) || is_gone(process_of_part(name, file + ".bak")))
+            fs::remove_all(at->path(), ignored);
+    }
 }
 
 }  // namespace orvanel

@@ -11,11 +11,27 @@ namespace orvanel {
 
 enum class Backup : bool { none, keep };
 
-/// Replaces the file through a link to its target, keeping its mode; makes it if it isn't there.
-/// With Backup::keep the former file stays beside it under its name and ".bak". What is no plain
-/// file (a device, a pipe) is written as it is. The result is empty on success, else the reason,
-/// and the old file is untouched.
+/// Replaces the file through a link to its target, keeping its mode; makes it if it isn't there. A
+/// write-protected one is refused. With Backup::keep the former file stays beside it under its name
+/// and ".bak", or where that is a folder or write-protected, under a free name behind it. What is
+/// no plain file (a device, a pipe) is written as it is. The result is empty on success, else the
+/// reason, and the old file is untouched.
 std::string replace_file(const std::string& path, std::span<const std::uint8_t> content,
                          Backup backup);
+
+/// The name beside the file, or beside the target of a link, that keep_beside would give it:
+/// `path`.1, or the first number after it that is free.
+std::string free_name(const std::string& path);
+
+/// Gives the file such a name as well, so that replacing it loses nothing; `name` is what it got.
+/// The result is empty on success, else the reason.
+std::string keep_beside(const std::string& path, std::string& name);
+
+/// What writes the file `path` first has the name path, ".", the number of the process and ".part".
+std::string part_name(const std::string& path);
+
+/// Removes what processes that have been killed have left under such names of this file, or folder,
+/// and of its backup. replace_file does that too.
+void clear_parts(const std::string& path);
 
 }  // namespace orvanel

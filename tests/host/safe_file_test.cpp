@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -91,6 +92,42 @@ TEST_F(SafeFile, a_write_that_fails_leaves_the_old_file_and_says_why) {
               "No such file or directory");
     EXPECT_EQ(replace_file("/dev/full", first, Backup::keep), "No space left on device");
     EXPECT_TRUE(fs::is_character_file("/dev/full")) << "a device is written, not replaced";
+}
+
+TEST_F(SafeFile, what_the_user_has_write_protected_stays) {
+    const fs::path backup = image.string() + ".bak";
+    ASSERT_EQ(replace_file(image, first, Backup::none), "");
+    ASSERT_EQ(replace_file(backup, third, Backup::none), "");
+    chmod(backup.c_str(), 0444);
+    EXPECT_EQ(replace_file(image, second, Backup::keep), "");
+    EXPECT_EQ(content_of(backup), third);
+    EXPECT_EQ(content_of(backup.string() + ".1"), first);
+    chmod(image.c_str(), 0444);
+    EXPECT_EQ(replace_file(image, third, Backup::none), "write-protected");
+    EXPECT_EQ(content_of(image), second);
+    EXPECT_EQ(names(), 3);
+}
+
+TEST_F(SafeFile, a_folder_in_the_place_of_the_backup_costs_neither_file) {
+    ASSERT_EQ(replace_file(image, first, Backup::none), "");
+    fs::create_directory(image.string() + ".bak");
+    EXPECT_EQ(replace_file(image, second, Backup::keep), "");
+    EXPECT_EQ(content_of(image), second);
+    EXPECT_EQ(content_of(image.string() + ".bak.1"), first);
+}
+
+TEST_F(SafeFile, removes_the_parts_of_processes_that_are_gone) {
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    waitpid(child, nullptr, 0);
+    const std::string gone = "." + std::to_string(child) + ".part";
+    const std::string lives = "." + std::to_string(getppid()) + ".part";
+    for (const std::string& end : {gone, ".bak" + gone, lives, ".x" + gone, std::string(".part")})
+        std::ofstream(image.string() + end) << "half";
+    EXPECT_EQ(replace_file(image, first, Backup::keep), "");
+    EXPECT_FALSE(fs::exists(image.string() + gone));
+    EXPECT_FALSE(fs::exists(image.string() + ".bak" + gone));
+    EXPECT_EQ(names(), 4) << "the image, and what is no part of a process that is gone";
 }
 
 }  // namespace
