@@ -1,6 +1,7 @@
 // The window program: command line, surroundings, and the life of the event loop.
 
 #include "base/command_line.h"
+#include "base/folder_lock.h"
 #include "base/visible.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/desktop/companions.h"

@@ -1,12 +1,12 @@
 // orvanel42-headless: the module without a window, driven by scenarios.
 
+#include "base/folder_lock.h"
 #include "base/visible.h"
 #include "firmware/core/roof/commands.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/jobs.h"
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"
-#include "host/platform/instance/instance.h"
 #include "host/platform/real_time/start_port.h"
 #include "host/platform/system/process.h"
 #include "host/program/image_file.h"

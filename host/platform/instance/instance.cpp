@@ -1,14 +1,13 @@
 #include "host/platform/instance/instance.h"
 
 #include "base/bytes.h"
+#include "base/folder_lock.h"
 #include "host/bridge/bridge.h"
 #include "host/platform/instance/instance_client.h"
 #include "link/ground/pipes.h"
 #include "seam/window_system.h"
 
-#include <fcntl.h>
 #include <sys/epoll.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/timerfd.h>
@@ -21,7 +20,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <span>
 #include <system_error>
 
@@ -48,9 +46,6 @@ struct Client {
 constexpr std::uint32_t listener_event = most_clients;
 constexpr std::uint32_t rest_event = most_clients + 1;
 
-constinit int lock_fd = -1;
-constinit bool lock_is_file =
-    false;                // else it is the folder itself, and tells nobody of the socket
 std::string socket_path;  // empty while no messages are taken
 constinit bool window_is_there = false;
 constinit int epoll_fd = -1;
@@ -66,30 +61,6 @@ void close_fd(int& fd) {
     fd = -1;
 }
 
-// The lock.
-
-/// A file of ours, or one of another user that we may read, or the folder itself where nothing can
-/// be written.
-int open_lock(const std::string& folder) {
-    const std::string path = lock_path(folder);
-    constexpr int common = O_CLOEXEC | O_NONBLOCK;
-    lock_is_file = true;
-    int fd = open(path.c_str(), O_RDWR | O_CREAT | common, 0644);
-    if (fd >= 0) return fd;
-    lock_is_file = false;
-    fd = open(path.c_str(), O_RDONLY | common);
-    return fd >= 0 ? fd : open(folder.c_str(), O_RDONLY | O_DIRECTORY | common);
-}
-
-/// What stands in the lock file, for whoever looks for us. Where it can't be written nobody finds
-/// us, and that is all.
-void write_lock(const std::string& socket) {
-    if (!lock_is_file) return;
-    const std::string text = socket + "\n" + std::to_string(getpid()) + "\n";
-    if (ftruncate(lock_fd, 0) != 0) return;
-    [[maybe_unused]] const ssize_t written = pwrite(lock_fd, text.data(), text.size(), 0);
-}
-
 // The socket.
 
 /// A folder that is ours and nobody else's.
@@ -100,11 +71,7 @@ bool is_private_folder(const std::string& path) {
 }
 
 /// The name is made of what is locked, so it is short and no two folders share it.
-std::string socket_name() {
-    struct stat what {};
-    fstat(lock_fd, &what);
-    return "/orvanel42-" + std::to_string(what.st_dev) + "-" + std::to_string(what.st_ino);
-}
+std::string socket_name() { return "/orvanel42-" + lock_identity(); }
 
 /// Where the socket goes: the user's run-time folder if it is private and its name short, else a
 /// folder of ours in /tmp. Empty if somebody else has that one.
@@ -276,29 +243,8 @@ void end_rest() {
 
 }  // namespace
 
-FolderLock lock_folder(const std::string& folder, std::string& fault) {
-    std::error_code no_folder;
-    std::filesystem::create_directories(folder, no_folder);
-    if (no_folder) {
-        fault = folder + ": " + no_folder.message();
-        return FolderLock::failed;
-    }
-    close_fd(lock_fd);
-    lock_fd = open_lock(folder);
-    if (lock_fd >= 0 && flock(lock_fd, LOCK_EX | LOCK_NB) == 0) {
-        write_lock("");
-        return FolderLock::taken;
-    }
-    const bool held = lock_fd >= 0 && errno == EWOULDBLOCK;
-    fault = held ? folder + " is in use by another program" : folder + ": " + system_message();
-    if (const std::string process = read_lock(folder).process; held && !process.empty())
-        fault += " (process " + process + ")";
-    close_fd(lock_fd);
-    return held ? FolderLock::held : FolderLock::failed;
-}
-
 std::string open_instance(bool has_window) {
-    if (lock_fd < 0 || !lock_is_file) return {};
+    if (!lock_is_told()) return {};
     const std::string path = choose_socket_path();
     if (path.empty()) return "there is no private folder for a socket; set XDG_RUNTIME_DIR";
     window_is_there = has_window;
@@ -311,7 +257,7 @@ std::string open_instance(bool has_window) {
         return fault;
     }
     socket_path = path;
-    write_lock(path);
+    tell_socket(path);
     return {};
 }
 
@@ -333,7 +279,7 @@ void serve_instance() {
 
 void close_instance() {
     if (!socket_path.empty()) {
-        write_lock("");
+        tell_socket("");
         unlink(socket_path.c_str());
     }
     socket_path.clear();

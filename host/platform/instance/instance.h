@@ -1,5 +1,5 @@
-// instance.h: one program for each folder, by a lock, and the socket on which the running one takes
-// messages: of the companion, and of a second start. docs/formats.md, "Companion". Main thread.
+// instance.h: the socket on which the program that has a folder (folder_lock.h) takes messages: of
+// the companion, and of a second start. docs/formats.md, "Companion". Main thread.
 
 #pragma once
 
@@ -7,18 +7,9 @@
 
 namespace orvanel {
 
-enum class FolderLock : std::uint8_t {
-    taken,   // ours until the process ends, however it does
-    held,    // by another program
-    failed,  // the folder can't be made or read
-};
-
-/// Makes the folder if it isn't there and locks it. `fault` says what is wrong unless it is taken.
-FolderLock lock_folder(const std::string& folder, std::string& fault);
-
-/// Begins to take messages for the folder that was locked; without one it does nothing. A socket
-/// that a crash has left is replaced. `has_window`: this program can bring a window to the front.
-/// The result is empty on success, else what went wrong, and the program goes on without.
+/// Begins to take messages for the folder that was locked; without a lock file it does nothing. A
+/// socket that a crash has left is replaced. `has_window`: this program can bring a window to the
+/// front. The result is empty on success, else what went wrong, and the program goes on without.
 std::string open_instance(bool has_window);
 
 /// Readable whenever serve_instance has something to do, for poll or an event loop; -1 while no

@@ -1,19 +1,17 @@
 #include "host/platform/instance/instance_client.h"
 
 #include "base/bytes.h"
+#include "base/folder_lock.h"
 
 #include <climits>
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -22,7 +20,6 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t longest_lock = 4096;
 constexpr std::chrono::milliseconds connect_step{10};  // between two tries to be let in
 
 // A message without a meaning of its own, which is answered as any.
@@ -31,19 +28,6 @@ constexpr BridgeMessage are_you_there{0, {0, 0}};
 using Clock = std::chrono::steady_clock;
 
 std::string system_message() { return std::generic_category().message(errno); }
-
-/// The start of a plain file, without ever waiting for it.
-std::string start_of(const std::string& path) {
-    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) return {};
-    struct stat what {};
-    std::string text(longest_lock, '\0');
-    const bool plain = fstat(fd, &what) == 0 && S_ISREG(what.st_mode);
-    const ssize_t n = plain ? read(fd, text.data(), text.size()) : 0;
-    close(fd);
-    text.resize(static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
-    return text;
-}
 
 /// What is left until then, for poll.
 int ms_until(Deadline end) {
@@ -109,17 +93,6 @@ bool is_there(int connection, Deadline end) {
 }
 
 }  // namespace
-
-std::string lock_path(const std::string& folder) {
-    return std::filesystem::path(folder) / "Orvanel42.lock";
-}
-
-LockContent read_lock(const std::string& folder) {
-    const std::string text = start_of(lock_path(folder));
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string rest = text.substr(std::min(end + 1, text.size()));
-    return {text.substr(0, end), rest.substr(0, rest.find('\n'))};
-}
 
 bool peer_is_trusted(int connection) {
     ucred peer{};

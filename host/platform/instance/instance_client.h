@@ -21,15 +21,6 @@ constexpr std::size_t answer_size = 4;    // to each message
 /// program has none.
 constexpr std::uint32_t instance_activate = 0x400;
 
-/// The lock file of a folder, and what a program that has it writes there: the path of its socket
-/// (empty for none) and the number of its process, a line each.
-std::string lock_path(const std::string& folder);
-struct LockContent {
-    std::string socket;
-    std::string process;
-};
-LockContent read_lock(const std::string& folder);
-
 /// How long to wait for the other side, which may have been stopped.
 using Deadline = std::chrono::steady_clock::time_point;
 constexpr std::chrono::seconds answer_limit{5};  // for a program to show that it is alive
