@@ -51,4 +51,14 @@ std::string read_file_start(const std::string& path, std::size_t most,
     return fault.empty() ? read_up_to(path, most, content) : fault;
 }
 
+bool is_same_file(const std::string& a, const std::string& b) {
+    namespace fs = std::filesystem;
+    std::error_code fault;
+    if (fs::equivalent(a, b, fault)) return true;
+    const auto whole = [&fault](const std::string& path) {
+        return fs::weakly_canonical(fs::absolute(path, fault), fault);
+    };
+    return whole(a) == whole(b);
+}
+
 }  // namespace orvanel

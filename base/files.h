@@ -17,4 +17,7 @@ std::string read_file(const std::string& path, std::size_t most,
 std::string read_file_start(const std::string& path, std::size_t most,
                             std::vector<std::uint8_t>& content);
 
+/// Whether two paths name one file, by links too; or would once they were made.
+bool is_same_file(const std::string& a, const std::string& b);
+
 }  // namespace orvanel

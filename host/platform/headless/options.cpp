@@ -1,6 +1,7 @@
 #include "host/platform/headless/options.h"
 
 #include "base/command_line.h"
+#include "base/files.h"
 #include "host/platform/real_time/start_port.h"
 #include "host/platform/system/process.h"
 #include "host/scenario/report.h"
@@ -103,6 +104,37 @@ std::vector<Option> options_into(Options& options) {
     };
 }
 
+/// A file that is written or read, and the option that says so.
+struct NamedFile {
+    std::string option, path;
+};
+
+/// The option that would write over a file that is read, or over another one's, and what is wrong
+/// with it; both empty if none would.
+std::pair<std::string, std::string> output_clash(const Options& options) {
+    std::vector<NamedFile> files;
+    for (const std::string& name : options.scenarios)
+        if (name != "-") files.push_back({"SCENARIO", name});
+    if (!options.folder.empty())
+        for (const char* name : {"/simulator.ini", "/Orvanel42.bin"})
+            files.push_back({"--dir", options.folder + name});
+    // The image alone may go back into the file that it came from.
+    if (!is_same_file(options.image, options.save_image))
+        files.push_back({"--image", options.image});
+    const char* const trace = options.trace.form == TraceForm::json ? "--trace-json" : "--trace";
+    for (const NamedFile& output :
+         {NamedFile{"--save-image", options.save_image}, NamedFile{trace, options.trace.file},
+          NamedFile{"--junit", options.junit}}) {
+        if (output.path.empty() || output.path == "-") continue;
+        for (const NamedFile& other : files)
+            if (!other.path.empty() && is_same_file(output.path, other.path))
+                return {output.option,
+                        output.path + " is the file of " + other.option + " too: name another one"};
+        files.push_back(output);
+    }
+    return {};
+}
+
 /// What doesn't go together: the option that is at fault and why, both empty if all is well.
 std::pair<std::string, std::string> clash_in(const Options& options) {
     const std::vector<std::string>& scenarios = options.scenarios;
@@ -110,6 +142,7 @@ std::pair<std::string, std::string> clash_in(const Options& options) {
         return {"SCENARIO", "standard input can be read only once"};
     if (options.serial == "stdio" && scenarios.size() == 1 && scenarios.front() == "-")
         return {"SCENARIO", "standard input is the line: name a file"};
+    if (auto clash = output_clash(options); !clash.first.empty()) return clash;
     if (scenarios.size() == 1) return {};
     if (!options.save_image.empty()) return {"--save-image", "takes the image of one scenario"};
     if (!options.folder.empty()) return {"--dir", "is the folder of one scenario"};
