@@ -178,6 +178,10 @@ std::optional<std::string_view> ini_value(std::string_view text, std::string_vie
     return of(text, value->meant);
 }
 
+bool has_ini_section(std::string_view text, std::string_view section) {
+    return find_section(text, section).has_value();
+}
+
 void set_ini_value(std::string& text, std::string_view section, std::string_view key,
                    std::string_view value) {
     auto lines = find_section(text, section);

@@ -17,6 +17,9 @@ namespace orvanel {
 std::optional<std::string_view> ini_value(std::string_view text, std::string_view section,
                                           std::string_view key);
 
+/// Whether the text has such a section.
+bool has_ini_section(std::string_view text, std::string_view section);
+
 /// Gives that key this value, unless it has it. A new key goes behind the section's last one, a
 /// new section to the end of the text. The value is a plain word: no blank, quote, semicolon.
 void set_ini_value(std::string& text, std::string_view section, std::string_view key,

@@ -1,5 +1,6 @@
 #include "host/program/program_folder.h"
 
+#include "base/folder_lock.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/program/demo.h"
 #include "host/program/image_file.h"
@@ -17,7 +18,13 @@ namespace orvanel {
 
 namespace {
 
-std::string open_folder;             // empty if none is
+namespace fs = std::filesystem;
+
+std::string open_folder;  // empty if none is
+std::string absolute_folder;
+std::string ini_at_start;            // for a folder that has to be made again
+constinit bool made_again = false;   // which has happened
+std::string image_elsewhere;         // where the image goes if another program has the folder
 constinit bool former_kept = false;  // this run has saved the image, and kept what was there before
 
 // Saves while the firmware runs. A download may end in several restarts, so one waits a little; and
@@ -29,20 +36,68 @@ constinit std::int64_t save_due_ms = not_due;
 constinit std::span<const std::uint8_t> unsaved_copy{};  // taken, and not on the disk yet
 std::string last_fault;
 
-std::string path_of(const char* name) { return std::filesystem::path(open_folder) / name; }
+std::string path_of(const char* name) { return fs::path(open_folder) / name; }
 
 std::string settings_path() { return path_of("simulator.ini"); }
 std::string image_path() { return path_of("Orvanel42.bin"); }
 
+std::string link_fault(const std::string& path, const std::string& what) {
+    std::error_code ignored;
+    return path + " is a link to " + fs::read_symlink(path, ignored).string() + ", which is no " +
+           what + "; take the link away";
+}
+
+/// A link may have come with the folder, and lead to a file that is nobody's to write over: only
+/// one of the right content is.
+std::string settings_link_fault(const std::string& ini) {
+    std::error_code ignored;
+    const std::string path = settings_path();
+    const bool strange =
+        fs::is_symlink(path, ignored) && (!fs::exists(path, ignored) || !are_settings(ini));
+    return strange ? link_fault(path, "file of settings") : "";
+}
+
+std::string image_link_fault() {
+    std::error_code fault;
+    const std::string path = image_path();
+    if (!fs::is_symlink(path, fault)) return {};
+    const std::uintmax_t size = fs::file_size(path, fault);
+    const bool image = !fault && (size == eeprom_small || size == eeprom_large);
+    return image ? "" : link_fault(path, "EEPROM image");
+}
+
+/// The text of the settings, empty if there are none. The result is what is wrong with it.
+std::string load_settings(std::string& ini) {
+    std::string fault = load_ini(settings_path(), ini);
+    return fault.empty() ? settings_link_fault(ini) : fault;
+}
+
+/// Makes sure that the folder is there and that we have it.
+FolderLock keep_folder(std::string& fault) {
+    // What is named from a folder that has been removed is nowhere.
+    std::error_code gone;
+    (void)fs::current_path(gone);
+    if (gone) open_folder = absolute_folder;
+    const FolderLock lock = keep_folder_lock(open_folder, fault);
+    if (lock != FolderLock::taken_again) return lock;
+    made_again = true;
+    former_kept = false;
+    return FolderLock::taken;
+}
+
 /// Edits the file as it stands now: the user may have changed it since the start.
 std::string save_settings() {
     const std::string path = settings_path();
+    std::string fault;
+    if (keep_folder(fault) != FolderLock::taken) return "cannot save " + path + ": " + fault;
     std::string ini;
-    std::string fault = load_ini(path, ini);
+    fault = load_settings(ini);
     if (!fault.empty()) return "cannot save " + fault;
+    if (made_again && ini.empty()) ini = ini_at_start;
     const std::string former = ini;
     put_settings(ini);
-    if (ini == former) return {};
+    std::error_code ignored;
+    if (ini == former && fs::exists(path, ignored)) return {};
     // The next start would refuse it.
     if (ini.size() > longest_ini)
         return "cannot save " + path + ": longer than " + std::to_string(longest_ini) + " bytes";
@@ -51,10 +106,23 @@ std::string save_settings() {
     return fault.empty() ? "" : "cannot save " + path + ": " + fault;
 }
 
+/// The files of the folder are another program's by now, but the image must not be lost.
+std::string save_elsewhere(std::span<const std::uint8_t> image, const std::string& why) {
+    if (image_elsewhere.empty()) image_elsewhere = free_name(image_path());
+    std::string fault = save_image(image_elsewhere, image, Backup::none);
+    if (!fault.empty()) return fault;
+    return "cannot save " + image_path() + ": " + why + "; the image is in " + image_elsewhere;
+}
+
 /// Only the first save of a run keeps the former file: a backup of what this run itself has saved
 /// would be of no use to anybody.
 std::string save_image_of_run(std::span<const std::uint8_t> image) {
-    std::string fault = save_image(image_path(), image, former_kept ? Backup::none : Backup::keep);
+    std::string fault;
+    const FolderLock lock = keep_folder(fault);
+    if (lock == FolderLock::held) return save_elsewhere(image, fault);
+    if (lock == FolderLock::failed) return "cannot save " + image_path() + ": " + fault;
+    if (fault = image_link_fault(); !fault.empty()) return "cannot save " + fault;
+    fault = save_image(image_path(), image, former_kept ? Backup::none : Backup::keep);
     former_kept = former_kept || fault.empty();
     return fault;
 }
@@ -67,9 +135,8 @@ std::string save_copy() {
     if (eeprom_copy_waits()) unsaved_copy = eeprom_take_copy();
     if (unsaved_copy.empty()) return {};
     std::error_code ignored;
-    const auto kind = std::filesystem::status(image_path(), ignored).type();
-    if (kind != std::filesystem::file_type::regular &&
-        kind != std::filesystem::file_type::not_found)
+    const auto kind = fs::status(image_path(), ignored).type();
+    if (kind != fs::file_type::regular && kind != fs::file_type::not_found)
         return "cannot save " + image_path() + ": not a plain file";
     std::string fault = save_image_of_run(unsaved_copy);
     if (fault.empty()) unsaved_copy = {};
@@ -89,26 +156,30 @@ std::vector<std::string> save_settings_after(const std::string& image_fault) {
 
 std::string open_program_folder(const std::string& folder, WithoutImage without) {
     std::error_code no_folder;
-    std::filesystem::create_directories(folder, no_folder);
+    fs::create_directories(folder, no_folder);
     if (no_folder) return folder + ": " + no_folder.message();
     open_folder = folder;
-    former_kept = false;
+    absolute_folder = fs::absolute(folder, no_folder);
+    made_again = former_kept = false;
+    image_elsewhere.clear();
     unsaved_copy = {};
-    std::string ini;
-    std::string fault = load_ini(settings_path(), ini);
+    clear_parts(settings_path());
+    clear_parts(image_path());
+    std::string fault = load_settings(ini_at_start);
     if (!fault.empty()) return fault;
-    take_settings(ini, folder);
+    take_settings(ini_at_start, folder);
     eeprom_reset_to(eeprom_size, {});
+    if (fault = image_link_fault(); !fault.empty()) return fault;
     const std::string image = image_path();
     std::error_code no_image;
-    const auto kind = std::filesystem::status(image, no_image).type();
-    if (kind == std::filesystem::file_type::not_found) {
+    const auto kind = fs::status(image, no_image).type();
+    if (kind == fs::file_type::not_found) {
         if (without == WithoutImage::demo) start_demo_feed();
         return {};
     }
     if (no_image) return image + ": " + no_image.message();
     // Opening a pipe would wait for its other end.
-    if (kind != std::filesystem::file_type::regular) return image + ": not a plain file";
+    if (kind != fs::file_type::regular) return image + ": not a plain file";
     return load_image(image, eeprom_size);
 }
 
@@ -135,6 +206,8 @@ void save_programmed_image() {
     save_due_ms = fault.empty() ? not_due : now + retry_ms;
     if (!fault.empty() && fault != last_fault) show_message("Error: HD Orvanel42 simulator", fault);
     last_fault = fault;
+    if (!image_notice.empty()) show_message("HD Orvanel42 simulator", image_notice);
+    image_notice.clear();
 }
 
 }  // namespace orvanel

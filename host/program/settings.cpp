@@ -171,6 +171,10 @@ std::string port_device(std::string_view ini, int number, const std::string& fol
 
 }  // namespace
 
+bool are_settings(std::string_view ini) {
+    return ini.empty() || has_ini_section(ini, settings_section);
+}
+
 void take_settings(std::string_view ini, const std::string& folder) {
     for (const Setting& setting : settings) {
         const auto text = ini_value(ini, settings_section, setting.key);

@@ -74,6 +74,9 @@ extern int custom_dialog_y;
 constexpr int most_ports = 8;
 extern std::array<std::string, most_ports> port_devices;
 
+/// Whether the text is empty or has a section of ours: any other belongs to somebody else.
+bool are_settings(std::string_view ini);
+
 /// Sets all words from the text of simulator.ini; a key that isn't there gives its default. The
 /// links that its section [Ports] names are taken from `folder`. Before the firmware runs.
 void take_settings(std::string_view ini, const std::string& folder);

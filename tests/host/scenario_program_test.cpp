@@ -503,11 +503,12 @@ TEST_F(ScenarioProgram, tells_what_the_folder_refuses) {
     EXPECT_EQ(get("out"), "");
 
     std::filesystem::remove(folder / "kept/simulator.ini");
-    std::filesystem::create_symlink("nowhere/image", folder / "kept/Orvanel42.bin");
+    put("kept/Orvanel42.bin", "");
+    std::filesystem::permissions(folder / "kept/Orvanel42.bin", std::filesystem::perms(0444));
     put("a.scn", program_image);
     EXPECT_EQ(run({"--dir", "kept", "a.scn"}), 2);
     EXPECT_EQ(get("out"), "message \"Error: HD Orvanel42 simulator\" \"cannot save "
-                          "kept/Orvanel42.bin: No such file or directory\"\n");
+                          "kept/Orvanel42.bin: write-protected\"\n");
     EXPECT_TRUE(get("kept/simulator.ini").starts_with("[Orvanel42]\ncom=none\n"));
 }
 

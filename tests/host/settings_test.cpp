@@ -302,13 +302,14 @@ TEST_F(Folder, what_can_not_be_read_is_told_and_left_alone) {
 }
 
 TEST_F(Folder, an_image_that_fails_does_not_lose_the_settings) {
-    fs::create_symlink("nowhere/image", folder / "Orvanel42.bin");
+    put("Orvanel42.bin", "");
+    fs::permissions(folder / "Orvanel42.bin", fs::perms(0444));
     const std::string path = folder.string();
     ASSERT_EQ(open_program_folder(path), "");
     model_apply();
     eeprom_state = EepromState::programmed;
     EXPECT_EQ(save_program_folder(),
-              std::vector{"cannot save " + path + "/Orvanel42.bin: No such file or directory"});
+              std::vector{"cannot save " + path + "/Orvanel42.bin: write-protected"});
     EXPECT_EQ(get("simulator.ini"), first_save);
 }
 

@@ -18,6 +18,7 @@
 #include "host/window/roof/menu_command.h"
 #include "host/window/roof/program_life.h"
 #include "link/feeds/feeds.h"
+#include "seam/platform.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -172,6 +173,7 @@ std::string load_memory(const Options& options) {
 /// is what went wrong, which has been told on standard error.
 std::vector<std::string> save_memory() {
     std::vector<std::string> faults = orvanel::save_program_folder();
+    if (!orvanel::image_notice.empty()) orvanel::tell_user("orvanel42: " + orvanel::image_notice);
     for (const std::string& fault : faults)
         tell_error(fault);
     return faults;
@@ -304,6 +306,10 @@ int run(int argc, char** argv) {
         tell_error("no file descriptor left");
         return failed;
     }
+    if (!orvanel::image_notice.empty())
+        orvanel::open_message_box(orvanel::MessageOf::host, orvanel::start_fault_caption,
+                                  orvanel::image_notice);
+    orvanel::image_notice.clear();
     return run_window();
 }
 

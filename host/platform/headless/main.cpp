@@ -57,6 +57,7 @@ int run(int argc, char** argv) {
         tell_user("orvanel42-headless: error: " + fault);
         return wrong_line;
     }
+    tell_image_notice();
     picture_options = {options.update, options.update_missing, options.out_folder};
     image_save_path = options.save_image;
     serial_option = options.serial;

@@ -50,12 +50,19 @@ void tell_unsaved(const std::string& fault) {
 void save_all() {
     for (const std::string& fault : save_program_folder())
         tell_unsaved(fault);
+    tell_image_notice();
     if (image_save_path.empty() || eeprom_state != EepromState::programmed) return;
     const std::string fault = save_image(image_save_path, eeprom_bytes(), Backup::none);
     if (!fault.empty()) tell_unsaved(fault);
+    tell_image_notice();
 }
 
 }  // namespace
+
+void tell_image_notice() {
+    if (!image_notice.empty()) tell_user("orvanel42-headless: " + image_notice);
+    image_notice.clear();
+}
 
 void take_end_signals() {
     if (end_fd >= 0) close_end_signals();

@@ -39,6 +39,9 @@ void take_end_signals();
 bool told_to_end();
 int end_signals_fd();
 
+/// Tells on standard error what the user is to know of the image's file (host/image_file.h).
+void tell_image_notice();
+
 /// Runs the scenario `name` from its first line to its end; an empty name, in real time, is none,
 /// and a signal the end. The EEPROM image is loaded. The result
 /// is the exit status.
