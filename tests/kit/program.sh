@@ -149,6 +149,14 @@ mkdir -p half/unfinished-dump
 expect 2 '*empty*' dump a.bin -o half
 expect_of interrupted 143 '*' fsync TERM 1 build "$examples/device.kit" -q -o new.bin
 cmp -s new.bin a.bin && [ -z "$(find . -name '*.part')" ] || { echo "program.sh: a signal tears a file" >&2; failed=1; }
+# What a kill leaves beside the output goes with the next build of it, but not what a living process writes.
+expect_of interrupted 137 '*' fsync KILL 1 build loop.kit -q -o new.bin
+[ "$(find . -name '*.part' | wc -l)" -eq 1 ] || { echo "program.sh: a kill leaves no part" >&2; failed=1; }
+: >"new.bin.$$.part"
+expect 0 '' build loop.kit -q -o new.bin
+[ "$(find . -name '*.part')" = "./new.bin.$$.part" ] ||
+    { echo "program.sh: parts: $(find . -name '*.part' | tr '\n' ' ')" >&2; failed=1; }
+rm "new.bin.$$.part"
 
 # What a terminal would act on is shown instead.
 order=$'\e[2J'
