@@ -3,6 +3,7 @@
 // message is served once and in its order, and answered if its sender stays; nobody makes the
 // program spin, and nobody keeps the next one out.
 
+#include "base/folder_lock.h"
 #include "host/bridge/bridge_packing.h"
 #include "host/platform/instance/instance.h"
 #include "host/platform/instance/instance_client.h"

@@ -1,6 +1,7 @@
 // The messages of the companion and of a second start, without what carries them and by the socket.
 
 #include "base/bytes.h"
+#include "base/folder_lock.h"
 #include "firmware/store/ground/macro.h"
 #include "host/bridge/bridge.h"
 #include "host/platform/instance/instance.h"
