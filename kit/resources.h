@@ -3,8 +3,12 @@
 
 #pragma once
 
-#include "kit/kit.h"
+#include "kit/names.h"
 #include "kit/sections.h"
+
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace orvanel {
 

@@ -2,8 +2,8 @@
 
 #include "base/words.h"
 #include "host/program/settings.h"
+#include "host/scenario/ending.h"
 #include "host/scenario/report.h"
-#include "host/scenario/runner.h"
 #include "host/skin/view.h"
 #include "host/window/ground/dialog.h"
 #include "host/window/ground/input.h"

@@ -1,8 +1,8 @@
 #include "host/scenario/runner.h"
 
 #include "base/words.h"
-#include "firmware/core/ground/requests.h"
 #include "host/scenario/commands.h"
+#include "host/scenario/ending.h"
 #include "host/scenario/report.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/world.h"
@@ -32,7 +32,6 @@ constinit std::ptrdiff_t searched = 0;  // of it, known to hold no end of line
 constinit bool first_move_made = false;
 constinit bool command_seen = false;
 constinit bool wants_input = false;
-constinit bool ended = false;
 constinit bool endless = false;  // there is no scenario, and the session goes on all the same
 
 /// Cuts the next line off `input`, with its end. False if it isn't all there yet.
@@ -74,7 +73,7 @@ void run_line(const std::string& line) {
 void run_commands() {
     std::string line;
     wants_input = false;
-    while (!ended && !waiting()) {
+    while (!scenario_ended() && !waiting()) {
         if (take_line(line)) {
             run_line(line);
         } else if (input_ended) {
@@ -87,7 +86,7 @@ void run_commands() {
         } else if (wait_for_scenario_input(input_fd)) {
             read_input();
         } else {
-            wants_input = !ended;
+            wants_input = !scenario_ended();
             return;
         }
     }
@@ -123,7 +122,7 @@ void close_scenario() {
 }
 
 void run_leading_lines() {
-    while (!ended && input_fd >= 0 && input.size() <= longest_line) {
+    while (!scenario_ended() && input_fd >= 0 && input.size() <= longest_line) {
         const bool whole = std::find(input.begin(), input.end(), '\n') != input.end();
         if (whole || (input_ended && !input.empty())) {
             std::string line;
@@ -137,20 +136,13 @@ void run_leading_lines() {
     }
 }
 
-bool scenario_ended() { return ended; }
-
-void end_scenario() {
-    ended = true;
-    shutdown_requested.store(true);
-}
-
 void scenario_move_ended() {
     if (!first_move_made) {
         first_move_made = true;
         run_commands();
     }
     // What runs behind a wait may begin another one, which then is tested in the same place.
-    while (!ended && waiting_for_event()) {
+    while (!scenario_ended() && waiting_for_event()) {
         test_wait();
         if (waiting()) return;
         run_commands();
@@ -174,7 +166,7 @@ void scenario_input_ready() {
 }
 
 void stop_scenario() {
-    if (ended) return;
+    if (scenario_ended()) return;
     if (!endless && scenario_name != standard_input)
         report_fault(expectation_failed, "the scenario was stopped before its end");
     end_scenario();

@@ -19,13 +19,6 @@ void close_scenario();
 /// be read without a wait. For real time, where a peer may send as soon as the line is open.
 void run_leading_lines();
 
-/// True when no command is left, a line was wrong or the scenario was stopped. shutdown_requested
-/// is set then.
-bool scenario_ended();
-
-/// Ends the scenario here, in order, as its last line does.
-void end_scenario();
-
 /// The end of a move of the clock. The first one runs the first commands; later ones test what the
 /// scenario waits for and run what comes behind it.
 void scenario_move_ended();

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "host/scenario/commands.h"
+#include "host/scenario/arguments.h"
 
 namespace orvanel {
 

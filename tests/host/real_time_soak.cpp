@@ -4,6 +4,7 @@
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/store/ground/eeprom.h"
+#include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"
 #include "host/requests/painter.h"

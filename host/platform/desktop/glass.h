@@ -32,4 +32,7 @@ class Glass final : public QWidget {
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 };
 
+/// The one there is, made and dropped with the window (main_window.h).
+extern Glass* glass;
+
 }  // namespace orvanel

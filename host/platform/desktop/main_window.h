@@ -22,9 +22,8 @@ class MainWindow final : public QMainWindow {
     void dropEvent(QDropEvent* event) override;
 };
 
-/// Both exist from make_main_window to drop_main_window.
+/// It exists, and so does glass, from make_main_window to drop_main_window.
 extern MainWindow* main_window;
-extern Glass* glass;
 
 /// Makes the window, hidden, in the present view.
 void make_main_window();

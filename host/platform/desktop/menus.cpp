@@ -1,6 +1,6 @@
 #include "host/platform/desktop/menus.h"
 
-#include "host/platform/desktop/main_window.h"
+#include "host/platform/desktop/glass.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
 #include "host/window/ground/menu.h"

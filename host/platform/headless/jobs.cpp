@@ -2,6 +2,7 @@
 
 #include "base/safe_file.h"
 #include "base/visible.h"
+#include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/session.h"
 #include "host/scenario/junit.h"
 #include "host/scenario/report.h"

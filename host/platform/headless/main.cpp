@@ -4,6 +4,8 @@
 #include "base/visible.h"
 #include "firmware/core/roof/commands.h"
 #include "firmware/store/ground/eeprom.h"
+#include "host/platform/headless/end_signals.h"
+#include "host/platform/headless/first_port.h"
 #include "host/platform/headless/jobs.h"
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"

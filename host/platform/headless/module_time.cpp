@@ -2,7 +2,8 @@
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/roof/loop.h"
-#include "host/platform/headless/session.h"
+#include "host/platform/headless/end_signals.h"
+#include "host/platform/headless/fade.h"
 #include "host/scenario/runner.h"
 #include "host/window/roof/window_timer.h"
 #include "link/roof/link_thread.h"

@@ -3,6 +3,7 @@
 #include "seam/platform.h"
 
 #include "base/words.h"
+#include "host/platform/headless/fade.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"

@@ -1,20 +1,17 @@
 #include "host/platform/headless/session.h"
 
 #include "base/visible.h"
-#include "firmware/core/ground/backlight.h"
 #include "firmware/store/ground/eeprom.h"
+#include "host/platform/headless/end_signals.h"
+#include "host/platform/headless/first_port.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/simulated_line.h"
-#include "host/platform/real_time/start_port.h"
-#include "host/platform/system/wake.h"
 #include "host/program/image_file.h"
 #include "host/program/program_folder.h"
-#include "host/scenario/commands.h"
 #include "host/scenario/memory_window.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
-#include "host/scenario/waits.h"
 #include "host/scenario/world.h"
 #include "host/window/roof/menu_command.h"
 #include "host/window/roof/program_life.h"
@@ -23,7 +20,6 @@
 #include "seam/platform.h"
 
 #include <poll.h>
-#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -33,13 +29,9 @@ namespace orvanel {
 
 constinit bool real_time = false;
 std::string image_save_path;
-std::string serial_option;
 TraceOptions trace_options;
-constinit std::int64_t next_fade_us = never;
 
 namespace {
-
-constinit int end_fd = -1;
 
 void tell_unsaved(const std::string& fault) {
     open_message_box(MessageOf::host, "Error: HD Orvanel42 simulator", fault);
@@ -64,37 +56,6 @@ void tell_image_notice() {
     image_notice.clear();
 }
 
-void take_end_signals() {
-    if (end_fd >= 0) close_end_signals();
-    end_fd = open_end_signals();
-}
-
-std::string open_first_port() {
-    const int port = leading_port.value_or(start_port(serial_option));
-    std::string fault = open_start_port(port, serial_option);
-    if (!fault.empty() && !is_by_option(port, serial_option)) {
-        tell_user("orvanel42-headless: error: " + fault);
-        return {};
-    }
-    if (const std::string name = new_peer_name(serial_option); !name.empty())
-        print_line("serial " + name);
-    // Standard output is the module's from here on.
-    if (fault.empty() && serial_option == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
-    return fault;
-}
-
-void serve_fade_step() {
-    next_fade_us += fade_step_us;
-    backlight_fade_step();
-}
-
-bool told_to_end() {
-    pollfd end{end_fd, POLLIN, 0};
-    return poll(&end, 1, 0) > 0;
-}
-
-int end_signals_fd() { return end_fd; }
-
 std::int64_t clock_us() { return real_time ? real_clock_us() : module_clock_us(); }
 
 std::uint64_t bytes_delivered() {
@@ -104,7 +65,7 @@ std::uint64_t bytes_delivered() {
 bool wait_for_scenario_input(int fd) {
     // In real time the main loop watches the input, and the timers go on meanwhile.
     if (real_time) return false;
-    std::array<pollfd, 2> fds{pollfd{fd, POLLIN, 0}, pollfd{end_fd, POLLIN, 0}};
+    std::array<pollfd, 2> fds{pollfd{fd, POLLIN, 0}, pollfd{end_signals_fd(), POLLIN, 0}};
     while (poll(fds.data(), fds.size(), -1) < 0) {
     }
     if (fds[1].revents == 0) return true;

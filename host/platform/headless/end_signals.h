@@ -1,0 +1,13 @@
+// end_signals.h: SIGINT and SIGTERM, which end a run in order.
+
+#pragma once
+
+namespace orvanel {
+
+/// Takes SIGINT and SIGTERM from now on; told_to_end says whether one has come, end_signals_fd is
+/// readable from then on. Again after a fork, so that parent and child have each their own.
+void take_end_signals();
+bool told_to_end();
+int end_signals_fd();
+
+}  // namespace orvanel
