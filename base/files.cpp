@@ -1,8 +1,10 @@
 #include "base/files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
 namespace orvanel {
@@ -59,6 +61,14 @@ bool is_same_file(const std::string& a, const std::string& b) {
         return fs::weakly_canonical(fs::absolute(path, fault), fault);
     };
     return whole(a) == whole(b);
+}
+
+bool ends_in(std::string_view path, std::string_view ending) {
+    if (path.size() <= ending.size()) return false;
+    const auto same = [](char is, char wanted) {
+        return (is >= 'A' && is <= 'Z' ? is - 'A' + 'a' : is) == wanted;
+    };
+    return std::equal(path.end() - std::ssize(ending), path.end(), ending.begin(), same);
 }
 
 }  // namespace orvanel

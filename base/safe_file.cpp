@@ -186,6 +186,13 @@ std::string keep_beside(const std::string& path, std::string& name) {
     return name_also(target, name) ? "" : reason();
 }
 
+std::string back_up(const std::string& path) {
+    const fs::path target = target_of(path);
+    std::error_code ignored;
+    if (!fs::is_regular_file(target, ignored)) return {};
+    return name_also(target, backup_of(target)) ? "" : reason();
+}
+
 std::string part_name(const std::string& path) {
     return path + "." + std::to_string(getpid()) + ".part";
 }

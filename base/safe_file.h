@@ -27,6 +27,11 @@ std::string free_name(const std::string& path);
 /// The result is empty on success, else the reason.
 std::string keep_beside(const std::string& path, std::string& name);
 
+/// Keeps a plain file beside it under its name and ".bak", as a replacement with Backup::keep
+/// would. One that isn't there leaves all as it is. The result is empty on success, else the
+/// reason.
+std::string back_up(const std::string& path);
+
 /// What writes the file `path` first has the name path, ".", the number of the process and ".part".
 std::string part_name(const std::string& path);
 

@@ -65,14 +65,6 @@ Built build_text(const std::string& name, std::string_view text, const BuildOpti
     return build_lines(name, lines_of(name, text, faults), options, progress, faults);
 }
 
-bool ends_in(std::string_view path, std::string_view ending) {
-    if (path.size() <= ending.size()) return false;
-    const auto same = [](char a, char b) {
-        return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b;
-    };
-    return std::equal(ending.begin(), ending.end(), path.end() - std::ssize(ending), same);
-}
-
 Content load_any(const std::string& path, const Progress& progress, Faults& faults) {
     if (ends_in(path, ".kit")) {
         const Built built = build_kit(path, {-1, -1, -1}, progress, faults);

@@ -39,7 +39,4 @@ struct Content {
 /// that it is. Throws a Fault if that can't be.
 Content load_any(const std::string& path, const Progress& progress, Faults& faults);
 
-/// Whether the path has this ending, in either case.
-bool ends_in(std::string_view path, std::string_view ending);
-
 }  // namespace orvanel

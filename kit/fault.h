@@ -28,6 +28,9 @@ struct Fault : std::runtime_error {
 /// All that is wrong, in the order in which it was found.
 using Faults = std::vector<Fault>;
 
+/// Those of a file in the order of its lines.
+void sort_by_place(Faults& faults);
+
 /// `FILE:LINE:COLUMN: error: ...`, without what isn't known of the place.
 std::string message_of(const Fault& fault);
 

@@ -2,6 +2,7 @@
 // stream that programs it, and back.
 
 #include "base/command_line.h"
+#include "base/files.h"
 #include "base/visible.h"
 #include "host/platform/system/process.h"
 #include "kit/build.h"
@@ -16,13 +17,11 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <string>
 #include <system_error>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -64,11 +63,7 @@ class ProgressLine {
 
 /// Tells the faults, those of a file in the order of its lines.
 Status tell(Faults faults) {
-    const auto place = [](const Fault& fault) {
-        return std::tie(fault.place.file, fault.place.line, fault.place.column);
-    };
-    std::stable_sort(faults.begin(), faults.end(),
-                     [place](const Fault& a, const Fault& b) { return place(a) < place(b); });
+    sort_by_place(faults);
     for (std::size_t i = 0; i < faults.size() && i < most_messages; ++i)
         tell_user(message_of(faults[i]));
     if (faults.size() > most_messages)

@@ -4,6 +4,9 @@
 #include "base/files.h"
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/raster/blit.h"
+#include "host/import/file_kind.h"
+#include "host/import/kit_file.h"
+#include "host/program/program_folder.h"
 #include "host/window/ground/boxes.h"
 #include "host/window/ground/input.h"
 #include "link/feeds/feeds.h"
@@ -12,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvanel {
@@ -30,7 +34,8 @@ constexpr std::size_t bmp_file_size = 2, bmp_rows_at = 10, bmp_width = 18, bmp_h
                       bmp_colour_1 = 58;
 
 constinit std::array<std::array<std::uint8_t, command_size>, 2> commands{};
-constinit std::size_t made = 0;  // the other one may be in a feed
+constinit std::size_t made = 0;                      // the other one may be in a feed
+constinit std::vector<std::uint8_t> built_stream{};  // of a kit; it may be in a feed
 
 void picture_error(std::string_view text) { show_message("Error: HD Orvanel42 simulator", text); }
 
@@ -104,34 +109,85 @@ void keep_on_glass(std::span<std::uint8_t> command) {
 
 int bitmap_size(int width, int height) { return stride_of(width) * height + bitmap_head_size; }
 
-}  // namespace
+bool is_png(std::span<const std::uint8_t> file) { return file_kind("", file) == FileKind::png; }
 
-int picture_convert(std::span<const std::uint8_t> file, std::uint8_t x, std::uint8_t y) {
-    file = file.first(std::min(file.size(), picture_file_size));
-    auto& command = commands[made];
-    command = {0x1B, 'U', 'L', x, y};
-    if (file.size() < bitmap_head_size) return -1;
-    const std::span<std::uint8_t> bitmap = std::span(command).subspan(head_size);
-    int length = static_cast<int>(file.size());
-    if (bitmap_size(file[0], file[1]) == length) {
-        if (file[0] > screen_width || file[1] > screen_height) {
+/// False if a message told why the picture was refused.
+bool png_convert(std::span<const std::uint8_t> file, std::span<std::uint8_t> target) {
+    const auto [width, height] = png_size(file);
+    if (width > screen_width || height > screen_height) {
+        too_big();
+        return false;
+    }
+    std::vector<std::uint8_t> bitmap;
+    const std::string fault = png_bitmap(file, bitmap);
+    if (!fault.empty()) picture_error("This PNG " + fault);
+    std::copy(bitmap.begin(), bitmap.end(), target.begin());
+    return fault.empty();
+}
+
+/// The raw module bitmap of a picture, in `target`. The result is as that of picture_convert.
+int convert(std::span<const std::uint8_t> file, std::span<std::uint8_t> target) {
+    const auto start = file.first(std::min(file.size(), picture_file_size));
+    if (start.size() < bitmap_head_size) return -1;
+    const int length = static_cast<int>(start.size());
+    if (bitmap_size(start[0], start[1]) == length) {
+        if (start[0] > screen_width || start[1] > screen_height) {
             too_big();
             return 0;
         }
-        std::copy(file.begin(), file.end(), bitmap.begin());
-    } else {
-        if (file[0] != 'B' || file[1] != 'M') return -1;
-        if (bmp_refused(file)) return 0;
-        bmp_convert(file, bitmap);
-        length = bitmap_size(bitmap[0], bitmap[1]);
+        std::copy(start.begin(), start.end(), target.begin());
+        return length;
     }
+    if (is_png(start)) {
+        if (!png_convert(file, target)) return 0;
+    } else {
+        if (start[0] != 'B' || start[1] != 'M') return -1;
+        if (bmp_refused(start)) return 0;
+        bmp_convert(start, target);
+    }
+    return bitmap_size(target[0], target[1]);
+}
+
+/// Feeds the stream that programs the module with a kit.
+void open_kit(const std::string& path) {
+    std::vector<std::uint8_t> stream;
+    std::string fault = kit_stream(path, stream);
+    if (fault.empty()) fault = keep_former_image();
+    if (!fault.empty()) return picture_error(fault);
+    start_feed_memory(stream);
+    built_stream = std::move(stream);
+}
+
+void open_other(const std::string& path) {
+    std::vector<std::uint8_t> start;
+    if (!read_file_start(path, picture_file_size, start).empty()) return;
+    switch (file_kind(path, start)) {
+    case FileKind::kit:
+        return open_kit(path);
+    case FileKind::scenario:
+        return picture_error(scenario_refusal(path));
+    case FileKind::png:
+    case FileKind::other:
+        return start_feed_of(path);
+    }
+}
+
+}  // namespace
+
+int picture_convert(std::span<const std::uint8_t> file, std::uint8_t x, std::uint8_t y) {
+    auto& command = commands[made];
+    command = {0x1B, 'U', 'L', x, y};
+    const int length = convert(file, std::span(command).subspan(head_size));
+    if (length <= 0) return length;
     keep_on_glass(command);
     return length + head_size;
 }
 
 int picture_load(std::string_view path, std::uint8_t x, std::uint8_t y) {
+    const std::string name(path);
     std::vector<std::uint8_t> file;
-    if (!read_file_start(std::string(path), picture_file_size, file).empty()) return 0;
+    if (!read_file_start(name, picture_file_size, file).empty()) return 0;
+    if (is_png(file) && !read_file_start(name, max_png_size, file).empty()) return 0;
     return picture_convert(file, x, y);
 }
 
@@ -140,7 +196,7 @@ std::span<const std::uint8_t> picture_command() { return commands[made]; }
 void open_feed(std::string_view path, int x, int y) {
     const std::string_view name = unquoted(path);
     const int length = picture_load(name, low8(x), low8(y));
-    if (length < 0) start_feed_of(name);
+    if (length < 0) open_other(std::string(name));
     if (length <= 0) return;
     start_feed_memory(std::span(commands[made]).first(static_cast<std::size_t>(length)));
     made = 1 - made;

@@ -1,8 +1,9 @@
-// picture_import.h: every file that the user opens: pictures become a command that draws them, all
-// else runs into the module as it is. Main thread.
+// picture_import.h: every file that the user opens: pictures become a command that draws them, a
+// kit becomes the stream that programs it, a scenario is refused, and all else runs into the module
+// as it is. Main thread.
 //
-// A picture is a raw module bitmap (docs/formats.md), which nothing but its length tells, or a BMP
-// of one bit a dot.
+// A picture is a raw module bitmap (docs/formats.md), which nothing but its length tells, a PNG, or
+// a BMP of one bit a dot with a header of 40 bytes.
 
 #pragma once
 
@@ -12,8 +13,8 @@
 
 namespace orvanel {
 
-/// The bytes of a file that are looked at. The largest BMP that passes has 4158, so what is cut
-/// here is no picture of ours.
+/// The bytes of a file that are looked at, unless it is a PNG, of which all are. The largest BMP
+/// that passes has 4158, so what is cut here is no picture of ours.
 constexpr std::size_t picture_file_size = 4200;
 
 /// Tells what a file is, by its first picture_file_size bytes or all that it has, and for a picture
@@ -30,7 +31,9 @@ int picture_load(std::string_view path, std::uint8_t x, std::uint8_t y);
 std::span<const std::uint8_t> picture_command();
 
 /// Opens a file, whose path may stand in quotes, with its picture at module dot x, y. It replaces a
-/// running feed at once, unless it can't be opened or is refused.
+/// running feed at once, unless it can't be opened or is refused. Building a kit may take a while,
+/// for which all else waits; before the first one of a run the program's folder keeps the former
+/// image.
 void open_feed(std::string_view path, int x, int y);
 
 /// A file was dropped on the window, at window pixels. Nothing while a feed runs; while a box is

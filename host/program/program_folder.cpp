@@ -25,7 +25,7 @@ std::string absolute_folder;
 std::string ini_at_start;            // for a folder that has to be made again
 constinit bool made_again = false;   // which has happened
 std::string image_elsewhere;         // where the image goes if another program has the folder
-constinit bool former_kept = false;  // this run has saved the image, and kept what was there before
+constinit bool former_kept = false;  // this run has kept the image that was there before
 
 // Saves while the firmware runs. A download may end in several restarts, so one waits a little; and
 // a disk may be full for a while, so one that failed is tried again.
@@ -208,6 +208,14 @@ void save_programmed_image() {
     last_fault = fault;
     if (!image_notice.empty()) show_message("HD Orvanel42 simulator", image_notice);
     image_notice.clear();
+}
+
+std::string keep_former_image() {
+    if (open_folder.empty() || former_kept) return {};
+    const std::string fault = back_up(image_path());
+    if (!fault.empty()) return "cannot keep a copy of " + image_path() + ": " + fault;
+    former_kept = true;
+    return {};
 }
 
 }  // namespace orvanel

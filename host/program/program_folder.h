@@ -31,4 +31,9 @@ std::vector<std::string> save_running_folder();
 /// that whatever ends the process later costs nothing of it. A fault is shown, each once.
 void save_programmed_image();
 
+/// Before something programs the module that the user may not have meant to: the image of the
+/// folder becomes the one before the last save, once in each run. The result is what went wrong.
+/// Does nothing without a folder or an image in it.
+std::string keep_former_image();
+
 }  // namespace orvanel

@@ -160,14 +160,6 @@ void put_dot(std::span<png_byte> pixels, int panel, int x, int y, Colour colour)
 
 }  // namespace
 
-bool ends_in(std::string_view path, std::string_view ending) {
-    if (path.size() <= ending.size()) return false;
-    const auto same = [](char a, char b) {
-        return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b;
-    };
-    return std::equal(ending.begin(), ending.end(), path.end() - std::ssize(ending), same);
-}
-
 BitPlane take_glass(Shown shown) {
     const UprightImage& image = image_of(shown);
     BitPlane dots{};

@@ -19,10 +19,6 @@ BitPlane take_glass(Shown shown);
 /// Whether the glass shows exactly these dots. Looks no further than the first that differs.
 bool glass_is(const BitPlane& dots, Shown shown);
 
-/// Whether the path is longer than the ending and ends in it, in either case of letters; the ending
-/// is in small ones.
-bool ends_in(std::string_view path, std::string_view ending);
-
 /// Whether the path ends in .png or .pbm, in either case.
 bool is_picture_path(const std::string& path);
 

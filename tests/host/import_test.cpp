@@ -3,13 +3,19 @@
 
 #include "base/bytes.h"
 #include "firmware/raster/blit.h"
+#include "firmware/store/ground/eeprom.h"
+#include "host/import/file_kind.h"
+#include "host/import/kit_file.h"
 #include "host/import/picture_import.h"
+#include "host/program/program_folder.h"
 #include "host/window/ground/boxes.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
 #include "tests/support/fake_platform.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <png.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -50,6 +56,23 @@ Bytes raw(int width, int height) {
     file[1] = low8(height);
     return file;
 }
+
+/// A PNG of these pixels, each a shade of gray and how much it covers.
+Bytes png(int width, int height, Bytes pixels) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(width);
+    image.height = static_cast<png_uint_32>(height);
+    image.format = PNG_FORMAT_GA;
+    pixels.resize(PNG_IMAGE_SIZE(image), 0xFF);
+    Bytes file(PNG_IMAGE_PNG_SIZE_MAX(image));
+    png_alloc_size_t size = file.size();
+    png_image_write_to_memory(&image, file.data(), &size, 0, pixels.data(), 0, nullptr);
+    file.resize(size);
+    return file;
+}
+
+Bytes text(std::string_view characters) { return {characters.begin(), characters.end()}; }
 
 /// The command that a file becomes, empty if it is none or refused.
 Bytes command_of(const Bytes& file, int x = 0, int y = 0) {
@@ -155,6 +178,115 @@ TEST_F(Import, what_the_module_cannot_show_is_refused_with_the_first_fault_that_
         EXPECT_EQ(picture_convert(file, 0, 0), 0);
         EXPECT_EQ(fake_platform.messages, std::vector<std::string>{message});
     }
+}
+
+TEST_F(Import,
+       a_png_is_dark_where_it_is_darker_than_middle_gray_and_clear_where_it_is_transparent) {
+    const Bytes pixels{0,   255, 127, 255, 128, 255, 255, 255, 0,
+                       127, 0,   128, 0,   0,   255, 255, 0,   255};
+    EXPECT_EQ(command_of(png(9, 1, pixels), 3, 4),
+              (Bytes{0x1B, 'U', 'L', 3, 4, 9, 1, 0b11000100, 0b10000000}));
+    const Bytes whole = command_of(png(240, 128, {}), 10, 10);
+    ASSERT_EQ(whole.size(), 3847U);
+    EXPECT_EQ(whole[3], 0);
+    // By its content, whatever it is called.
+    open_feed(file("a.eep", png(1, 1, {0, 255})), 0, 0);
+    EXPECT_EQ(feed_left(), 8);
+    EXPECT_TRUE(fake_platform.messages.empty());
+}
+
+TEST_F(Import, a_png_that_cannot_be_shown_is_refused_and_feeds_nothing) {
+    const char* big = "The Picture is to big (max. 240x128 dots) !";
+    Bytes cut = png(16, 16, {});
+    cut.resize(cut.size() / 2);
+    for (const Bytes& content : {png(241, 1, {}), png(1, 129, {}), png(2000, 2000, {})}) {
+        fresh_platform();
+        open_feed(file("big.png", content), 0, 0);
+        EXPECT_EQ(fake_platform.messages, std::vector<std::string>{big});
+    }
+    for (const Bytes& content : {cut, Bytes(cut.begin(), cut.begin() + 8)}) {
+        fresh_platform();
+        open_feed(file("cut.png", content), 0, 0);
+        EXPECT_THAT(fake_platform.messages, testing::ElementsAre(testing::StartsWith("This PNG ")));
+    }
+    EXPECT_EQ(feed_left(), 0);
+}
+
+TEST_F(Import, a_kit_is_built_and_fed_and_the_former_image_kept_once) {
+    ASSERT_EQ(open_program_folder(folder / "module"), "");
+    const auto image = [this](const char* name) { return folder / "module" / name; };
+    const auto write = [&](std::string_view content) {
+        std::ofstream(image("Orvanel42.bin")) << content;
+    };
+    const auto backup = [&] {
+        std::ifstream kept(image("Orvanel42.bin.bak"));
+        return std::string(std::istreambuf_iterator<char>(kept), {});
+    };
+    const std::string path =
+        file("page.KIT", text("; a page\n\n[normal macro 0]\nbytes \"hello\"\n"));
+    stop_feed();
+    open_feed(path, 0, 0);
+    EXPECT_FALSE(std::filesystem::exists(image("Orvanel42.bin.bak"))) << "there was no image";
+    Bytes stream;
+    ASSERT_EQ(kit_stream(path, stream), "");
+    EXPECT_EQ(feed_left(), std::ssize(stream));
+    drain_feed();
+    EXPECT_EQ(all_of_rx(), stream);
+    ASSERT_EQ(open_program_folder(folder / "module"), "");
+    for (const char* content : {"first", "second"}) {
+        std::filesystem::remove(image("Orvanel42.bin"));
+        write(content);
+        open_feed(path, 0, 0);
+        EXPECT_EQ(backup(), "first");
+    }
+    EXPECT_TRUE(fake_platform.messages.empty());
+}
+
+TEST_F(Import, a_kit_with_faults_tells_the_first_five_in_one_box_and_feeds_nothing) {
+    std::string lines = "kit 1\n";
+    for (int i = 0; i < 7; ++i)
+        lines += "[picture " + std::to_string(i) + "]\nfile = none.png\n";
+    const std::string path = file("faults.kit", text(lines));
+    open_feed(path, 0, 0);
+    EXPECT_EQ(feed_left(), 0);
+    ASSERT_EQ(fake_platform.messages.size(), 1U);
+    const std::string& box = fake_platform.messages.front();
+    EXPECT_EQ(std::count(box.begin(), box.end(), '\n'), 5);
+    EXPECT_THAT(box, testing::StartsWith(path + ":3:"));
+    EXPECT_THAT(box, testing::HasSubstr("\nand 2 more"));
+}
+
+TEST_F(Import, a_file_is_what_its_name_and_its_first_line_say) {
+    struct Case {
+        const char *name, *content;
+        FileKind kind;
+    };
+    for (const auto& [name, content, kind] :
+         {Case{"a.kit", "kit 1\n", FileKind::kit},
+          Case{"a.kit", "\xEF\xBB\xBF\r\n ; about\r\n\tinclude \"b.kit\"", FileKind::kit},
+          Case{"a.kit", "#TA\n[image]\n", FileKind::other}, Case{"a.kit", "", FileKind::other},
+          Case{".kit", "kit 1", FileKind::other}, Case{"a.eep", "kit 1\n", FileKind::other},
+          Case{"a.Scn", "; what it plays\nscenario  1\nfeed x", FileKind::scenario},
+          Case{"a.scn", "scenario 12\n", FileKind::other},
+          Case{"a.scn", "feed x\n", FileKind::other},
+          Case{"a.txt", "scenario 1\n", FileKind::other}})
+        EXPECT_EQ(file_kind(name, text(content)), kind) << name << ": " << content;
+}
+
+TEST_F(Import, what_is_meant_for_another_program_is_refused) {
+    const std::string scenario = file("a.scn", text("scenario 1\nfeed x\n"));
+    open_feed(scenario, 0, 0);
+    EXPECT_EQ(feed_left(), 0);
+    EXPECT_THAT(fake_platform.messages,
+                testing::ElementsAre(testing::HasSubstr("orvanel42-headless")));
+    EXPECT_THAT(not_an_image(scenario), testing::HasSubstr("a.scn is a scenario"));
+    EXPECT_THAT(not_an_image(file("a.kit", text("[image]\n"))),
+                testing::HasSubstr("orvanel42-kit"));
+    EXPECT_THAT(not_an_image(file("a.bin", png(1, 1, {}))), testing::HasSubstr("is a picture"));
+    for (const std::string& image :
+         {file("b.bin", Bytes(32768, 0xFF)), file("b.kit", Bytes{'F', 'H', '7'}), folder.string(),
+          (folder / "none").string()})
+        EXPECT_EQ(not_an_image(image), "") << image;
 }
 
 TEST_F(Import, bits_that_a_bmp_does_not_hold_are_clear_dots) {

@@ -1,6 +1,6 @@
-// Real time under load: for 11 seconds the firmware draws without a pause while the main thread
-// feeds it, resets it, ticks and paints. Meant for the thread sanitizer, and fails unless enough of
-// each has happened.
+// Real time under load: the firmware draws without a pause while the main thread feeds it, resets
+// it, ticks and paints, until enough of each has happened. Meant for the thread sanitizer. What
+// hangs runs into the limit of the test.
 
 #include "firmware/core/ground/requests.h"
 #include "firmware/store/ground/eeprom.h"
@@ -21,10 +21,9 @@ namespace {
 
 using namespace orvanel;
 
-constexpr std::int64_t duration_us = 11'000'000;
 constexpr std::int64_t between_resets_us = 30'000;
-constexpr std::uint32_t paints_wanted = 1000;
-constexpr int resets_wanted = 100;
+constexpr std::uint32_t paints_wanted = 3000;
+constexpr int resets_wanted = 200;
 constexpr int ticks_wanted = 100;
 
 /// Lines, fills, flashing areas, text with scrolling, and questions.
@@ -36,6 +35,11 @@ std::vector<std::uint8_t> drawing_stream() {
         stream.append(",5,60,90;#QI0,0,").append(x).append(",20;plain text\r\n#SV#SI#DI");
     }
     return {stream.begin(), stream.end()};
+}
+
+bool enough(int resets) {
+    return paints_served() >= paints_wanted && resets >= resets_wanted &&
+           window_timers_run() >= ticks_wanted;
 }
 
 }  // namespace
@@ -50,7 +54,7 @@ int main() {
     int resets = 0;
     std::int64_t next_reset_us = between_resets_us;
     bool reset_asked = false;
-    while (real_clock_us() < duration_us) {
+    while (!enough(resets)) {
         turn_real_session();
         take_answers();
         if (feed_left() == 0) start_feed_memory(stream);
@@ -69,7 +73,5 @@ int main() {
     close_real_session();
     std::printf("%u paints, %d resets, %d ticks, %llu bytes\n", paints, resets, window_timers_run(),
                 static_cast<unsigned long long>(real_bytes_delivered()));
-    const bool enough =
-        paints >= paints_wanted && resets >= resets_wanted && window_timers_run() >= ticks_wanted;
-    return enough ? 0 : 1;
+    return 0;
 }

@@ -1,11 +1,12 @@
 // The boxes of window_system.h: dialogs from their tables, messages, the question for a file. None
 // has a loop of its own, so the event loop goes on, and with it ticks, feeds, line and paints.
 
-#include "host/window/ground/boxes.h"
+#include "host/platform/desktop/boxes.h"
 
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/text.h"
 #include "host/requests/main_requests.h"
+#include "host/window/ground/boxes.h"
 #include "host/window/ground/dialog.h"
 #include "host/window/roof/menu_command.h"
 #include "seam/window_system.h"
@@ -22,6 +23,8 @@
 #include <QRadioButton>
 #include <QSlider>
 #include <QVBoxLayout>
+
+#include <memory>
 
 namespace orvanel {
 
@@ -60,6 +63,15 @@ class TableDialog final : public QDialog {
 };
 
 constinit TableDialog* open_table = nullptr;
+
+/// A message that is yet to be shown. It holds paths and what others have written, so nothing in it
+/// is markup.
+QMessageBox* new_message_box(std::string_view caption, std::string_view text, QWidget* parent) {
+    auto* const box = new QMessageBox(QMessageBox::Critical, to_qt(caption), to_qt(text),
+                                      QMessageBox::Ok, parent);
+    box->setTextFormat(Qt::PlainText);
+    return box;
+}
 
 constexpr int picture_top = 10;  // of the About bitmap, below the dialog's edge
 
@@ -201,10 +213,8 @@ void close_dialog() {
 }
 
 void open_message_box(MessageOf whose, std::string_view caption, std::string_view text) {
-    auto* const box = new QMessageBox(QMessageBox::Critical, to_qt(caption), to_qt(text),
-                                      QMessageBox::Ok, main_window);
+    auto* const box = new_message_box(caption, text, main_window);
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
     box_opened();
     QObject::connect(box, &QMessageBox::finished, main_window, [whose](int /*button*/) {
         if (whose == MessageOf::module) message_closed();
@@ -215,6 +225,11 @@ void open_message_box(MessageOf whose, std::string_view caption, std::string_vie
     box->show();
     box->raise();
     box->activateWindow();
+}
+
+void show_fault_box(std::string_view caption, std::string_view text) {
+    const std::unique_ptr<QMessageBox> box(new_message_box(caption, text, nullptr));
+    box->exec();
 }
 
 void ask_for_file() {

@@ -4,6 +4,8 @@
 #include "base/folder_lock.h"
 #include "base/visible.h"
 #include "firmware/store/ground/eeprom.h"
+#include "host/import/file_kind.h"
+#include "host/platform/desktop/boxes.h"
 #include "host/platform/desktop/companions.h"
 #include "host/platform/desktop/window.h"
 #include "host/platform/instance/instance.h"
@@ -21,10 +23,10 @@
 #include "seam/platform.h"
 
 #include <QApplication>
-#include <QMessageBox>
 #include <QSocketNotifier>
 #include <QString>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -166,7 +168,9 @@ std::string load_memory(const Options& options) {
     orvanel::take_settings("", "");
     const int size = options.mem_kib == 64 ? orvanel::eeprom_large : orvanel::eeprom_small;
     orvanel::eeprom_reset_to(size, {});
-    return options.image.empty() ? "" : orvanel::load_image(options.image, size);
+    if (options.image.empty()) return {};
+    const std::string fault = orvanel::not_an_image(options.image);
+    return fault.empty() ? orvanel::load_image(options.image, size) : fault;
 }
 
 /// Saves what the folder keeps, the image as it stood when the program was told to end. The result
@@ -179,15 +183,25 @@ std::vector<std::string> save_memory() {
     return faults;
 }
 
-constinit bool event_loop_runs = false;
+constinit std::atomic<bool> unsaved{false};  // a run that isn't saved yet; for any thread
+constinit bool saving = false;
+
+/// What is wrong with the save, as save_memory tells it.
+std::vector<std::string> save_run() {
+    saving = true;
+    std::vector<std::string> faults = save_memory();
+    unsaved = false;
+    unsaved.notify_all();
+    return faults;
+}
 
 /// Qt ends the process from within its event loop when the display goes away. The module ends in
 /// order and all is saved all the same; there is no window for a message.
 void on_exit() {
-    if (!event_loop_runs) return;
+    if (!unsaved || saving) return;
     orvanel::close_instance();
     orvanel::stop_module();
-    save_memory();
+    save_run();
 }
 
 /// The event loop, with messages of others for as long as it runs.
@@ -208,26 +222,42 @@ int run_event_loop() {
 
 /// The event loop from its start to its end, with what has to be saved behind it.
 int run_window() {
-    event_loop_runs = true;
+    unsaved = true;
     std::atexit(on_exit);
     const int status = run_event_loop();
-    event_loop_runs = false;
     orvanel::close_window();
-    const std::vector<std::string> faults = save_memory();
+    const std::vector<std::string> faults = save_run();
     orvanel::close_end_signals();  // not before: an impatient second one would cut the save off
     if (faults.empty()) return status;
     for (const std::string& fault : faults)
         if (!orvanel::ended_by_signal)
-            QMessageBox::critical(nullptr, "Error: HD Orvanel42 simulator",
-                                  QString::fromStdString(fault));
+            orvanel::show_fault_box("Error: HD Orvanel42 simulator", fault);
     return failed;
+}
+
+/// Of Wayland's connection Qt speaks only when that is broken, and then ends the process in a way
+/// that runs nothing of ours.
+bool tells_the_end(const QString& text) {
+    return text.startsWith(QStringLiteral("The Wayland connection"));
+}
+
+/// The main thread and one of Qt's own find it out, each for itself. The latter waits for the save,
+/// or it would end the process in the middle of it.
+void display_is_gone() {
+    if (orvanel::on_main_thread())
+        on_exit();
+    else
+        unsaved.wait(true);
 }
 
 /// Qt ends a program that finds no display by abort, which looks like a crash.
 void on_qt_message(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
-    if (type != QtFatalMsg) return orvanel::tell_user("orvanel42: " + text.toStdString());
-    tell_error(text.toStdString());
-    std::_Exit(failed);
+    if (type == QtFatalMsg)
+        tell_error(text.toStdString());
+    else
+        orvanel::tell_user("orvanel42: " + text.toStdString());
+    if (tells_the_end(text)) display_is_gone();
+    if (type == QtFatalMsg) std::_Exit(failed);
 }
 
 /// Sets what Qt reads from the environment, as far as the user hasn't. False if there is no
@@ -242,12 +272,6 @@ bool prepare_display() {
     return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-/// In a box, on the display that Qt has.
-void show_start_fault(const std::string& fault) {
-    const std::string caption{orvanel::start_fault_caption};
-    QMessageBox::critical(nullptr, QString::fromStdString(caption), QString::fromStdString(fault));
-}
-
 /// The start ends while there is no Qt yet. Who has started the program from a menu of the desktop
 /// doesn't see standard error.
 int refuse_start(const Options& options, const std::string& fault, int& argc, char** argv) {
@@ -256,7 +280,7 @@ int refuse_start(const Options& options, const std::string& fault, int& argc, ch
     qInstallMessageHandler(on_qt_message);
     argc = 1;
     const QApplication application(argc, argv);
-    show_start_fault("Error: " + fault);
+    orvanel::show_fault_box(orvanel::start_fault_caption, "Error: " + fault);
     return orvanel::wrong_command_line;
 }
 
@@ -298,7 +322,7 @@ int run(int argc, char** argv) {
     fault = orvanel::prepare_skin();
     if (!fault.empty()) {
         orvanel::tell_user("orvanel42: " + fault);  // which begins with "Error:"
-        show_start_fault(fault);
+        orvanel::show_fault_box(orvanel::start_fault_caption, fault);
         return failed;
     }
     orvanel::set_companions(orvanel::help_page(), orvanel::terminal_command(options.folder));

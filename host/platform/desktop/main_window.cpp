@@ -1,6 +1,7 @@
 #include "host/platform/desktop/main_window.h"
 
 #include "host/import/picture_import.h"
+#include "host/platform/desktop/ground.h"
 #include "host/platform/desktop/menus.h"
 #include "host/platform/desktop/scale.h"
 #include "host/platform/desktop/text.h"
@@ -43,6 +44,7 @@ namespace {
 constinit bool is_on_top = false;
 constinit std::optional<Outline> outline{};  // none: the frame
 constinit bool shown = false;
+constinit bool fits_later = false;  // to its content, as soon as the window system lets it
 constexpr int longest_reframing_ms = 500;
 constinit bool is_reframed = false;  // the window manager may be about to change the frame
 constinit QPoint client_wanted{};    // where the client area stays meanwhile
@@ -116,6 +118,12 @@ void change_scale() {
     take_shape();
 }
 
+/// A window that has been maximised has a size that it must not leave: the compositor takes that
+/// for a fault and ends the program.
+bool is_spread() {
+    return (main_window->windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen)) != 0;
+}
+
 QIcon program_icon() {
     QIcon icon;
     for (const int size : {16, 24, 32, 48, 64, 128, 256})
@@ -150,6 +158,19 @@ void MainWindow::moveEvent(QMoveEvent* event) {
     windowHandle()->setPosition(client_wanted);
 }
 
+void MainWindow::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    if (outline && !can_place_windows()) set_mask();  // the module has moved within the window
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::WindowStateChange || !fits_later || is_spread()) return;
+    fits_later = false;
+    // Not before it has got the size that it had.
+    QMetaObject::invokeMethod(this, resize_window, Qt::QueuedConnection);
+}
+
 void MainWindow::paintEvent(QPaintEvent* event) {
     QMainWindow::paintEvent(event);
     if (shown) return;
@@ -175,14 +196,18 @@ void MainWindow::dropEvent(QDropEvent* event) {
 void make_main_window() {
     load_art();
     shown = false;
+    fits_later = false;
     outline.reset();
     is_on_top = false;
     main_window = new MainWindow;
     main_window->setWindowIcon(program_icon());
     glass = new Glass(main_window);
-    main_window->setCentralWidget(glass);
     build_menus(*main_window);
-    main_window->layout()->setSizeConstraint(QLayout::SetFixedSize);
+    if (can_place_windows()) {
+        main_window->setCentralWidget(glass);
+        main_window->layout()->setSizeConstraint(QLayout::SetFixedSize);
+    } else
+        main_window->setCentralWidget(new Ground(glass));
     take_scale();
     resize_window();
     glass->setFocus();
@@ -234,7 +259,10 @@ void repaint_window() { glass->update(); }
 void resize_window() {
     glass->fit();
     main_window->layout()->activate();
-    main_window->adjustSize();
+    if (can_place_windows()) return main_window->adjustSize();
+    main_window->centralWidget()->updateGeometry();
+    fits_later = is_spread();
+    if (!fits_later) main_window->resize(main_window->sizeHint());
 }
 
 void show_window_frame() {

@@ -29,8 +29,8 @@ void set_clipboard(std::span<const std::uint8_t> dib) {
 
 void activate_other_window(std::uint32_t number) {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 == nullptr) return;
-    xcb_connection_t* display = x11->connection();
+    xcb_connection_t* const display = x11 == nullptr ? nullptr : x11->connection();
+    if (display == nullptr) return;  // a platform can speak X11 and have no server
     const QByteArray name = "_NET_ACTIVE_WINDOW";
     xcb_intern_atom_reply_t* atom = xcb_intern_atom_reply(
         display,

@@ -4,6 +4,7 @@
 #include "base/visible.h"
 #include "firmware/core/roof/commands.h"
 #include "firmware/store/ground/eeprom.h"
+#include "host/import/file_kind.h"
 #include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/first_port.h"
 #include "host/platform/headless/jobs.h"
@@ -34,7 +35,9 @@ std::string load_memory(const Options& options) {
     take_settings("", "");
     const int size = options.mem_kib == 64 ? eeprom_large : eeprom_small;
     eeprom_reset_to(size, {});
-    return options.image.empty() ? "" : load_image(options.image, size);
+    if (options.image.empty()) return {};
+    const std::string fault = not_an_image(options.image);
+    return fault.empty() ? load_image(options.image, size) : fault;
 }
 
 /// A folder is for one program at a time.

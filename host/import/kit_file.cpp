@@ -1,0 +1,68 @@
+#include "host/import/kit_file.h"
+
+#include "kit/build.h"
+#include "kit/dots.h"
+#include "kit/stream.h"
+
+#include <exception>
+#include <utility>
+
+namespace orvanel {
+
+namespace {
+
+constexpr std::size_t max_faults_shown = 5;
+constexpr std::size_t png_width_at = 16, png_height_at = 20;  // in the chunk that comes first
+constexpr int middle_gray = 50;                               // percent of white
+
+std::uint32_t big_endian(std::span<const std::uint8_t> file, std::size_t at) {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        value = value << 8 | (at + i < file.size() ? file[at + i] : 0U);
+    return value;
+}
+
+std::string text_of(Faults faults) {
+    sort_by_place(faults);
+    std::string text;
+    for (std::size_t i = 0; i < faults.size() && i < max_faults_shown; ++i)
+        text += (i == 0 ? "" : "\n") + message_of(faults[i]);
+    if (faults.size() > max_faults_shown)
+        text += "\nand " + std::to_string(faults.size() - max_faults_shown) +
+                " more, which orvanel42-kit build tells";
+    return text;
+}
+
+std::string build(const std::string& path, Bytes& stream) {
+    Faults faults;
+    const Built built = build_kit(
+        path, {-1, -1, -1}, [](const std::string&) {}, faults);
+    if (faults.empty()) stream = stream_of(built.kit, built.image, faults);
+    return text_of(std::move(faults));
+}
+
+}  // namespace
+
+PngSize png_size(std::span<const std::uint8_t> file) {
+    return {big_endian(file, png_width_at), big_endian(file, png_height_at)};
+}
+
+std::string png_bitmap(std::span<const std::uint8_t> file, std::vector<std::uint8_t>& bitmap) {
+    GrayPicture picture{};
+    std::string fault = decode_picture(file, picture);
+    if (fault.empty()) bitmap = picture_bytes(by_threshold(picture, middle_gray), nullptr);
+    return fault;
+}
+
+std::string kit_stream(const std::string& path, std::vector<std::uint8_t>& stream) {
+    try {
+        return build(path, stream);
+    } catch (const Fault& fault) {
+        return message_of(fault);
+    } catch (const std::exception& fault) {
+        // The system has no memory left.
+        return path + ": " + fault.what();
+    }
+}
+
+}  // namespace orvanel
