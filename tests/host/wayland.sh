@@ -50,3 +50,58 @@ wait "$module" || status=$?
 [ "$status" != 0 ]
 grep -q first killed/Orvanel42.bin
 grep -qx xpos=100 killed/simulator.ini
+
+# A compositor in a window of a screen of its own, since the one above has neither mouse nor keyboard.
+Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>display 2>screen.log &
+running+=($!)
+until_it grep -q . display
+DISPLAY=:$(cat display)
+export DISPLAY
+start_compositor window --backend=x11-backend.so --use-pixman
+start_program larger
+
+# Where the empty glass is: WIDTHxHEIGHT+X+Y. Nothing else has its colour.
+glass() {
+    import -window root seen.png
+    convert seen.png -fill black +opaque '#0000E6' -format '%@\n' info:
+}
+glass_is() { # PATTERN
+    glass >box
+    grep -qx "$1" box
+}
+click() { # X Y, seen from the glass
+    local x y
+    IFS=+ read -r _ x y <box
+    # The compositor knows moves alone, and may begin anywhere. In the corner both pointers meet.
+    xdotool mousemove 0 0
+    sleep 0.5
+    xdotool mousemove $((x + $1)) $((y + $2))
+    sleep 0.5
+    xdotool click 1
+}
+wide=240x128+403+360 # in the middle of all that the compositor's panel leaves, below title and menu
+small='240x128+.*'
+
+# The button of the title that makes it as large as the screen, and a second time gives it back.
+grows() {
+    if glass_is "$small"; then
+        click 218 -53
+        sleep 1
+    fi
+    glass_is "$wide"
+}
+until_it grows
+# Another size in a window that has to keep its own; it gets the one that fits when it may.
+xdotool key ctrl+3
+until_it glass_is '720x384+185+234'
+xdotool key super+shift+m
+until_it fails glass_is '720x384+185+234'
+glass_is '720x384+.*'
+xdotool key ctrl+1
+until_it glass_is "$small"
+xdotool key super+shift+m
+until_it glass_is "$wide"
+kill -TERM "$module"
+status=0
+wait "$module" || status=$?
+[ "$status" = 0 ] || { cat told >&2; exit 1; }
