@@ -212,7 +212,10 @@ void save_programmed_image() {
 
 std::string keep_former_image() {
     if (open_folder.empty() || former_kept) return {};
-    const std::string fault = back_up(image_path());
+    std::string fault;
+    // The files of the folder may be another program's by now; ours will go elsewhere.
+    if (keep_folder(fault) == FolderLock::held) return {};
+    fault = back_up(image_path());
     if (!fault.empty()) return "cannot keep a copy of " + image_path() + ": " + fault;
     former_kept = true;
     return {};
