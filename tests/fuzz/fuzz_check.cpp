@@ -7,6 +7,7 @@
 #include "kit/check.h"
 #include "kit/stream.h"
 #include "kit/trial.h"
+#include "tests/fuzz/steps.h"
 
 #include <algorithm>
 #include <array>
@@ -23,17 +24,6 @@ namespace orvanel {
 namespace {
 
 using Input = std::span<const std::uint8_t>;
-
-void check(bool holds) {
-    if (!holds) std::abort();
-}
-
-std::uint8_t take(Input& input) {
-    if (input.empty()) return 0;
-    const std::uint8_t byte = input.front();
-    input = input.subspan(1);
-    return byte;
-}
 
 void put_pair(Bytes& image, std::size_t at, std::size_t value) {
     image[at] = low8(static_cast<int>(value));
@@ -62,7 +52,8 @@ Bytes image_from(Input input) {
     }
     put_pair(image, 0, end);
     while (input.size() >= 3) {
-        const std::size_t at = le16(take(input), take(input)) % image.size();
+        const std::uint8_t low = take(input);
+        const std::size_t at = le16(low, take(input)) % image.size();
         image[at] = take(input);
     }
     return image;

@@ -8,6 +8,7 @@
 #include "host/platform/instance/instance.h"
 #include "host/platform/instance/instance_client.h"
 #include "link/ground/pipes.h"
+#include "tests/fuzz/steps.h"
 
 #include <poll.h>
 #include <sys/resource.h>
@@ -54,17 +55,6 @@ std::uint64_t delivered_least, delivered_most;  // bytes for the module: those o
                                                 // without an end may arrive or not
 bool orphans;  // somebody has gone whose messages may still wait for room
 bool crowded;  // more have come than are held
-
-void check(bool holds) {
-    if (!holds) std::abort();
-}
-
-std::uint8_t take(std::span<const std::uint8_t>& steps) {
-    if (steps.empty()) return 0;
-    const std::uint8_t byte = steps.front();
-    steps = steps.subspan(1);
-    return byte;
-}
 
 void open_once() {
     if (instance_fd() >= 0) return;

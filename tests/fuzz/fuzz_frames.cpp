@@ -8,6 +8,7 @@
 #include "link/roof/com_port.h"
 #include "link/roof/link_thread.h"
 #include "link/roof/pactlink.h"
+#include "tests/fuzz/steps.h"
 #include "tests/support/fake_line.h"
 #include "tests/support/fake_platform.h"
 
@@ -20,17 +21,6 @@
 
 namespace orvanel {
 namespace {
-
-void check(bool holds) {
-    if (!holds) std::abort();
-}
-
-std::uint8_t take(std::span<const std::uint8_t>& steps) {
-    if (steps.empty()) return 0;
-    const std::uint8_t byte = steps.front();
-    steps = steps.subspan(1);
-    return byte;
-}
 
 std::vector<std::uint8_t> take_some(std::span<const std::uint8_t>& steps, std::size_t n) {
     n = std::min(n, steps.size());

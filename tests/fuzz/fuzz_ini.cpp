@@ -3,6 +3,7 @@
 
 #include "host/program/ini_file.h"
 #include "host/program/settings.h"
+#include "tests/fuzz/steps.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -16,10 +17,6 @@
 
 namespace orvanel {
 namespace {
-
-void check(bool holds) {
-    if (!holds) std::abort();
-}
 
 /// All settings as they stand.
 std::vector<std::string> settings_now() {

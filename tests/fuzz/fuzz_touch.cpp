@@ -13,6 +13,7 @@
 #include "firmware/touch/menu.h"
 #include "firmware/touch/menu_definitions.h"
 #include "link/ground/pipes.h"
+#include "tests/fuzz/steps.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/font_image.h"
 #include "tests/support/module.h"
@@ -78,13 +79,6 @@ std::vector<std::uint8_t> image_with_macros() {
 
 constexpr std::string_view groups = "AAAABBNNNZUTR";
 
-std::uint8_t take(std::span<const std::uint8_t>& steps) {
-    if (steps.empty()) return 0;
-    const std::uint8_t byte = steps.front();
-    steps = steps.subspan(1);
-    return byte;
-}
-
 /// Small numbers for codes, slots and flags, and a grid of places: so that commands meet the same
 /// areas again.
 std::uint8_t parameter(std::uint8_t byte) {
@@ -116,10 +110,6 @@ void take_step(std::span<const std::uint8_t>& steps) {
         steps = steps.subspan(std::min(count, steps.size()));
         rx_pipe_put_block(std::vector<std::uint8_t>{0});
     }
-}
-
-void check(bool holds) {
-    if (!holds) std::abort();
 }
 
 /// Words that index or count stay within their ranges.

@@ -24,15 +24,6 @@ fresh() { # makes a folder `module` with an empty image
     mkdir module
     cp blank module/Orvanel42.bin
 }
-refuses() { # TEXT COMMAND...
-    local status=0
-    "${@:2}" >last 2>&1 || status=$?
-    if [ "$status" != 2 ] || ! grep -qF -- "$1" last; then
-        echo "status $status: ${*:2}" >&2
-        cat last >&2
-        return 1
-    fi
-}
 hears() { # OPTION...
     [ "$("$terminal" --dir module --answers --hex --quiet 1000 "$@" --send '1B "?"')" = 'FF FF 48 F0 00 80 00 01 42' ]
 }

@@ -21,16 +21,6 @@ long=$part/$part
 mkdir -p "$long"
 touch "$long/file"
 
-refuses() { # TEXT COMMAND...
-    local status=0
-    "${@:2}" >last 2>&1 || status=$?
-    if [ "$status" != 2 ] || ! grep -qF -- "$1" last; then
-        echo "status $status: ${*:2}" >&2
-        cat last >&2
-        return 1
-    fi
-}
-
 hears() { # FOLDER [OPTION...]
     [ "$("$terminal" --dir "$1" --answers --hex --quiet 1000 "${@:2}")" = 'FF FF 48 F0 00 80 00 01 42' ]
 }
