@@ -54,14 +54,16 @@ void read_ahead(StdioLine& line) {
 std::string open_line(StdioLine& line, const SerialName& /*name*/) {
     line.in = own_descriptor(STDIN_FILENO, O_RDONLY);
     line.out = own_descriptor(STDOUT_FILENO, O_WRONLY);
+    if (line.in < 0 || line.out < 0) {
+        std::string fault = "standard input and output: " + reason_of_errno();
+        close_line(line);
+        return fault;
+    }
     // Who is started by an internet daemon has a socket there, and an urgent byte is one like the
     // others.
     const int inline_data = 1;
     (void)setsockopt(line.in, SOL_SOCKET, SO_OOBINLINE, &inline_data, sizeof inline_data);
-    if (line.in >= 0 && line.out >= 0) return {};
-    std::string fault = "standard input and output: " + reason_of_errno();
-    close_line(line);
-    return fault;
+    return {};
 }
 
 void close_line(StdioLine& line) {
