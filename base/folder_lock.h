@@ -1,5 +1,6 @@
 // folder_lock.h: one program for each folder. The folder itself is locked, and a lock file in it
-// says who has it and where that program takes messages; docs/formats.md, "Companion". Main thread.
+// says who has it and where that program takes messages; docs/reference/formats.md, "Companion".
+// Main thread.
 
 #pragma once
 

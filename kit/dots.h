@@ -1,4 +1,5 @@
-// dots.h: pictures of set and clear dots as the module keeps them. docs/formats.md, "Picture".
+// dots.h: pictures of set and clear dots as the module keeps them. docs/reference/formats.md,
+// "Picture".
 
 #pragma once
 

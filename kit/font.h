@@ -1,4 +1,5 @@
-// font.h: a font between its sources (BDF, outlines) and the image. docs/formats.md, "Font".
+// font.h: a font between its sources (BDF, outlines) and the image. docs/reference/formats.md,
+// "Font".
 
 #pragma once
 

@@ -1,5 +1,5 @@
 // forms.h: how each command of the module's language is written, and the bytes it becomes. The
-// letters and what they do stand in docs/commands.md.
+// letters and what they do stand in docs/reference/commands.md.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// image.h: a kit laid out as the EEPROM's content. docs/formats.md, "EEPROM image".
+// image.h: a kit laid out as the EEPROM's content. docs/reference/formats.md, "EEPROM image".
 
 #pragma once
 

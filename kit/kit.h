@@ -1,5 +1,5 @@
 // kit.h: what a kit source says, with its fonts and pictures read and its macros assembled.
-// docs/kit.md tells the syntax.
+// docs/reference/kit.md tells the syntax.
 
 #pragma once
 

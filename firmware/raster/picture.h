@@ -1,5 +1,5 @@
 // picture.h: pictures from the command stream, from the EEPROM image and from the clipboard. The
-// format stands in docs/formats.md.
+// format stands in docs/reference/formats.md.
 
 #pragma once
 

@@ -1,5 +1,5 @@
 // font.h: fonts and their selection. Font 0 is the program's own, fonts 1 to 15 lie in the EEPROM
-// image and are used where they lie. The format stands in docs/formats.md.
+// image and are used where they lie. The format stands in docs/reference/formats.md.
 
 #pragma once
 

@@ -1,6 +1,6 @@
 // bridge.h: the messages by which a companion on this machine plays the device at the other end of
 // the line, and a second start of the program hands over a file. Main thread. What carries them is
-// host/platform/instance/instance.h; their table is in docs/formats.md.
+// host/platform/instance/instance.h; their table is in docs/reference/formats.md.
 
 #pragma once
 

@@ -13,7 +13,7 @@ namespace orvanel {
 enum class FileKind : std::uint8_t {
     other,     // a stream of commands, a picture without a name of its own, an image, anything
     png,       // begins with the eight bytes of a PNG, whatever it is called
-    kit,       // is called .kit and begins as a kit does (docs/kit.md)
+    kit,       // is called .kit and begins as a kit does (docs/reference/kit.md)
     scenario,  // is called .scn and begins with `scenario 1`
 };
 

@@ -20,9 +20,9 @@ struct PngSize {
 };
 PngSize png_size(std::span<const std::uint8_t> file);
 
-/// A PNG of at most 255 x 127 dots as a raw module bitmap (docs/formats.md): what is darker than
-/// middle gray is set, what is transparent clear. The result is empty on success, else what is
-/// wrong with the file.
+/// A PNG of at most 255 x 127 dots as a raw module bitmap (docs/reference/formats.md): what is
+/// darker than middle gray is set, what is transparent clear. The result is empty on success, else
+/// what is wrong with the file.
 std::string png_bitmap(std::span<const std::uint8_t> file, std::vector<std::uint8_t>& bitmap);
 
 /// Builds a kit into the stream that programs the module with it. The result is empty on success,

@@ -2,8 +2,8 @@
 // kit becomes the stream that programs it, a scenario is refused, and all else runs into the module
 // as it is. Main thread.
 //
-// A picture is a raw module bitmap (docs/formats.md), which nothing but its length tells, a PNG, or
-// a BMP of one bit a dot with a header of 40 bytes.
+// A picture is a raw module bitmap (docs/reference/formats.md), which nothing but its length tells,
+// a PNG, or a BMP of one bit a dot with a header of 40 bytes.
 
 #pragma once
 

@@ -1,6 +1,6 @@
 // ini_file.h: a file of the user's with sections and `key=value` lines. It is edited in place:
 // what isn't asked for stays as the user wrote it, comments, order, spacing and line ends included.
-// The form stands in docs/settings.md.
+// The form stands in docs/reference/settings.md.
 
 #pragma once
 

@@ -2,7 +2,7 @@
 // Each key has one word. Those that a lower layer reads stand there: com_baud, protocol_on and
 // configured_address in link/ground/port.h, eeprom_size in firmware/store/ground/eeprom.h. The rest
 // stand here and belong to the main thread, unless they are atomic. The page for users is
-// docs/settings.md.
+// docs/reference/settings.md.
 
 #pragma once
 
@@ -69,8 +69,8 @@ extern int lcd_backlight;
 extern int custom_dialog_x;
 extern int custom_dialog_y;
 
-/// What stands behind COM1 to COM8, as the user named it (docs/settings.md): not yet checked, and
-/// empty where a name was left out behind the key. Never saved.
+/// What stands behind COM1 to COM8, as the user named it (docs/reference/settings.md): not yet
+/// checked, and empty where a name was left out behind the key. Never saved.
 constexpr int most_ports = 8;
 extern std::array<std::string, most_ports> port_devices;
 

@@ -25,7 +25,7 @@ struct ScenarioCommand {
 /// the program to open in place of that of the settings; none without such a line.
 extern std::optional<int> leading_port;
 
-/// All commands, in the order of docs/scenarios.md.
+/// All commands, in the order of docs/reference/scenarios.md.
 std::span<const ScenarioCommand> scenario_commands();
 
 /// Runs one line of a scenario, which may begin a wait. `is_first` says that no command came before

@@ -1,5 +1,5 @@
 // lcd_colours.h: the colours of the glass by LCD type, polarizer and backlight, blended by the
-// present level of the backlight. Main thread. docs/skin.md tells the models.
+// present level of the backlight. Main thread. docs/reference/skin.md tells the models.
 
 #pragma once
 

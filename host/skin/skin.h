@@ -1,5 +1,5 @@
 // skin.h: the picture of the module around the glass. It carries neither places nor colours for the
-// glass: both are found by looking at the picture itself. docs/skin.md tells its form.
+// glass: both are found by looking at the picture itself. docs/reference/skin.md tells its form.
 
 #pragma once
 
@@ -33,8 +33,8 @@ extern std::uint32_t key_colour_cut;
 /// The built-in skin, a BMP file; empty if the program's copy of it is damaged.
 std::vector<std::uint8_t> builtin_skin();
 
-/// Makes the six images and the four words above from a skin in the form of docs/skin.md. The
-/// result is empty on success, else what is wrong with the skin; then all stays as it was.
+/// Makes the six images and the four words above from a skin in the form of docs/reference/skin.md.
+/// The result is empty on success, else what is wrong with the skin; then all stays as it was.
 std::string skin_analyse(std::vector<std::uint8_t> bmp);
 
 }  // namespace orvanel

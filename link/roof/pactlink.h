@@ -1,7 +1,7 @@
 // pactlink.h: the framed protocol, in which the module speaks only when it is asked. A frame is
 // start byte, length n, n bytes of payload and the sum of all these modulo 256; the module answers
 // each with one byte and, for four commands, a frame. All of it belongs to link_thread, but for the
-// words in link/ground/port.h. The page for users is docs/pactlink.md.
+// words in link/ground/port.h. The page for users is docs/reference/pactlink.md.
 
 #pragma once
 

@@ -22,7 +22,7 @@ Bytes assembled(const std::vector<std::string>& lines) {
     return bytes;
 }
 
-/// Parameters that a row of docs/commands.md counts before its raw part.
+/// Parameters that a row of docs/reference/commands.md counts before its raw part.
 int counted_params(std::string words) {
     int count = 0;
     for (const auto& [word, params] : {std::pair{"p, p raw bytes", 0},
@@ -46,7 +46,7 @@ int counted_params(std::string words) {
 }  // namespace
 
 TEST(KitCommands, knows_every_command_of_the_reference_and_its_parameters) {
-    std::istringstream page(file_text(ORVANEL_SOURCE_DIR "/docs/commands.md"));
+    std::istringstream page(file_text(ORVANEL_SOURCE_DIR "/docs/reference/commands.md"));
     int rows = 0;
     for (std::string line; std::getline(page, line);) {
         if (!line.starts_with("| `ESC ")) continue;

@@ -1,5 +1,5 @@
 // requests.h: the words by which the host and the tick speak to the firmware. Each is a single
-// atomic word with one meaning; docs/threads.md lists who writes and who reads it.
+// atomic word with one meaning; docs/inside/threads.md lists who writes and who reads it.
 
 #pragma once
 

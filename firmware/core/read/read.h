@@ -18,8 +18,8 @@ extern std::uint8_t current_byte;
 extern std::uint8_t lead_in;
 
 /// What a command takes in front of its handler, one entry a read, in the words of
-/// docs/commands.md. The entries from raw_string on read nothing: they name what the handler reads
-/// itself.
+/// docs/reference/commands.md. The entries from raw_string on read nothing: they name what the
+/// handler reads itself.
 enum class Read : std::uint8_t {
     none,
     p,    // read_param into `params`

@@ -24,7 +24,7 @@ struct Command {
 /// nothing else.
 void run_command();
 
-/// The table as the Markdown page docs/commands.md.
+/// The table as the Markdown page docs/reference/commands.md.
 std::string command_reference();
 
 }  // namespace orvanel

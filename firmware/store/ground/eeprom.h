@@ -1,6 +1,6 @@
 // eeprom.h: the memory that outlives a reset, as one block of bytes. Its layout stands in
-// docs/formats.md. After the load at start it belongs to firmware_thread; the host takes it back
-// when that thread has ended.
+// docs/reference/formats.md. After the load at start it belongs to firmware_thread; the host takes
+// it back when that thread has ended.
 
 #pragma once
 

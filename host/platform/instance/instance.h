@@ -1,5 +1,5 @@
 // instance.h: the socket on which the program that has a folder (folder_lock.h) takes messages: of
-// the companion, and of a second start. docs/formats.md, "Companion". Main thread.
+// the companion, and of a second start. docs/reference/formats.md, "Companion". Main thread.
 
 #pragma once
 

@@ -1,6 +1,6 @@
 // instance_client.h: the way to the program that runs in a folder: its lock file says where its
-// socket is, and the socket carries the messages of host/bridge/bridge.h. docs/formats.md,
-// "Companion".
+// socket is, and the socket carries the messages of host/bridge/bridge.h.
+// docs/reference/formats.md, "Companion".
 
 #pragma once
 

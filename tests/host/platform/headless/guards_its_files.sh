@@ -1,0 +1,136 @@
+#!/bin/bash
+# What a program finds in its folder, or is named, is written over only where that is meant, and what
+# others do to the folder meanwhile costs no image: guards_its_files.sh HEADLESS TERMINAL
+set -euo pipefail
+. "$(dirname "$0")/../../../support/waiting.sh"
+
+headless=$1
+terminal=$2
+folder=$(mktemp -d)
+running=()
+trap 'kill -KILL "${running[@]}" 2>/dev/null || true; rm -rf "$folder"' EXIT
+cd "$folder"
+mkfifo commands
+exec 4<>commands # a scenario that goes on
+head -c 32768 /dev/zero | tr '\0' '\377' >blank
+echo precious >precious
+write='1B "&E" 30 0E 05 00 "Wfirst"'
+restart='1B "&E" 00 00 00 00 "J"'
+printf 'scenario 1\nsend %s %s\nsettle\n' "$write" "$restart" >stream.scn
+echo 'scenario 1' >nothing.scn
+
+fresh() { # makes a folder `module` with an empty image
+    rm -rf module
+    mkdir module
+    cp blank module/Orvanel42.bin
+}
+hears() { # OPTION...
+    [ "$("$terminal" --dir module --answers --hex --quiet 1000 "$@" --send '1B "?"')" = 'FF FF 48 F0 00 80 00 01 42' ]
+}
+start() {
+    "$headless" --realtime --dir module <&4 >said 2>told &
+    running=($!)
+    until_it hears
+}
+programs() {
+    "$terminal" --dir module --send "$write" --send "$restart"
+    until_it hears
+}
+ends_with() { # STATUS
+    local status=0
+    kill -TERM "${running[0]}"
+    wait "${running[0]}" || status=$?
+    [ "$status" = "$1" ]
+}
+holds() { grep -q "$2" "$1"; }
+
+# A lock file, settings or an image that lead elsewhere, or are somebody's.
+not_ours='is something else than a lock file'
+for lead in 'ln -s ../precious' 'ln ../precious' 'cp ../precious' 'ln -s ../nothing'; do
+    fresh
+    (cd module && $lead Orvanel42.lock)
+    refuses "$not_ours" "$headless" --dir module nothing.scn
+done
+[ ! -e nothing ]
+for name in simulator.ini Orvanel42.bin; do
+    fresh
+    ln -sf ../precious module/$name
+    refuses 'is a link to ../precious' "$headless" --dir module stream.scn
+done
+grep -qx precious precious
+fresh
+printf '/run/a-socket\n123\n' >module/Orvanel42.lock # of a program that was killed
+printf '[Orvanel42]\nadr=3\n' >ini
+ln -s ../ini module/simulator.ini
+"$headless" --dir module stream.scn
+grep -qx xpos=100 ini
+
+# Parts of files that killed programs have left.
+fresh
+true &
+dead=$!
+wait $dead
+touch module/{simulator.ini,Orvanel42.bin,Orvanel42.bin.bak}.$dead.part module/Orvanel42.bin.$$.part
+"$headless" --dir module nothing.scn
+[ "$(cd module && echo *.part)" = Orvanel42.bin.$$.part ]
+
+# An image that is longer than the memory.
+long() { cat blank blank >"$1"; }
+fresh
+long module/Orvanel42.bin
+"$headless" --dir module stream.scn 2>told
+grep -q 'of 65536 bytes only the first 32768 are used.*renamed to module/Orvanel42.bin.1$' told
+cmp <(long /dev/stdout) module/Orvanel42.bin.1
+holds module/Orvanel42.bin first
+[ "$(stat -c %s module/Orvanel42.bin)" = 32768 ]
+long x
+touch x.1
+"$headless" --image x --save-image x stream.scn 2>told
+grep -q 'renamed to x.2$' told
+cmp <(long /dev/stdout) x.2
+cmp x module/Orvanel42.bin
+long y
+"$headless" --save-image y stream.scn 2>told
+grep -q 'y was longer .* is now y.1$' told
+
+# An output that is an input, or another output.
+cp stream.scn kept.scn
+for option in --trace --trace-json --junit --save-image; do
+    refuses "$option: ./stream.scn is the file of SCENARIO" "$headless" $option ./stream.scn stream.scn
+    refuses 'is the file of --dir' "$headless" --dir module $option module/simulator.ini stream.scn
+done
+refuses 'is the file of --trace too' "$headless" --trace t --junit "$folder/t" stream.scn
+cmp stream.scn kept.scn
+
+# The lock file is gone, but the folder is locked as well.
+fresh
+start
+rm module/Orvanel42.lock
+refuses 'module is in use by another program' "$headless" --dir module nothing.scn
+ends_with 0
+
+# The folder is gone: it is made again, with what its user had written.
+fresh
+printf '[Orvanel42]\nadr=3\n' >module/simulator.ini
+start
+programs
+until_it holds module/Orvanel42.bin first
+rm -rf module
+ends_with 0
+holds module/Orvanel42.bin first
+grep -qx adr=3 module/simulator.ini
+
+# The folder is gone, and the next one of its name is another program's.
+fresh
+start
+programs
+until_it holds module/Orvanel42.bin first
+first=${running[0]}
+fresh
+start
+running=("$first" "${running[@]}")
+ends_with 2
+holds module/Orvanel42.bin.1 first
+cmp module/Orvanel42.bin blank
+kill -TERM "${running[1]}"
+wait "${running[1]}"
