@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "host/scenario/trace.h"
+#include "host/trace/trace_writer.h"
 
 #include <string>
 #include <vector>

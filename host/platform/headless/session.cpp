@@ -49,6 +49,15 @@ void save_all() {
     tell_image_notice();
 }
 
+void end_trace() {
+    if (trace_options.form == TraceForm::none && !trace_options.strict) return;
+    scenario_line = 0;  // what is wrong with the trace is the fault of no line
+    const TraceFaults faults = finish_trace();
+    if (!faults.unwritten.empty()) report_fault(wrong_line, faults.unwritten);
+    for (const std::string& fault : faults.remarks)
+        report_fault(expectation_failed, fault);
+}
+
 }  // namespace
 
 void tell_image_notice() {
@@ -97,7 +106,7 @@ int run_session(const std::string& name) {
         dress_window();
     }
     const std::string fault = open_scenario(name);
-    start_trace(trace_options);
+    start_trace(trace_options, clock_us);
     if (!no_view.empty())
         report_fault(wrong_line, no_view);
     else if (!fault.empty())
@@ -111,7 +120,7 @@ int run_session(const std::string& name) {
     }
     close_scenario();
     stop_feed();
-    finish_trace();
+    end_trace();
     save_all();
     write_end_record();
     return fault_status();

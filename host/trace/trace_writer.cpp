@@ -1,8 +1,6 @@
-#include "host/scenario/trace.h"
+#include "host/trace/trace_writer.h"
 
 #include "firmware/core/ground/trace.h"
-#include "host/scenario/report.h"
-#include "host/scenario/world.h"
 #include "host/trace/remarks.h"
 
 #include <algorithm>
@@ -12,6 +10,7 @@
 #include <memory>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace orvanel {
@@ -39,6 +38,7 @@ struct Step {
 
 struct Trace {
     TraceOptions options;
+    std::int64_t (*clock_us)();
     std::FILE* file;
     int write_fault;  // errno of the first line that couldn't be written
     Step step;
@@ -99,7 +99,7 @@ std::string json_quoted(std::string_view text) {
 
 /// Milliseconds with three places.
 std::string time_now() {
-    const std::int64_t us = clock_us();
+    const std::int64_t us = running->clock_us();
     std::string places = std::to_string(us % 1000);
     places.insert(0, 3 - places.size(), '0');
     return std::to_string(us / 1000) + "." + places;
@@ -358,10 +358,11 @@ std::string reason(int fault) { return std::generic_category().message(fault); }
 
 }  // namespace
 
-void start_trace(const TraceOptions& options) {
+void start_trace(const TraceOptions& options, std::int64_t (*clock_us)()) {
     if (options.form == TraceForm::none && !options.strict) return;
     running = std::make_unique<Trace>();
     running->options = options;
+    running->clock_us = clock_us;
     if (options.form != TraceForm::none) {
         running->file = options.file == "-" ? stderr : std::fopen(options.file.c_str(), "we");
         if (running->file == nullptr)
@@ -373,24 +374,24 @@ void start_trace(const TraceOptions& options) {
     trace_listener = listen;
 }
 
-void finish_trace() {
-    if (running == nullptr) return;
+TraceFaults finish_trace() {
+    TraceFaults faults;
+    if (running == nullptr) return faults;
     trace_listener = nullptr;
-    scenario_line = 0;
     flush_step();
     if (running->file != nullptr && running->file != stderr && std::fclose(running->file) != 0 &&
         running->write_fault == 0)
         running->write_fault = errno;
     if (running->write_fault != 0)
-        report_fault(wrong_line,
-                     "can't write " + running->options.file + ": " + reason(running->write_fault));
-    for (const std::string& fault : running->faults)
-        report_fault(expectation_failed, fault);
-    if (running->fault_count > running->faults.size())
-        report_fault(expectation_failed,
-                     "and " + std::to_string(running->fault_count - running->faults.size()) +
-                         " commands more");
+        faults.unwritten =
+            "can't write " + running->options.file + ": " + reason(running->write_fault);
+    faults.remarks = std::move(running->faults);
+    if (running->fault_count > faults.remarks.size())
+        faults.remarks.push_back("and " +
+                                 std::to_string(running->fault_count - faults.remarks.size()) +
+                                 " commands more");
     running.reset();
+    return faults;
 }
 
 }  // namespace orvanel
