@@ -1,8 +1,9 @@
 #include "base/visible.h"
 
+#include "base/quoting.h"
+#include "base/utf8.h"
+
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <cstdio>
 
 namespace orvanel {
@@ -35,12 +36,8 @@ std::string made_visible(std::string_view text, std::string_view kept) {
         if ((length > 0 && is_seen(code)) || kept.find(text.front()) != std::string_view::npos) {
             shown += text.substr(0, n);
         } else {
-            for (const char c : text.substr(0, n)) {
-                std::array<char, 5> escape{};
-                std::snprintf(escape.data(), escape.size(), "\\x%02X",
-                              static_cast<unsigned>(static_cast<unsigned char>(c)));
-                shown += escape.data();
-            }
+            for (const char c : text.substr(0, n))
+                shown += byte_escape(c);
         }
         text.remove_prefix(n);
     }
@@ -48,24 +45,6 @@ std::string made_visible(std::string_view text, std::string_view kept) {
 }
 
 }  // namespace
-
-Utf8Character utf8_character(std::string_view text) {
-    constexpr std::array<char32_t, 5> min_of_length{0, 0, 0x80, 0x800, 0x10000};
-    if (text.empty()) return {0, 0};
-    const auto at = [text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
-    const std::uint8_t first = at(0);
-    if (first < 0x80) return {first, 1};
-    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    if (first < 0xC2 || first > 0xF4 || text.size() < length) return {0, 0};
-    char32_t code = first & (0xFFU >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((at(i) & 0xC0) != 0x80) return {0, 0};
-        code = code << 6 | (at(i) & 0x3FU);
-    }
-    const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-    if (code < min_of_length[length] || surrogate || code > 0x10FFFF) return {0, 0};
-    return {code, length};
-}
 
 std::string visible(std::string_view text) { return made_visible(text, ""); }
 

@@ -3,18 +3,10 @@
 
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace orvanel {
-
-/// The UTF-8 character that a text begins with.
-struct Utf8Character {
-    char32_t code;
-    std::size_t length;  // bytes, 1..4; 0: what is there is none, or the text is empty
-};
-Utf8Character utf8_character(std::string_view text);
 
 /// The text with \xHH for each byte that shows no character of its own: control characters, those
 /// that turn the direction of writing, and what isn't UTF-8. For a name within a line.

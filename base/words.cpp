@@ -1,24 +1,16 @@
 #include "base/words.h"
 
+#include "base/hex.h"
+#include "base/quoting.h"
+
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cstdio>
 
 namespace orvanel {
 
 namespace {
 
 constexpr std::string_view blanks = " \t";
-constexpr std::size_t longest_quotation = 60;  // characters of the user's text in a message
-
-/// The value of a hexadecimal digit, -1 for any other character.
-constexpr int hex_digit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-}
 
 void skip_blanks(std::string_view& rest) {
     rest.remove_prefix(std::min(rest.find_first_not_of(blanks), rest.size()));
@@ -30,23 +22,13 @@ std::string_view take_until(std::string_view& rest, std::string_view ends) {
     return word;
 }
 
-/// The byte of two hexadecimal digits at the start of `text`, -1 if they aren't there.
-int hex_pair(std::string_view text) {
-    if (text.size() < 2) return -1;
-    const int high = hex_digit(text[0]);
-    const int low = hex_digit(text[1]);
-    return high < 0 || low < 0 ? -1 : high << 4 | low;
-}
-
 std::string take_hex(std::string_view& rest, std::vector<std::uint8_t>& bytes) {
     const std::string_view digits = take_until(rest, " \t\"");
-    for (const char c : digits)
-        if (hex_digit(c) < 0)
-            return in_quotes(digits) + " is neither hexadecimal nor text in double quotes";
+    if (!is_hex(digits))
+        return in_quotes(digits) + " is neither hexadecimal nor text in double quotes";
     if (digits.size() % 2 != 0)
         return in_quotes(digits) + " has an odd number of hexadecimal digits";
-    for (std::size_t i = 0; i < digits.size(); i += 2)
-        bytes.push_back(static_cast<std::uint8_t>(hex_pair(digits.substr(i))));
+    append_hex_pairs(digits, bytes);
     return {};
 }
 
@@ -55,33 +37,17 @@ std::string take_escape(std::string_view& rest, std::vector<std::uint8_t>& bytes
     if (rest.empty()) return "the text lacks its closing quote";
     const char letter = rest.front();
     rest.remove_prefix(1);
-    switch (letter) {
-    case '\\':
-    case '"':
-        bytes.push_back(static_cast<std::uint8_t>(letter));
-        return {};
-    case 'n':
-        bytes.push_back('\n');
-        return {};
-    case 'r':
-        bytes.push_back('\r');
-        return {};
-    case 't':
-        bytes.push_back('\t');
-        return {};
-    case 'e':
-        bytes.push_back(0x1B);
-        return {};
-    case 'x': {
-        const int byte = hex_pair(rest);
-        if (byte < 0) return "\\x takes two hexadecimal digits";
+    if (letter != 'x') {
+        const int byte = escaped_byte(letter);
+        if (byte < 0) return printable({&letter, 1}) + " is no escape behind \\";
         bytes.push_back(static_cast<std::uint8_t>(byte));
-        rest.remove_prefix(2);
         return {};
     }
-    default:
-        return printable({&letter, 1}) + " is no escape behind \\";
-    }
+    const int byte = hex_pair(rest);
+    if (byte < 0) return "\\x takes two hexadecimal digits";
+    bytes.push_back(static_cast<std::uint8_t>(byte));
+    rest.remove_prefix(2);
+    return {};
 }
 
 /// `rest` stands behind the opening quote.
@@ -164,66 +130,6 @@ std::string take_hex_number(std::string_view& rest, std::uint32_t& value) {
     const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), value, 16);
     if (fault == std::errc{} && end == word.data() + word.size()) return {};
     return in_quotes(word) + " is no hexadecimal number of 32 bits";
-}
-
-std::string hex_number(std::uint32_t value) {
-    std::array<char, 9> digits{};
-    std::snprintf(digits.data(), digits.size(), "%X", static_cast<unsigned>(value));
-    return digits.data();
-}
-
-std::string hex_of(std::span<const std::uint8_t> bytes) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text;
-    text.reserve(bytes.size() * 3);
-    for (const std::uint8_t byte : bytes) {
-        text += ' ';
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
-}
-
-std::string printable(std::string_view text) {
-    std::string shown;
-    for (const char c : text.substr(0, longest_quotation)) {
-        if (c >= ' ' && c <= '~') {
-            shown += c;
-            continue;
-        }
-        std::array<char, 5> escape{};
-        std::snprintf(escape.data(), escape.size(), "\\x%02X", static_cast<unsigned char>(c));
-        shown += escape.data();
-    }
-    if (text.size() > longest_quotation) shown += "...";
-    return shown;
-}
-
-std::string text_piece(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    constexpr std::string_view escaped = "\\\"\n\r\t\x1B";
-    constexpr std::string_view letters = "\\\"nrte";
-    std::string piece = "\"";
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (const std::size_t i = escaped.find(c); i != std::string_view::npos) {
-            piece += '\\';
-            piece += letters[i];
-        } else if (byte < ' ' || byte > '~') {
-            piece += "\\x";
-            piece += digits[byte >> 4];
-            piece += digits[byte & 15];
-        } else {
-            piece += c;
-        }
-    }
-    return piece += '"';
-}
-
-std::string in_quotes(std::string_view text) {
-    std::string shown = "'";
-    shown += printable(text);
-    return shown += '\'';
 }
 
 }  // namespace orvanel

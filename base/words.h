@@ -5,7 +5,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,19 +27,7 @@ std::string take_path(std::string_view& rest, std::string& path);
 std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t most,
                         std::int64_t& value);
 
-/// A hexadecimal number of at most 32 bits, without prefix; and back, in upper case.
+/// A hexadecimal number of at most 32 bits, without prefix.
 std::string take_hex_number(std::string_view& rest, std::uint32_t& value);
-std::string hex_number(std::uint32_t value);
-
-/// Each byte as ` HH`.
-std::string hex_of(std::span<const std::uint8_t> bytes);
-
-/// The bytes as a TEXT piece, which take_bytes gives back: in double quotes, with its escapes.
-std::string text_piece(std::string_view bytes);
-
-/// The text as it may stand in a message: cut to a readable length, and what isn't printable
-/// ASCII as \xHH. `in_quotes` puts it in single quotes.
-std::string printable(std::string_view text);
-std::string in_quotes(std::string_view text);
 
 }  // namespace orvanel

@@ -1,5 +1,6 @@
 #include "kit/bdf.h"
 
+#include "base/hex.h"
 #include "base/words.h"
 #include "kit/code_page.h"
 
@@ -51,23 +52,15 @@ int take_int(BdfReader& reader, int least, int most) {
     return value;
 }
 
-int hex_value(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-}
-
 /// One line of hexadecimal digits, the leftmost dot in the highest bit.
 void read_row(BdfReader& reader, Dots& dots, int y) {
     if (!next_line(reader)) fail(reader, "the file ends within a character");
     const int digits = stride_of(dots.width) * 2;
     const std::string_view row = reader.line.substr(0, static_cast<std::size_t>(digits));
-    const bool hex = std::all_of(row.begin(), row.end(), [](char c) { return hex_value(c) >= 0; });
-    if (std::ssize(row) < digits || !hex)
+    if (std::ssize(row) < digits || !is_hex(row))
         fail(reader, "expected a row of " + std::to_string(digits) + " hexadecimal digits");
     for (int x = 0; x < dots.width; ++x) {
-        const int value = hex_value(row[static_cast<std::size_t>(x / 4)]);
+        const int value = hex_digit(row[static_cast<std::size_t>(x / 4)]);
         if ((value >> (3 - x % 4) & 1) != 0) set_dot(dots, x, y);
     }
 }
@@ -134,12 +127,10 @@ void read_property(BdfReader& reader, std::string_view word) {
 }
 
 std::string hex_rows(const Dots& dots) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;
     const auto stride = static_cast<std::size_t>(stride_of(dots.width));
     for (std::size_t i = 0; i < dots.rows.size(); ++i) {
-        text += digits[dots.rows[i] >> 4];
-        text += digits[dots.rows[i] & 15];
+        text += hex_digits(dots.rows[i], 2);
         if ((i + 1) % stride == 0) text += '\n';
     }
     return text;

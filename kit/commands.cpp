@@ -1,6 +1,7 @@
 #include "kit/commands.h"
 
-#include "base/words.h"
+#include "base/hex.h"
+#include "base/quoting.h"
 #include "kit/code_page.h"
 
 #include <algorithm>
@@ -238,13 +239,13 @@ std::string tail_text(const Parsed& parsed, std::span<const std::uint8_t> tail) 
     case Tail::string:
         return text_of(tail);
     case Tail::picture:
-        return hex_of(tail).substr(1);
+        return hex_of(tail, " ");
     case Tail::byte:
         return std::to_string(tail[0]);
     case Tail::counted: {
         const bool text = std::all_of(tail.begin(), tail.end(),
                                       [](std::uint8_t c) { return c >= ' ' && c <= '~'; });
-        return text ? text_of(tail) : hex_of(tail).substr(1);
+        return text ? text_of(tail) : hex_of(tail, " ");
     }
     case Tail::eeprom: {
         const std::string address = std::to_string(parsed.address) + ",";

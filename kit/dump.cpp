@@ -1,6 +1,6 @@
 #include "kit/dump.h"
 
-#include "base/words.h"
+#include "base/hex.h"
 #include "firmware/store/ground/eeprom.h"
 #include "kit/bdf.h"
 #include "kit/commands.h"
@@ -174,7 +174,7 @@ std::string patch_text(const Patch& patch) {
     std::string text = "\n[bytes " + hex4(patch.at) + "]\n";
     const std::span bytes(patch.bytes);
     for (std::size_t i = 0; i < bytes.size(); i += bytes_a_line)
-        text += hex_of(bytes.subspan(i, std::min(bytes_a_line, bytes.size() - i))).substr(1) + "\n";
+        text += hex_of(bytes.subspan(i, std::min(bytes_a_line, bytes.size() - i)), " ") + "\n";
     return text;
 }
 

@@ -1,6 +1,7 @@
 #include "kit/image.h"
 
 #include "base/bytes.h"
+#include "base/hex.h"
 #include "firmware/store/ground/eeprom.h"
 #include "firmware/store/ground/macro.h"
 
@@ -196,13 +197,7 @@ void put_crc(Bytes& image) {
     put_pair(image, length, crc_of(std::span(image).first(static_cast<std::size_t>(length))));
 }
 
-std::string hex4(int value) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text = "0x";
-    for (int shift = 12; shift >= 0; shift -= 4)
-        text += digits[static_cast<std::size_t>(value >> shift & 15)];
-    return text;
-}
+std::string hex4(int value) { return "0x" + hex_digits(static_cast<std::uint32_t>(value), 4); }
 
 Bytes lay_out(const Kit& kit, Faults& faults) {
     const auto memory = static_cast<std::size_t>(kit.memory);

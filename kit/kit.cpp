@@ -1,7 +1,7 @@
 #include "kit/kit.h"
 
 #include "base/nearest.h"
-#include "base/words.h"
+#include "base/quoting.h"
 #include "firmware/store/ground/eeprom.h"
 #include "kit/commands.h"
 #include "kit/resources.h"

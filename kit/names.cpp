@@ -1,7 +1,7 @@
 #include "kit/names.h"
 
 #include "base/nearest.h"
-#include "base/words.h"
+#include "base/quoting.h"
 
 #include <array>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "kit/resources.h"
 
 #include "base/files.h"
-#include "base/words.h"
+#include "base/quoting.h"
 #include "kit/bdf.h"
 #include "kit/code_page.h"
 #include "kit/outline.h"

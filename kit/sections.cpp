@@ -1,7 +1,7 @@
 #include "kit/sections.h"
 
 #include "base/nearest.h"
-#include "base/words.h"
+#include "base/quoting.h"
 
 #include <algorithm>
 

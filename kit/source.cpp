@@ -1,7 +1,9 @@
 #include "kit/source.h"
 
 #include "base/files.h"
-#include "base/words.h"
+#include "base/hex.h"
+#include "base/quoting.h"
+#include "base/utf8.h"
 #include "kit/code_page.h"
 
 #include <algorithm>
@@ -21,13 +23,6 @@ constexpr char comment = ';';
 
 bool is_name_char(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
-
-constexpr int hex_digit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
 }
 
 /// Reads files into one list of lines; `open` are the files around the present one.
@@ -73,8 +68,7 @@ bool read_include(Reader& reader, const SourceLine& line) {
 }
 
 void read_text(Reader& reader, const std::string& name, std::string_view text) {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";  // some editors put it before UTF-8
-    if (text.starts_with(mark)) text.remove_prefix(mark.size());
+    text = after_mark(text);
     for (int number = 1; !text.empty(); ++number) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         SourceLine line{name, number, std::string(text.substr(0, end))};
@@ -91,19 +85,17 @@ void read_text(Reader& reader, const std::string& name, std::string_view text) {
 
 /// The scanner stands behind a backslash.
 void take_escape(Scanner& scanner, Bytes& bytes) {
-    const std::string& text = scanner.line->text;
+    const std::string_view text = scanner.line->text;
     const char letter = scanner.at < text.size() ? text[scanner.at] : '\0';
-    constexpr std::string_view letters = "\\\"nrte", meant = "\\\"\n\r\t\x1B";
     constexpr std::string_view module_escapes = "|~@";
-    if (const std::size_t i = letters.find(letter); i != std::string_view::npos) {
-        bytes.push_back(static_cast<std::uint8_t>(meant[i]));
+    if (const int byte = escaped_byte(letter); byte >= 0) {
+        bytes.push_back(static_cast<std::uint8_t>(byte));
     } else if (module_escapes.find(letter) != std::string_view::npos) {
         bytes.push_back('\\');
         bytes.push_back(static_cast<std::uint8_t>(letter));
-    } else if (letter == 'x' && scanner.at + 2 < text.size() &&
-               hex_digit(text[scanner.at + 1]) >= 0 && hex_digit(text[scanner.at + 2]) >= 0) {
-        bytes.push_back(static_cast<std::uint8_t>(hex_digit(text[scanner.at + 1]) << 4 |
-                                                  hex_digit(text[scanner.at + 2])));
+    } else if (const int pair = letter == 'x' ? hex_pair(text.substr(scanner.at + 1)) : -1;
+               pair >= 0) {
+        bytes.push_back(static_cast<std::uint8_t>(pair));
         scanner.at += 2;
     } else {
         --scanner.at;
@@ -115,14 +107,10 @@ void take_escape(Scanner& scanner, Bytes& bytes) {
 void take_hex(Scanner& scanner, Bytes& bytes) {
     const Scanner start = scanner;
     const std::string_view digits = take_word(scanner, "\"");
-    const bool hex =
-        std::all_of(digits.begin(), digits.end(), [](char c) { return hex_digit(c) >= 0; });
-    if (!hex || digits.size() % 2 != 0)
+    if (!is_hex(digits) || digits.size() % 2 != 0)
         fail(start, in_quotes(digits) +
                         " is neither pairs of hexadecimal digits nor a text in double quotes");
-    for (std::size_t i = 0; i < digits.size(); i += 2)
-        bytes.push_back(
-            static_cast<std::uint8_t>(hex_digit(digits[i]) << 4 | hex_digit(digits[i + 1])));
+    append_hex_pairs(digits, bytes);
 }
 
 /// The number at the start of `text`, which is shortened; -1 if there is none. Stops counting at a

@@ -1,5 +1,6 @@
 #include "firmware/text/terminal.h"
 
+#include "base/hex.h"
 #include "firmware/core/ground/trace.h"
 #include "firmware/core/read/read.h"
 #include "firmware/raster/area_fill.h"
@@ -190,11 +191,10 @@ void save_position() {
 }
 
 void print_interface() {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     print("interface: RS232, ADR: $");
     const std::uint8_t address = module_address;
-    terminal_put(static_cast<std::uint8_t>(digits[address >> 4]));
-    terminal_put(static_cast<std::uint8_t>(digits[address & 15]));
+    terminal_put(static_cast<std::uint8_t>(hex_character(address >> 4)));
+    terminal_put(static_cast<std::uint8_t>(hex_character(address)));
 }
 
 void print_version() { print(version_text); }

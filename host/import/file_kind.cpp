@@ -1,6 +1,7 @@
 #include "host/import/file_kind.h"
 
 #include "base/files.h"
+#include "base/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -22,8 +23,7 @@ std::string_view trimmed_line(std::string_view line) {
 
 /// The first line that says something; empty if there is none.
 std::string_view first_line(std::string_view text) {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";  // some editors put it before UTF-8
-    if (text.starts_with(mark)) text.remove_prefix(mark.size());
+    text = after_mark(text);
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         const std::string_view line = trimmed_line(text.substr(0, end));

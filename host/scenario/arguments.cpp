@@ -1,6 +1,7 @@
 #include "host/scenario/arguments.h"
 
 #include "base/files.h"
+#include "base/quoting.h"
 #include "base/words.h"
 #include "firmware/core/ground/draw_area.h"
 #include "host/scenario/report.h"

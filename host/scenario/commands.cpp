@@ -1,6 +1,8 @@
 #include "host/scenario/commands.h"
 
+#include "base/hex.h"
 #include "base/nearest.h"
+#include "base/quoting.h"
 #include "base/words.h"
 #include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/requests.h"

@@ -1,6 +1,6 @@
 #include "host/scenario/comparison.h"
 
-#include "base/words.h"
+#include "base/hex.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,11 +1,11 @@
 #include "host/scenario/junit.h"
 
-#include "base/visible.h"
+#include "base/quoting.h"
+#include "base/utf8.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <string_view>
 
@@ -43,10 +43,7 @@ std::string escaped(std::string_view text) {
                 xml += text.substr(0, n);
                 break;
             }
-            std::array<char, 5> escape{};
-            std::snprintf(escape.data(), escape.size(), "\\x%02X",
-                          static_cast<std::uint8_t>(text.front()));
-            xml += escape.data();
+            xml += byte_escape(text.front());
         }
         text.remove_prefix(std::max<std::size_t>(n, 1));
     }

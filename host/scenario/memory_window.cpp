@@ -1,6 +1,6 @@
 #include "host/scenario/memory_window.h"
 
-#include "base/words.h"
+#include "base/quoting.h"
 #include "host/program/settings.h"
 #include "host/scenario/ending.h"
 #include "host/scenario/report.h"

@@ -1,6 +1,6 @@
 #include "host/scenario/window_commands.h"
 
-#include "base/words.h"
+#include "base/utf8.h"
 #include "host/import/picture_import.h"
 #include "host/program/settings.h"
 #include "host/scenario/memory_window.h"
@@ -46,28 +46,13 @@ void type_alt_number(std::string_view digits) {
     alt_released();
 }
 
-/// The next character of a text in UTF-8, which is cut off; what is none counts byte by byte.
-char32_t take_character(std::string_view& text) {
-    const auto byte_at = [&text](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const unsigned first = byte_at(0);
-    const std::size_t length = first < 0xC2 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    char32_t character = length == 1 ? first : first & (0xFFU >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte_at(i) & 0xC0) != 0x80) {
-            text.remove_prefix(1);
-            return first;
-        }
-        character = character << 6 | (byte_at(i) & 0x3F);
-    }
-    text.remove_prefix(length);
-    return character;
-}
-
+/// A text in UTF-8; what is none counts byte by byte.
 void type(std::string_view text) {
-    while (!text.empty())
-        character_typed(take_character(text));
+    while (!text.empty()) {
+        const auto [code, length] = utf8_character(text);
+        character_typed(length > 0 ? code : static_cast<unsigned char>(text.front()));
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
 }
 
 const Shortcut* shortcut_of(std::string_view keys) {

@@ -1,21 +1,13 @@
 #include "host/trace/remarks.h"
 
+#include "base/hex.h"
 #include "firmware/store/ground/macro.h"
 
-#include <string_view>
+#include <cstdint>
 
 namespace orvanel {
 
 namespace {
-
-/// `digits` hexadecimal digits.
-std::string hex_of(int value, int digits) {
-    constexpr std::string_view all = "0123456789ABCDEF";
-    std::string text;
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
-        text += all[static_cast<std::size_t>(value >> shift & 15)];
-    return text;
-}
 
 /// ` 'a'`, empty for a code that is no ASCII letter or sign.
 std::string letter_of(int code) {
@@ -59,7 +51,8 @@ std::string words_of(Remark remark, int from, int to) {
     case Remark::missing_font:
         return "font " + n + " is missing";
     case Remark::missing_glyph:
-        return "character 0x" + hex_of(from, 2) + letter_of(from) + " is not in the font";
+        return "character 0x" + hex_digits(static_cast<std::uint32_t>(from), 2) + letter_of(from) +
+               " is not in the font";
     case Remark::missing_picture:
         return "picture " + n + " is missing";
     case Remark::missing_border:
@@ -82,7 +75,8 @@ std::string words_of(Remark remark, int from, int to) {
     case Remark::areas_full:
         return "no touch area is free, the last one is replaced";
     case Remark::wrong_crc:
-        return "the image holds CRC " + hex_of(from, 4) + " and has " + hex_of(to, 4);
+        return "the image holds CRC " + hex_digits(static_cast<std::uint32_t>(from), 4) +
+               " and has " + hex_digits(static_cast<std::uint32_t>(to), 4);
     case Remark::eeprom_overflow:
         return "the EEPROM is full";
     case Remark::answer_dropped:

@@ -1,5 +1,7 @@
 #include "host/trace/trace_writer.h"
 
+#include "base/hex.h"
+#include "base/quoting.h"
 #include "firmware/core/ground/trace.h"
 #include "host/trace/remarks.h"
 
@@ -52,34 +54,15 @@ struct Trace {
 
 std::unique_ptr<Trace> running;
 
-std::string hex(std::span<const std::uint8_t> bytes, const char* between) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        if (!text.empty()) text += between;
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
-}
-
 bool is_plain(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
 
-/// A text in double quotes as a scenario writes it.
+std::string_view text_of(std::span<const std::uint8_t> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+/// A text in double quotes as a scenario takes it, with letters for the ends of lines alone.
 std::string quoted(std::span<const std::uint8_t> bytes) {
-    std::string text = "\"";
-    for (const std::uint8_t byte : bytes) {
-        if (byte == '"' || byte == '\\') text += '\\';
-        if (is_plain(byte))
-            text += static_cast<char>(byte);
-        else if (byte == '\n')
-            text += "\\n";
-        else if (byte == '\r')
-            text += "\\r";
-        else
-            text += "\\x" + hex({&byte, 1}, "");
-    }
-    return text + '"';
+    return text_piece(text_of(bytes), "\\\"\n\r");
 }
 
 /// The same for JSON, where a byte is the character of that number.
@@ -92,7 +75,7 @@ std::string json_quoted(std::string_view text) {
         else if (is_plain(byte))
             quoted += c;
         else
-            quoted += "\\u00" + hex({&byte, 1}, "");
+            quoted += "\\u00" + hex_digits(byte, 2);
     }
     return quoted + '"';
 }
@@ -146,7 +129,7 @@ bool as_text(std::span<const std::uint8_t>& raw) {
 
 std::string shown_bytes(const Step& step) {
     const auto shown = std::span(step.bytes).first(std::min(step.bytes.size(), most_shown));
-    std::string text = hex(shown, " ");
+    std::string text = hex_of(shown, " ");
     if (step.count > shown.size()) text += " ... (" + std::to_string(step.count) + " bytes)";
     return text;
 }
@@ -175,21 +158,18 @@ std::string text_line(const Step& step) {
 
 std::string json_line(const Step& step) {
     const std::string remarks = '[' + joined(step.remarks, ",", json_quoted) + ']';
-    const std::string bytes = '"' + hex(step.bytes, "") + '"';
+    const std::string bytes = '"' + hex_of(step.bytes, "") + '"';
     const std::string count = std::to_string(step.count);
     const std::string source = json_quoted(name_of(step.source));
-    const auto text_of = [](std::span<const std::uint8_t> text) {
-        return json_quoted({reinterpret_cast<const char*>(text.data()), text.size()});
-    };
     if (step.is_text)
         return json_object({{"source", source},
                             {"bytes", bytes},
                             {"count", count},
-                            {"text", text_of(step.bytes)},
+                            {"text", json_quoted(text_of(step.bytes))},
                             {"role", json_quoted("text for the terminal")},
                             {"remarks", remarks}});
     auto raw = raw_bytes(step);
-    const std::string text = !raw.empty() && as_text(raw) ? text_of(raw) : "";
+    const std::string text = !raw.empty() && as_text(raw) ? json_quoted(text_of(raw)) : "";
     const auto number = [](int n) { return std::to_string(n); };
     return json_object({{"source", source},
                         {"bytes", bytes},
@@ -209,9 +189,9 @@ void keep_fault(const Step& step) {
 
 void flush_answer() {
     if (running->answer.empty()) return;
-    const std::string text = hex(running->answer, " ");
+    const std::string text = hex_of(running->answer, " ");
     if (running->options.form == TraceForm::json)
-        write_line(json_object({{"answer", '"' + hex(running->answer, "") + '"'}}));
+        write_line(json_object({{"answer", '"' + hex_of(running->answer, "") + '"'}}));
     else
         write_line(time_now() + " answer " + text);
     running->answer.clear();
@@ -313,9 +293,8 @@ void listen(const TraceEvent& event) {
         step.letters = step.bytes.front() == '#' ? "#" : "ESC";
         for (const int letter : {event.from, event.to})
             if (letter != 0) {
-                const auto byte = static_cast<std::uint8_t>(letter);
-                step.letters += ' ' + (is_plain(byte) ? std::string(1, static_cast<char>(byte))
-                                                      : "\\x" + hex({&byte, 1}, ""));
+                const char c = static_cast<char>(letter);
+                step.letters += ' ' + printable({&c, 1});
             }
         step.role = event.role;
         step.raw_start = step.count;

@@ -1,6 +1,7 @@
 #include "firmware/core/read/read.h"
 
 #include "base/bytes.h"
+#include "base/hex.h"
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/ground/trace.h"
@@ -36,17 +37,11 @@ std::uint8_t clamp_y(std::uint8_t v) { return clamped(v, last_y); }
 
 constexpr bool is_digit(std::uint8_t b) { return b >= '0' && b <= '9'; }
 
-/// The value of a hexadecimal digit in either case, -1 for any other byte.
-constexpr int hex_digit(std::uint8_t b) {
-    if (is_digit(b)) return b - '0';
-    if (b >= 'A' && b <= 'F') return b - 'A' + 10;
-    if (b >= 'a' && b <= 'f') return b - 'a' + 10;
-    return -1;
-}
+int read_hex_digit() { return hex_digit(static_cast<char>(read_byte())); }
 
 std::uint32_t read_hex_digits() {
     std::uint32_t value = 0;
-    for (int digit = hex_digit(read_byte()); digit >= 0; digit = hex_digit(read_byte()))
+    for (int digit = read_hex_digit(); digit >= 0; digit = read_hex_digit())
         value = value * 16 + static_cast<std::uint32_t>(digit);
     return value;
 }

@@ -2,7 +2,7 @@
 
 #include "seam/platform.h"
 
-#include "base/words.h"
+#include "base/quoting.h"
 #include "host/platform/headless/fade.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"

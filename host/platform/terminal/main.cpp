@@ -1,6 +1,7 @@
 // orvanel42-terminal: the companion of a running module.
 
 #include "base/command_line.h"
+#include "base/quoting.h"
 #include "base/visible.h"
 #include "base/words.h"
 #include "host/platform/instance/instance_client.h"
