@@ -234,6 +234,21 @@ std::uint8_t layout_string(StringSource source, bool check_align) {
     return first_character;
 }
 
+std::size_t layout_text(std::span<std::uint8_t> into) {
+    std::size_t length = 0;
+    const auto put = [&](std::uint8_t byte) {
+        if (length < into.size()) into[length++] = byte;
+    };
+    std::span<const RunEntry> entries = run_entries;
+    for (std::size_t i = 0; i < line_count; ++i) {
+        if (i > 0) put('\n');
+        for (const RunEntry entry : entries.first(line_runs[i].count))
+            if (entry.width > 0) put(entry.code);
+        entries = entries.subspan(line_runs[i].count);
+    }
+    return length;
+}
+
 void draw_string(std::uint8_t align) {
     if (max_width == 0 || active_font->height == 0) return;
     flash_attr = string_flash;

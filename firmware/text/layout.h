@@ -7,6 +7,7 @@
 #include "firmware/text/font.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -42,6 +43,10 @@ enum class StringSource : std::uint8_t {
 /// `check_align` the first character is the result, and dropped if it is L, C or R; otherwise the
 /// result is 0.
 std::uint8_t layout_string(StringSource source, bool check_align);
+
+/// The characters of the last layout that have a glyph, line by line with a line feed in between.
+/// What `into` has no room for is left out. The number of bytes.
+std::size_t layout_text(std::span<std::uint8_t> into);
 
 /// Draws the last layout at x1, y1 of draw_area, aligned as 'L', 'C' or 'R' says (any other
 /// acts as 'L'), and refreshes. Leaves the last glyph's box in draw_area.

@@ -27,6 +27,13 @@ enum class AreaType : std::uint8_t {
     report,
 };
 
+/// What was written on an area when it was defined, lines parted by a line feed. For whoever looks
+/// from outside: the module itself never reads it.
+struct AreaLabel {
+    std::uint8_t length;  // bytes
+    std::array<std::uint8_t, 63> text;
+};
+
 struct TouchArea {
     std::int32_t x1, x2;     // dots, 0..239, x1 <= x2
     std::uint8_t y1, y2;     // dots, 0..127, y1 <= y2
@@ -38,6 +45,7 @@ struct TouchArea {
     std::uint8_t group;  // of a switch: its radio group, 0: none
     std::uint8_t frame;  // its pressed look: 0 inverts the rectangle, else a border number; with a
                          // picture of two images that picture's number
+    AreaLabel label;     // empty for what takes none
 };
 
 constexpr int max_touch_areas = 80;

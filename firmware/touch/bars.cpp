@@ -168,31 +168,42 @@ void power_on_bars() {
     bar_send_mode = BarReport::at_release;
 }
 
-bool bar_touch_value(int slot) {
+const BarGraph& bar_in_slot(int slot) {
+    if (slot == bar_current) return bar_work;
+    return bar_slots[static_cast<std::size_t>(slot)];
+}
+
+std::optional<int> bar_value_at(const BarGraph& bar, int x, int y) {
     // A frame and a pointer may leave no dots to move in.
-    if (!select_bar(slot) || bar_work.length == 0) return false;
+    if (bar.length == 0) return std::nullopt;
     int t = 0;
-    switch (bar_work.dir) {
+    switch (bar.dir) {
     case 'R':
-        t = cur_x - bar_work.x1;
+        t = x - bar.x1;
         break;
     case 'L':
-        t = bar_work.x2 - cur_x;
+        t = bar.x2 - x;
         break;
     case 'U':
-        t = cur_y - bar_work.y1;
+        t = y - bar.y1;
         break;
     default:
-        t = bar_work.y2 - cur_y;
+        t = bar.y2 - y;
         break;
     }
     // Half a step more makes the finger snap to the nearest value.
-    const int steps = bar_work.steps;
-    if (is_pointer())
-        t += (bar_work.length + bar_work.pattern) / steps / 2 - bar_work.pattern / 2;
+    const bool pointer = bar.kind > 1;
+    if (pointer)
+        t += (bar.length + bar.pattern) / bar.steps / 2 - bar.pattern / 2;
     else
-        t += bar_work.length / (steps - 1) / 2;
-    return set_bar_value(low8(bar_work.low + std::max(t, 0) * (steps - 1) / bar_work.length));
+        t += bar.length / (bar.steps - 1) / 2;
+    return low8(bar.low + std::max(t, 0) * (bar.steps - 1) / bar.length);
+}
+
+bool bar_touch_value(int slot) {
+    if (!select_bar(slot)) return false;
+    const std::optional<int> value = bar_value_at(bar_work, cur_x, cur_y);
+    return value && set_bar_value(*value);
 }
 
 void report_bar(int slot) {

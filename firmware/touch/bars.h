@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace orvanel {
 
@@ -34,6 +35,12 @@ extern std::int32_t bar_current;
 /// When a touched bar tells its value. The value 3, too, is never.
 enum class BarReport : std::uint8_t { never, at_release, each_change };
 extern BarReport bar_send_mode;
+
+/// The bar of slot 0..31 as it stands, in work or not. Changes nothing.
+const BarGraph& bar_in_slot(int slot);
+
+/// The value that a finger on dot x, y of the glass gives a bar; none if it has no dots to move in.
+std::optional<int> bar_value_at(const BarGraph& bar, int x, int y);
 
 /// Moves the bar of `slot` 0..31 to the finger. True if that changed it; false for an empty slot.
 /// Makes the slot the one in work.

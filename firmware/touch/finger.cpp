@@ -33,6 +33,10 @@ bool finger_changed() {
     return (touch_sample.load(std::memory_order_relaxed) & touch_changed) != 0;
 }
 
+bool finger_is_down() {
+    return (touch_sample.load(std::memory_order_relaxed) & ~touch_changed) != 0;
+}
+
 FingerSample take_finger_sample() {
     const std::uint32_t sample = touch_sample.fetch_and(~touch_changed);
     return {static_cast<int>(sample & 0xFF), static_cast<int>(sample >> 8 & 0xFF)};

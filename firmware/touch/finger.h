@@ -16,6 +16,9 @@ void lift_finger();
 /// Whether the finger has changed since take_finger_sample.
 bool finger_changed();
 
+/// Whether the host has the finger on the glass, seen or not. From the host's main thread.
+bool finger_is_down();
+
 /// The finger as the host last wrote it: x + 1 and y + 1, both 0 when it is up.
 struct FingerSample {
     int x, y;

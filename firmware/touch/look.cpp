@@ -43,10 +43,11 @@ void invert_touch_area(int index) {
     }
 }
 
-void draw_key_label(const TouchArea& area, StringSource source) {
+void draw_key_label(TouchArea& area, StringSource source) {
     active_font = &touch_font;
     active_style = &touch_style;
     const std::uint8_t first = layout_string(source, true);
+    area.label.length = low8(static_cast<int>(layout_text(area.label.text)));
     const std::uint8_t align = first == 'L' || first == 'R' ? first : std::uint8_t{'C'};
 
     int x = area.x1 + (area.x2 - area.x1) / 2;

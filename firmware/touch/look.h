@@ -21,8 +21,8 @@ void invert_touch_area(int index);
 
 /// Lays out a label and draws it into the area's rectangle, by touch_font and touch_style. Its
 /// first plain character says where: L, C and R are left, centre and right and not drawn, any other
-/// is part of a centred text.
-void draw_key_label(const TouchArea& area, StringSource source);
+/// is part of a centred text. The area keeps what it says.
+void draw_key_label(TouchArea& area, StringSource source);
 
 /// Power-on: border 1, keys invert.
 void power_on_look();

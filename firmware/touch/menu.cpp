@@ -26,6 +26,7 @@ namespace orvanel {
 
 constinit std::uint8_t menu_items = 0;
 constinit std::uint8_t menu_selection = 0;
+constinit MenuText menu_text{};
 
 namespace {
 
@@ -108,18 +109,9 @@ Box box_at_opener(const TouchArea& o, std::uint8_t direction, Extent text) {
 
 DrawArea area_of(const Box& box) { return {box.x1, low8(box.y1), box.x2, low8(box.y2)}; }
 
-/// Inverts the band of row n inside the box. A row off the glass is clamped to its edge.
+/// Inverts the band of row n inside the box.
 void highlight_row(int n) {
-    const int start = menu_pitch * (n - 1), end = start + menu_pitch - 1;
-    Box band = menu_inner;
-    if (menu_rotation == 0) {
-        band.y1 = std::min(menu_inner.y1 + start, last_y);
-        band.y2 = std::min(menu_inner.y1 + end, last_y);
-    } else {
-        band.x1 = std::min(menu_inner.x1 + start, last_x);
-        band.x2 = std::min(menu_inner.x1 + end, last_x);
-    }
-    draw_area = area_of(band);
+    draw_area = menu_row_rectangle(n);
     both_planes = true;
     fill_area(link_invert, pattern_solid);
     refresh_area();
@@ -156,6 +148,7 @@ void open_box(StringSource source, const TouchArea* opener) {
     layout_string(source, false);
     menu_items = line_count;
     if (menu_items == 0) return;
+    menu_text.length = static_cast<std::uint16_t>(layout_text(menu_text.text));
     if (menu_selection > menu_items) remark(Remark::clamped, menu_selection, menu_items);
     menu_selection = std::min(menu_selection, menu_items);
     menu_rotation = menu_style.rotation;
@@ -177,6 +170,19 @@ void open_box(StringSource source, const TouchArea* opener) {
     if (menu_selection != 0) highlight_row(menu_selection);
     dirty_area = area_of(box);
     refresh_dirty();
+}
+
+DrawArea menu_row_rectangle(int n) {
+    const int start = menu_pitch * (n - 1), end = start + menu_pitch - 1;
+    Box band = menu_inner;
+    if (menu_rotation == 0) {
+        band.y1 = std::min(menu_inner.y1 + start, last_y);
+        band.y2 = std::min(menu_inner.y1 + end, last_y);
+    } else {
+        band.x1 = std::min(menu_inner.x1 + start, last_x);
+        band.x2 = std::min(menu_inner.x1 + end, last_x);
+    }
+    return area_of(band);
 }
 
 DrawArea list_rectangle() { return area_of(menu_inner); }

@@ -7,6 +7,7 @@
 #include "firmware/text/layout.h"
 #include "firmware/touch/areas.h"
 
+#include <array>
 #include <cstdint>
 
 namespace orvanel {
@@ -16,6 +17,17 @@ extern std::uint8_t menu_items;
 
 /// The highlighted row, from 1; 0: none. Closing a box leaves it.
 extern std::uint8_t menu_selection;
+
+/// What the rows of the open box say, parted by line feeds. For whoever looks from outside: the
+/// module itself never reads it. A layout has no room for more.
+struct MenuText {
+    std::uint16_t length;  // bytes
+    std::array<std::uint8_t, 384> text;
+};
+extern MenuText menu_text;
+
+/// Where row n of the open box lies, 1..menu_items. What is off the glass is clamped to its edge.
+DrawArea menu_row_rectangle(int n);
 
 /// The row under the finger, from 1; it need not exist.
 int menu_row_at_touch();

@@ -4,6 +4,7 @@
 #include "base/quoting.h"
 #include "base/words.h"
 #include "firmware/core/ground/draw_area.h"
+#include "host/scenario/module_text.h"
 #include "host/scenario/report.h"
 #include "host/window/ground/dialog.h"
 
@@ -85,6 +86,69 @@ std::string take_message(std::string_view& rest, BridgeMessage& message) {
     return {};
 }
 
+/// A text in double quotes, as codes of the module. Not empty.
+std::string take_module_text(std::string_view& rest, std::vector<std::uint8_t>& codes) {
+    rest = trimmed(rest);
+    if (rest.empty() || rest.front() != '"') return "a text in double quotes is missing";
+    std::size_t end = 1;
+    while (end < rest.size() && rest[end] != '"')
+        end += rest[end] == '\\' ? 2 : 1;
+    std::string_view quoted = rest.substr(0, end + 1);
+    std::vector<std::uint8_t> bytes;
+    std::string fault = take_bytes(quoted, bytes);
+    if (fault.empty() && bytes.empty()) fault = "the text is empty";
+    if (!fault.empty()) return fault;
+    rest.remove_prefix(end + 1);
+    codes.clear();
+    return codes_of({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, codes);
+}
+
+bool begins_with_digit(std::string_view rest) {
+    rest = trimmed(rest);
+    return !rest.empty() && rest.front() >= '0' && rest.front() <= '9';
+}
+
+std::string take_target(std::string_view& rest, const Argument& a, Target& target) {
+    if (trimmed(rest).empty()) return "what to touch is missing";
+    if (trimmed(rest).front() == '"') {
+        target.by = By::label;
+        return take_module_text(rest, target.label);
+    }
+    std::int64_t first = 0, second = 0;
+    if (std::string fault = take_number(rest, a.least, a.most, first); !fault.empty()) return fault;
+    target.by = By::number;
+    target.number = static_cast<int>(first);
+    if (!begins_with_digit(rest)) return {};
+    target.by = By::dot;
+    target.x = target.number;
+    if (first > last_x)
+        return std::to_string(first) + " is not one of 0.." + std::to_string(last_x);
+    std::string fault = take_number(rest, 0, last_y, second);
+    target.y = static_cast<int>(second);
+    return fault;
+}
+
+std::string take_lasting(std::string_view& rest, const Argument& a, Arguments& into) {
+    into.number = a.otherwise;
+    std::string_view ahead = rest;
+    if (take_word(ahead) != "for") return {};
+    rest = ahead;
+    return take_number(rest, a.least, a.most, into.number);
+}
+
+/// `to VALUE`, `to VALUE %`, or from a dot `to X Y`.
+std::string take_goal(std::string_view& rest, const Argument& a, Arguments& into) {
+    if (take_word(rest) != "to") return "'to' is missing";
+    if (into.target.by == By::dot) {
+        std::string fault = take_number(rest, 0, last_x, into.x);
+        return fault.empty() ? take_number(rest, 0, last_y, into.y) : fault;
+    }
+    rest = trimmed(rest);
+    into.percent = rest.ends_with('%');
+    if (into.percent) rest.remove_suffix(1);
+    return take_number(rest, a.least, into.percent ? 100 : a.most, into.value);
+}
+
 }  // namespace
 
 std::string take_argument(std::string_view& rest, const Argument& a, Arguments& into) {
@@ -134,6 +198,12 @@ std::string take_argument(std::string_view& rest, const Argument& a, Arguments& 
         return into.word.empty() ? "a name is missing" : "";
     case Take::within:
         return take_within(rest, a, into);
+    case Take::target:
+        return take_target(rest, a, into.target);
+    case Take::lasting:
+        return take_lasting(rest, a, into);
+    case Take::goal:
+        return take_goal(rest, a, into);
     }
     return {};
 }

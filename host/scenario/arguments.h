@@ -29,6 +29,22 @@ enum class Take : std::uint8_t {
     control,  // a control's number, and perhaps a value, or `close`
     message,  // NUMBER FIRST SECOND in hexadecimal
     within,   // `within MS` or nothing, then `otherwise`
+    target,   // "LABEL", a number or X Y
+    lasting,  // `for MS` or nothing, then `otherwise`
+    goal,     // `to VALUE`, `to PERCENT %`, or `to X Y` from a dot
+};
+
+/// How a line names what it means.
+enum class By : std::uint8_t {
+    label,   // what it says, as codes of the module
+    number,  // a code of an area, a bar's number or a row's
+    dot,     // a dot of the glass
+};
+struct Target {
+    By by;
+    std::vector<std::uint8_t> label;
+    int number;
+    int x, y;
 };
 
 struct Argument {
@@ -50,7 +66,9 @@ struct Arguments {
     std::int64_t x, y;
     std::string word;
     bool quoted;         // `word` stood in quotes
-    std::int64_t value;  // of a control, 1 if none was given
+    std::int64_t value;  // of a control, 1 if none was given; of a bar, or percent of its scale
+    bool percent;
+    Target target;
     std::int64_t within_ms;
     BridgeMessage message;
 };

@@ -16,7 +16,9 @@
 #include "host/program/settings.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/expectations.h"
+#include "host/scenario/module_tables.h"
 #include "host/scenario/report.h"
+#include "host/scenario/touch_commands.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/window_commands.h"
 #include "host/scenario/world.h"
@@ -227,6 +229,9 @@ constexpr Argument dot{Take::dot, 0, 0, required};
 constexpr Argument place{Take::place, 0, 255, 0};
 constexpr Argument three_hex{Take::message, 0, 0, required};
 constexpr Argument setting_name{Take::word, 0, 0, required};
+constexpr Argument target{Take::target, 0, 255, required};
+constexpr Argument lasting{Take::lasting, 0, longest_wait_ms, 0};
+constexpr Argument goal{Take::goal, 0, 255, required};
 constexpr Argument within{Take::within, 0, longest_wait_ms, await_ms};
 
 constexpr Argument number(std::int64_t most) { return {Take::number, 0, most, required}; }
@@ -248,6 +253,10 @@ constexpr ScenarioCommand commands[]{
     {"rts",            "",                                 {},                       print_rts},
     {"touch",          "X Y",                              {dot},                    touch},
     {"lift",           "",                                 {},                       lift},
+    {"tap",            "\"LABEL\" or CODE or X Y [for MS]", {target, lasting},       tap_command},
+    {"hold",           "\"LABEL\" or CODE or X Y",         {target},                hold_command},
+    {"choose",         "\"LABEL\" or ROW",                 {target},                choose_command},
+    {"drag",           "\"LABEL\" or BAR to VALUE or PERCENT %, or X Y to X Y", {target, goal}, drag_command},
     {"mouse-down",     "PX PY",                           {pixel},                 mouse_down_command},
     {"mouse-move",     "PX PY",                           {pixel},                 mouse_move_command},
     {"mouse-up",       "PX PY",                           {pixel},                 mouse_up_command},
@@ -273,6 +282,9 @@ constexpr ScenarioCommand commands[]{
     {"backlight",      "",                                {},                      print_backlight},
     {"title",          "",                                {},                      print_title},
     {"area-at",        "X Y",                              {dot},                    print_area_at},
+    {"areas",          "",                                {},                      print_areas},
+    {"bars",           "",                                {},                      print_bars},
+    {"menu-rows",      "",                                {},                      print_menu_rows},
     {"link",           "",                                 {},                      print_link},
     {"baud",           "",                                 {},                      print_baud},
     {"line-absent",    "0 or 1",                           {number(1)},             line_absent},

@@ -74,6 +74,7 @@ void run_commands() {
     std::string line;
     wants_input = false;
     while (!scenario_ended() && !waiting()) {
+        if (run_next_step()) continue;
         if (take_line(line)) {
             run_line(line);
         } else if (input_ended) {

@@ -6,6 +6,7 @@
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <utility>
@@ -17,7 +18,7 @@ namespace {
 constexpr std::int64_t us_per_ms = 1000;
 constexpr std::int64_t quiet_us = 20 * us_per_ms;
 
-enum class Wait : std::uint8_t { none, time, quiet, answers, line, screen };
+enum class Wait : std::uint8_t { none, time, quiet, answers, line, screen, condition };
 
 constinit Wait wait = Wait::none;
 constinit std::int64_t wait_ms = 0;
@@ -29,6 +30,10 @@ constinit std::int64_t quiet_since_us = 0;
 
 constinit std::vector<std::uint8_t> expected_bytes{};          // while wait is answers or line
 constinit std::optional<ScreenExpectation> expected_screen{};  // while wait is screen
+
+std::function<bool()> awaited_condition;  // while wait is condition
+std::function<void(const std::string&)> condition_missed;
+std::deque<std::function<void()>> steps;
 
 void begin(Wait kind, std::int64_t ms) {
     wait = kind;
@@ -103,6 +108,25 @@ void wait_for_screen(ScreenExpectation expectation, std::int64_t ms) {
     begin(Wait::screen, ms);
 }
 
+void wait_for_condition(std::function<bool()> come,
+                        std::function<void(const std::string& within)> missed, std::int64_t ms) {
+    awaited_condition = std::move(come);
+    condition_missed = std::move(missed);
+    begin(Wait::condition, ms);
+}
+
+void add_step(std::function<void()> step) { steps.push_back(std::move(step)); }
+
+void drop_steps() { steps.clear(); }
+
+bool run_next_step() {
+    if (steps.empty()) return false;
+    const auto step = std::move(steps.front());
+    steps.pop_front();
+    step();
+    return true;
+}
+
 bool waiting() { return wait != Wait::none; }
 
 bool waiting_for_event() { return wait != Wait::none && wait != Wait::time; }
@@ -126,6 +150,9 @@ void test_wait() {
     case Wait::screen:
         if (glass_shows(*expected_screen)) stop_waiting();
         return;
+    case Wait::condition:
+        if (awaited_condition()) stop_waiting();
+        return;
     }
 }
 
@@ -148,6 +175,9 @@ void end_wait() {
         return;
     case Wait::screen:
         miss_screen(*expected_screen, within() + " never ");
+        return;
+    case Wait::condition:
+        condition_missed(within());
         return;
     }
 }

@@ -5,7 +5,9 @@
 #include "host/scenario/expectations.h"
 
 #include <cstdint>
+#include <functional>
 #include <limits>
+#include <string>
 #include <vector>
 
 namespace orvanel {
@@ -21,6 +23,19 @@ void wait_for_quiet(std::int64_t ms);
 void wait_for_answers(std::vector<std::uint8_t> expected, std::int64_t ms);
 void wait_for_line_bytes(std::vector<std::uint8_t> expected, std::int64_t ms);
 void wait_for_screen(ScreenExpectation expectation, std::int64_t ms);
+
+/// The same for whatever `come` tells. `missed` reports that it hasn't within that time, in words
+/// that begin with `within`. Waits up to the end of a move at least.
+void wait_for_condition(std::function<bool()> come,
+                        std::function<void(const std::string& within)> missed, std::int64_t ms);
+
+/// What a command has still to do after the wait that it has begun. A step may begin a wait itself;
+/// then the next one comes after that. A command that fails halfway drops the rest.
+void add_step(std::function<void()> step);
+void drop_steps();
+
+/// Does the next step; false if there is none.
+bool run_next_step();
 
 bool waiting();
 

@@ -22,6 +22,19 @@ bool wait_for_scenario_input(int fd);
 /// Whether reading `fd` gives something at once.
 bool scenario_input_is_there(int fd);
 
+/// Between the two the module's own state can be read: its thread stands still, as it always does
+/// in module time. No call of one while the other is owed; main thread.
+void halt_module();
+void resume_module();
+
+/// Halted as long as it lives.
+struct ModuleHalt {
+    ModuleHalt() { halt_module(); }
+    ~ModuleHalt() { resume_module(); }
+    ModuleHalt(const ModuleHalt&) = delete;
+    ModuleHalt& operator=(const ModuleHalt&) = delete;
+};
+
 /// False in real time, where the line's other end is no business of the scenario: then the five
 /// functions below aren't called.
 bool line_is_simulated();

@@ -4,6 +4,7 @@
 
 #include "base/quoting.h"
 #include "host/platform/headless/fade.h"
+#include "host/platform/headless/halt.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/session.h"
@@ -30,7 +31,9 @@ void sleep_ms(int ms) {
         return;
     }
     note_real_sleep();
+    firmware_sleeps();
     real_sleep_ms(ms);
+    firmware_wakes();
 }
 
 void sleep_until_woken(int ms) {
@@ -39,7 +42,9 @@ void sleep_until_woken(int ms) {
         return;
     }
     note_real_sleep();
+    firmware_sleeps();
     real_sleep_until_woken(most_idle_ms);
+    firmware_wakes();
 }
 
 void wake_firmware() {
@@ -47,10 +52,12 @@ void wake_firmware() {
 }
 
 void spend_byte_time() {
-    if (real_time)
-        note_real_byte();
-    else
+    if (!real_time) {
         move_module_clock_by_byte();
+        return;
+    }
+    note_real_byte();
+    firmware_took_byte();
 }
 
 bool on_main_thread() { return !real_time || real_on_main_thread(); }

@@ -4,6 +4,7 @@
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/first_port.h"
+#include "host/platform/headless/halt.h"
 #include "host/platform/headless/module_time.h"
 #include "host/platform/headless/real_session.h"
 #include "host/platform/headless/simulated_line.h"
@@ -85,6 +86,14 @@ bool wait_for_scenario_input(int fd) {
 bool scenario_input_is_there(int fd) {
     pollfd input{fd, POLLIN, 0};
     return poll(&input, 1, 0) > 0;
+}
+
+void halt_module() {
+    if (real_time) halt_firmware();
+}
+
+void resume_module() {
+    if (real_time) resume_firmware();
 }
 
 bool line_is_simulated() { return !real_time; }
