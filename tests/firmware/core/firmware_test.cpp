@@ -182,8 +182,10 @@ TEST_F(Firmware, the_tick_toggles_the_phase_when_its_timer_runs_out) {
     firmware_tick();
     EXPECT_EQ(blink_timer, 5);
     EXPECT_EQ(flash_phase, 0);
+    fake_platform.paints = 0;
     firmware_tick();
     EXPECT_EQ(flash_phase, 1);
+    EXPECT_EQ(fake_platform.paints, 1);
     EXPECT_EQ(flash_timer, 2);
     EXPECT_TRUE(tick_yield_pending);
     tick_enabled = false;

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <utility>
 
 namespace orvanel {
 namespace {
@@ -82,6 +83,19 @@ TEST(Display, drawing_goes_on_while_it_is_off) {
     EXPECT_FALSE(image_dot(lcd_image_flash, 8, 7));
     display_on();
     EXPECT_TRUE(image_dot(lcd_image_flash, 8, 7));
+}
+
+TEST(Display, shows_the_clipboard_in_place_of_the_planes_until_they_are_asked_for) {
+    fresh_raster();
+    plane_put(main_plane(), 3, 3, true);
+    plane_put(store_slots[clipboard_slot].buffer.data(), 5, 3, true);
+    const auto shown = [] {
+        return std::pair{image_dot(lcd_image, 3, 3), image_dot(lcd_image, 5, 3)};
+    };
+    show_clipboard();
+    EXPECT_EQ(shown(), (std::pair{false, true}));
+    show_planes();
+    EXPECT_EQ(shown(), (std::pair{true, false}));
 }
 
 TEST(Flash, areas_flash_inverted_patterned_or_not_at_all) {

@@ -284,6 +284,8 @@ TEST_F(Store, the_backlight_fades_in_steps_of_two_to_where_it_was_sent) {
     EXPECT_EQ(backlight_goal.load().target, 0) << "the time limit has run out";
     run_stream(bytes("#YL\3#YH50;"));
     EXPECT_EQ(backlight_goal.load().off_timer, 0) << "a brightness cancels the limit";
+    run_stream(bytes("#YL\1"));
+    EXPECT_EQ(backlight_goal.load().target, 100) << "a reset forgets the brightness";
     run_stream(bytes("#YH50;#YL\1"));
     EXPECT_EQ(backlight_goal.load().off_timer, 0) << "1 is on, without a limit";
     EXPECT_EQ(backlight_goal.load().target, 50);

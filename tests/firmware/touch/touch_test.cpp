@@ -2,6 +2,7 @@
 #include "firmware/core/roof/loop.h"
 #include "firmware/raster/line.h"
 #include "firmware/raster/planes.h"
+#include "firmware/raster/refresh.h"
 #include "firmware/store/ground/eeprom.h"
 #include "firmware/store/ground/macro.h"
 #include "firmware/touch/areas.h"
@@ -138,14 +139,18 @@ TEST_F(Touch, a_finger_hits_inside_the_edges_and_moves_by_two_dots) {
 TEST_F(Touch, a_press_on_key_switch_or_opener_sounds) {
     const std::string areas =
         "#AT0,0,20,20,0,0,\r#AK30,0,50,20,0,0,\r#AM60,0,80,20,0,0,0,go|a\r#AH90,0,110,20,";
-    const std::vector<Step> presses{touch(10, 10),  lift, touch(40, 10), lift,
-                                    touch(100, 10), lift, touch(70, 10), lift};
-    for (const auto& [first, beeps] : {std::pair{"", 3}, std::pair{"#AS0,", 0}}) {
-        fake_platform.beeps = 0;
+    for (const auto& [first, beeps] : {std::pair{"", 1}, std::pair{"#AS0,", 0}}) {
         std::vector<Step> steps{send(first + areas)};
-        steps.insert(steps.end(), presses.begin(), presses.end());
+        for (const auto& [x, sounds] :
+             {std::pair{10, 1}, std::pair{40, 1}, std::pair{100, 0}, std::pair{70, 1}}) {
+            const auto count = [n = beeps * sounds] {
+                EXPECT_EQ(fake_platform.beeps, n);
+                fake_platform.beeps = 0;
+            };
+            const auto silence = [] { EXPECT_EQ(fake_platform.beeps, 0) << "at the release"; };
+            steps.insert(steps.end(), {touch(x, 10), count, lift, silence});
+        }
         run(steps);
-        EXPECT_EQ(fake_platform.beeps, beeps) << first;
     }
 }
 
@@ -202,6 +207,51 @@ TEST_F(Touch, a_waiting_request_is_kept_by_0_and_served_once_by_2) {
                    [] { EXPECT_EQ(menu_items, 0); }, send("#NT2,"),
                    [] { EXPECT_EQ(menu_items, 2); }, lift, touch(10, 10), lift, touch(10, 10)}),
               " T<0> T<0>");
+}
+
+TEST_F(Touch, the_opening_of_menus_keeps_its_mode_where_it_is_not_told_one) {
+    const std::string opener = "#AM0,0,40,20,0,0,10,go|a|b\r";
+    EXPECT_EQ(run({send("#NT2,#NT3," + opener), touch(10, 10)}), "");
+    EXPECT_EQ(menu_items, 2) << "the power-on mode opens at once";
+    EXPECT_EQ(run({send("#NT0,#NT2,#NT3," + opener), touch(10, 10), send("#NT1,"), lift,
+                   send("#NA"), touch(10, 10)}),
+              " T<0>");
+    EXPECT_EQ(menu_items, 2) << "1 opens what waits, and what is pressed from then on";
+}
+
+TEST_F(Touch, a_code_of_1_is_a_code) {
+    const auto opener = [](int x, const char* codes) {
+        const std::string left = std::to_string(x), right = std::to_string(x + 40);
+        return "#AM" + left + ",0," + right + ",20," + codes + ",go|a|b\r";
+    };
+    EXPECT_EQ(run({send(opener(0, "65,1,1") + opener(60, "1,66,0")), touch(10, 10), lift,
+                   touch(70, 10), lift, touch(10, 10), touch(10, 25), lift}),
+              " A<1>A A<1><1> A<1><1> A<1>B A<1>A N<1><1>");
+    EXPECT_EQ(run({send("#AT0,0,20,20,1,1,\r#AK30,0,50,20,1,1,\r"), touch(10, 10), lift,
+                   touch(40, 10), lift, touch(40, 10), lift}),
+              " A<1><1> A<1><1> A<1><1> A<1><1>");
+}
+
+TEST_F(Touch, what_defines_an_area_shows_it_to_its_last_dot_with_its_label_zoomed) {
+    const auto columns = [](int x1, int x2) {
+        int count = 0;
+        for (int x = x1; x <= x2; ++x)
+            for (int y = 20; y < 60; ++y)  // below the cursor
+                if (image_dot(lcd_image, x, y)) {
+                    ++count;
+                    break;
+                }
+        return count;
+    };
+    for (const char* area : {"#AT0,0,99,63,0,0,3\r", "#AM0,0,99,63,0,0,0,3|x\r"}) {
+        run({send("#AE1,"), send(area)});
+        EXPECT_TRUE(image_dot(lcd_image, 99, 60)) << "its border " << area;
+        run({send("#AE0,"), send(area)});
+        const int plain = columns(0, 99);
+        run({send("#AE0,#AZ4,1,"), send(area)});
+        EXPECT_EQ(columns(0, 99), 4 * plain) << area;
+        EXPECT_GT(plain, 0) << area;
+    }
 }
 
 TEST_F(Touch, an_open_list_keeps_its_rotation_and_gives_way_to_a_box) {
