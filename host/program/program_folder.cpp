@@ -143,15 +143,6 @@ std::string save_copy() {
     return fault;
 }
 
-/// Saves the settings too. The result is what went wrong of both.
-std::vector<std::string> save_settings_after(const std::string& image_fault) {
-    const std::string settings_fault = save_settings();
-    std::vector<std::string> faults;
-    for (const std::string& fault : {image_fault, settings_fault})
-        if (!fault.empty()) faults.push_back(fault);
-    return faults;
-}
-
 }  // namespace
 
 std::string open_program_folder(const std::string& folder, WithoutImage without) {
@@ -186,12 +177,12 @@ std::string open_program_folder(const std::string& folder, WithoutImage without)
 std::vector<std::string> save_program_folder() {
     if (open_folder.empty()) return {};
     const bool programmed = eeprom_state == EepromState::programmed;
-    return save_settings_after(programmed ? save_image_of_run(eeprom_bytes()) : "");
-}
-
-std::vector<std::string> save_running_folder() {
-    if (open_folder.empty()) return {};
-    return save_settings_after(save_copy());
+    const std::string image_fault = programmed ? save_image_of_run(eeprom_bytes()) : "";
+    const std::string settings_fault = save_settings();
+    std::vector<std::string> faults;
+    for (const std::string& fault : {image_fault, settings_fault})
+        if (!fault.empty()) faults.push_back(fault);
+    return faults;
 }
 
 void save_programmed_image() {

@@ -23,10 +23,6 @@ std::string open_program_folder(const std::string& folder,
 /// no folder is open.
 std::vector<std::string> save_program_folder();
 
-/// The same at any moment while the firmware runs, without waiting for it: the image is the one
-/// that the last J or C has left, unless that is saved already.
-std::vector<std::string> save_running_folder();
-
 /// For a timer of a program in real time: saves the image a second after a J or C has left one, so
 /// that whatever ends the process later costs nothing of it. A fault is shown, each once.
 void save_programmed_image();
