@@ -7,6 +7,8 @@
 #include "host/platform/desktop/text.h"
 #include "host/program/settings.h"
 #include "host/skin/view.h"
+#include "host/window/ground/boxes.h"
+#include "host/window/ground/dialog.h"
 #include "host/window/ground/window_place.h"
 #include "seam/window_system.h"
 
@@ -247,6 +249,8 @@ void keep_place() {
 }
 
 void drop_main_window() {
+    drop_dialog();
+    drop_boxes();
     delete main_window;
     main_window = nullptr;
     glass = nullptr;

@@ -24,6 +24,11 @@ void box_closed() {
     }
 }
 
+void drop_boxes() {
+    open_boxes = 0;
+    waiting.clear();
+}
+
 bool box_is_open() { return open_boxes > 0; }
 
 bool put_off(std::function<void()> action) {

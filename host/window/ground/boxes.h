@@ -15,6 +15,9 @@ void box_closed();
 
 bool box_is_open();
 
+/// The window goes, and its boxes with it: none is open, and what waited for one never runs.
+void drop_boxes();
+
 /// True while a box is open: the action has been put aside and runs once the last box is closed.
 /// False if nothing keeps it from running now.
 bool put_off(std::function<void()> action);

@@ -25,6 +25,11 @@ void end_dialog() {
     box_closed();
 }
 
+void drop_dialog() {
+    opened = nullptr;
+    close_dialog();
+}
+
 const Dialog* opened_dialog() { return opened; }
 
 bool has_control(const Dialog& dialog, int id) {

@@ -50,6 +50,9 @@ void begin_dialog(const Dialog& dialog, std::optional<PixelPoint> at);
 /// does.
 void end_dialog();
 
+/// The window goes, and the open dialog with it; drop_boxes is for what waited.
+void drop_dialog();
+
 /// The open dialog, nullptr if there is none.
 const Dialog* opened_dialog();
 

@@ -338,6 +338,21 @@ TEST_F(Window, shows_the_choice_of_the_dialog_at_once_and_lets_the_menu_wait) {
     close_window();
 }
 
+TEST_F(Window, what_was_put_off_waits_again_for_a_box_that_comes_before_it) {
+    open_with("");
+    menu_command(item_model + custom_model);
+    menu_command(item_model + custom_model);
+    menu_command(item_zoom + 2);
+    dialog()->close();
+    ASSERT_NE(dialog(), nullptr) << "the second one";
+    EXPECT_EQ(view_zoom, 2);
+    dialog()->close();
+    EXPECT_EQ(dialog(), nullptr);
+    EXPECT_EQ(view_zoom, 3);
+    menu_command(item_model);
+    close_window();
+}
+
 TEST_F(Window, sends_typed_keys_to_the_companion) {
     open_with("");
     bridge_message({0x414, {0, 0}});
