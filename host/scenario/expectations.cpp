@@ -11,7 +11,7 @@
 
 namespace orvanel {
 
-constinit PictureOptions picture_options{};
+PictureOptions picture_options;
 
 namespace {
 

@@ -16,9 +16,9 @@ namespace orvanel {
 
 /// What the command line says about pictures. Whoever sets it keeps the text alive.
 struct PictureOptions {
-    bool update;              // pictures are written instead of compared
-    bool update_missing;      // the same where a file is missing
-    std::string_view folder;  // for the pictures of failed comparisons; empty: beside the file
+    bool update;          // pictures are written instead of compared
+    bool update_missing;  // the same where a file is missing
+    std::string folder;   // for the pictures of failed comparisons; empty: beside the file
 };
 extern PictureOptions picture_options;
 

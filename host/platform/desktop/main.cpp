@@ -3,8 +3,6 @@
 #include "base/command_line.h"
 #include "base/folder_lock.h"
 #include "base/visible.h"
-#include "firmware/store/ground/eeprom.h"
-#include "host/import/file_kind.h"
 #include "host/platform/desktop/boxes.h"
 #include "host/platform/desktop/companions.h"
 #include "host/platform/desktop/window.h"
@@ -16,7 +14,6 @@
 #include "host/platform/system/wake.h"
 #include "host/program/image_file.h"
 #include "host/program/program_folder.h"
-#include "host/program/settings.h"
 #include "host/window/roof/menu_command.h"
 #include "host/window/roof/program_life.h"
 #include "link/feeds/feeds.h"
@@ -158,21 +155,6 @@ int claim_folder(const Options& options, std::string& fault) {
     return orvanel::wrong_command_line;
 }
 
-/// Settings and image of the folder; without one the defaults, and the image of the command line or
-/// a blank one. Empty on success, else what can't be read.
-std::string load_memory(const Options& options) {
-    if (!options.folder.empty())
-        return orvanel::open_program_folder(options.folder, options.serial.empty()
-                                                                ? orvanel::WithoutImage::demo
-                                                                : orvanel::WithoutImage::blank);
-    orvanel::take_settings("", "");
-    const int size = options.mem_kib == 64 ? orvanel::eeprom_large : orvanel::eeprom_small;
-    orvanel::eeprom_reset_to(size, {});
-    if (options.image.empty()) return {};
-    const std::string fault = orvanel::not_an_image(options.image);
-    return fault.empty() ? orvanel::load_image(options.image, size) : fault;
-}
-
 /// Saves what the folder keeps, the image as it stood when the program was told to end. The result
 /// is what went wrong, which has been told on standard error.
 std::vector<std::string> save_memory() {
@@ -307,7 +289,9 @@ int run(int argc, char** argv) {
     if (status == EXIT_SUCCESS) return status;
     if (status > 0) return refuse_start(options, fault, argc, argv);
     if (!orvanel::built_in_data_is_whole()) return EXIT_SUCCESS;
-    fault = load_memory(options);
+    fault = orvanel::load_memory(options.folder, options.image, options.mem_kib,
+                                 options.serial.empty() ? orvanel::WithoutImage::demo
+                                                        : orvanel::WithoutImage::blank);
     if (!fault.empty()) return refuse_start(options, fault, argc, argv);
     orvanel::take_protocol_option(options.protocol);
     orvanel::name_devices(options.serial, options.folder);

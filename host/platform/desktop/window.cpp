@@ -7,6 +7,7 @@
 #include "host/platform/desktop/scale.h"
 #include "host/platform/real_time/real_time.h"
 #include "host/platform/real_time/start_port.h"
+#include "host/platform/serial/serial_line.h"
 #include "host/platform/system/process.h"
 #include "host/platform/system/wake.h"
 #include "host/program/program_folder.h"
@@ -25,6 +26,7 @@
 namespace orvanel {
 
 constinit bool ended_by_signal = false;
+constinit const SerialLines* serial_lines = &real_lines;
 
 namespace {
 

@@ -1,6 +1,7 @@
 #include "host/platform/headless/first_port.h"
 
 #include "base/visible.h"
+#include "host/platform/headless/session_options.h"
 #include "host/platform/real_time/start_port.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/report.h"
@@ -9,19 +10,17 @@
 
 namespace orvanel {
 
-std::string serial_option;
-
 std::string open_first_port() {
-    const int port = leading_port.value_or(start_port(serial_option));
-    std::string fault = open_start_port(port, serial_option);
-    if (!fault.empty() && !is_by_option(port, serial_option)) {
+    const std::string& serial = session_options.serial;
+    const int port = leading_port.value_or(start_port(serial));
+    std::string fault = open_start_port(port, serial);
+    if (!fault.empty() && !is_by_option(port, serial)) {
         tell_user("orvanel42-headless: error: " + fault);
         return {};
     }
-    if (const std::string name = new_peer_name(serial_option); !name.empty())
-        print_line("serial " + name);
+    if (const std::string name = new_peer_name(serial); !name.empty()) print_line("serial " + name);
     // Standard output is the module's from here on.
-    if (fault.empty() && serial_option == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
+    if (fault.empty() && serial == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
     return fault;
 }
 

@@ -6,12 +6,8 @@
 
 namespace orvanel {
 
-/// The text of `--serial`, empty for none. Set before
-/// run_session (session.h).
-extern std::string serial_option;
-
 /// Opens the port that is to be open from the start, and prints the name that its peer has to know.
-/// The result is empty on success, else why the one of serial_option can't be opened; that of the
+/// The result is empty on success, else why that of `--serial` can't be opened; that of the
 /// settings may fail, which is told. Before the firmware runs.
 std::string open_first_port();
 

@@ -40,14 +40,14 @@ std::vector<Option> options_into(Options& options) {
          .one_of = {32, 64},
          .excludes = {"--dir"}},
         {.names = "--save-image",
-         .place = &options.save_image,
+         .place = &options.session.save_image,
          .help = "At the end write the EEPROM image to FILE, if it was programmed",
          .value_name = "FILE"},
         {.names = "--realtime",
          .place = &options.real_time,
          .help = "Run on the real clock, not in module time"},
         {.names = "--serial",
-         .place = &options.serial,
+         .place = &options.session.serial,
          .help = "What stands behind COM1: pty[:LINK], tcp:[HOST:]PORT, stdio, or a device such "
                  "as /dev/ttyUSB0[@BAUD]. Without a SCENARIO it runs until SIGINT or SIGTERM. "
                  "The line speaks Pactlink unless --protocol or the setting protocol says "
@@ -62,15 +62,15 @@ std::vector<Option> options_into(Options& options) {
          .value_name = "plain|pactlink",
          .fault = protocol_option_fault},
         {.names = "--update",
-         .place = &options.update,
+         .place = &options.session.pictures.update,
          .help =
              "expect-screen writes its picture instead of comparing, await-screen what shows at "
              "the end of its time"},
         {.names = "--update-missing",
-         .place = &options.update_missing,
+         .place = &options.session.pictures.update_missing,
          .help = "The same, but only where the file is missing"},
         {.names = "--out",
-         .place = &options.out_folder,
+         .place = &options.session.pictures.folder,
          .help = "Pictures of failed comparisons go to DIR, not beside the expected ones",
          .value_name = "DIR"},
         {.names = "--junit",
@@ -78,17 +78,17 @@ std::vector<Option> options_into(Options& options) {
          .help = "Write the results to FILE, for CI servers",
          .value_name = "FILE"},
         {.names = "--trace",
-         .place = takes_file(options.trace, TraceForm::text),
+         .place = takes_file(options.session.trace, TraceForm::text),
          .help = "Write a line for each command of the module's language to FILE, - for "
                  "standard error",
          .value_name = "FILE"},
         {.names = "--trace-json",
-         .place = takes_file(options.trace, TraceForm::json),
+         .place = takes_file(options.session.trace, TraceForm::json),
          .help = "The same as one JSON object a line",
          .value_name = "FILE",
          .excludes = {"--trace"}},
         {.names = "--strict",
-         .place = &options.trace.strict,
+         .place = &options.session.trace.strict,
          .help = "A remark in the trace makes the run fail, whether or not it is written"},
         {.names = "--jobs",
          .place = &options.jobs,
@@ -119,12 +119,13 @@ std::pair<std::string, std::string> output_clash(const Options& options) {
         for (const char* name : {"/simulator.ini", "/Orvanel42.bin"})
             files.push_back({"--dir", options.folder + name});
     // The image alone may go back into the file that it came from.
-    if (!is_same_file(options.image, options.save_image))
+    if (!is_same_file(options.image, options.session.save_image))
         files.push_back({"--image", options.image});
-    const char* const trace = options.trace.form == TraceForm::json ? "--trace-json" : "--trace";
+    const char* const trace =
+        options.session.trace.form == TraceForm::json ? "--trace-json" : "--trace";
     for (const NamedFile& output :
-         {NamedFile{"--save-image", options.save_image}, NamedFile{trace, options.trace.file},
-          NamedFile{"--junit", options.junit}}) {
+         {NamedFile{"--save-image", options.session.save_image},
+          NamedFile{trace, options.session.trace.file}, NamedFile{"--junit", options.junit}}) {
         if (output.path.empty() || output.path == "-") continue;
         for (const NamedFile& other : files)
             if (!other.path.empty() && is_same_file(output.path, other.path))
@@ -140,14 +141,15 @@ std::pair<std::string, std::string> clash_in(const Options& options) {
     const std::vector<std::string>& scenarios = options.scenarios;
     if (std::count(scenarios.begin(), scenarios.end(), "-") > 1)
         return {"SCENARIO", "standard input can be read only once"};
-    if (options.serial == "stdio" && scenarios.size() == 1 && scenarios.front() == "-")
+    if (options.session.serial == "stdio" && scenarios.size() == 1 && scenarios.front() == "-")
         return {"SCENARIO", "standard input is the line: name a file"};
     if (auto clash = output_clash(options); !clash.first.empty()) return clash;
     if (scenarios.size() == 1) return {};
-    if (!options.save_image.empty()) return {"--save-image", "takes the image of one scenario"};
+    if (!options.session.save_image.empty())
+        return {"--save-image", "takes the image of one scenario"};
     if (!options.folder.empty()) return {"--dir", "is the folder of one scenario"};
-    if (!options.serial.empty()) return {"--serial", "is the line of one scenario"};
-    if (!options.trace.file.empty() && options.trace.file != "-")
+    if (!options.session.serial.empty()) return {"--serial", "is the line of one scenario"};
+    if (!options.session.trace.file.empty() && options.session.trace.file != "-")
         return {"--trace", "takes the trace of one scenario"};
     return {};
 }
@@ -168,7 +170,7 @@ int parse_options(int argc, char** argv, Options& options) {
                   "output that can't be read or written; 3 a settle gave up."};
     if (const int status = read_command_line(line, argc, argv); status >= 0)
         return output_is_whole(line.program) ? status : wrong_line;
-    if (options.scenarios.empty()) options.scenarios = {options.serial.empty() ? "-" : ""};
+    if (options.scenarios.empty()) options.scenarios = {options.session.serial.empty() ? "-" : ""};
     const auto [option, fault] = clash_in(options);
     return option.empty() ? -1 : refuse_option(line.program, option, fault);
 }

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "host/trace/trace_writer.h"
+#include "host/platform/headless/session_options.h"
 
 #include <string>
 #include <vector>
@@ -10,19 +10,14 @@
 namespace orvanel {
 
 struct Options {
-    std::string folder;      // the program's folder; empty for none
-    std::string image;       // file of the EEPROM image; empty: a blank one. Not with a folder
-    int mem_kib;             // 32 or 64. Not with a folder
-    std::string save_image;  // the file it goes to at the end, if it was programmed
-    bool update;             // as in PictureOptions
-    bool update_missing;
-    std::string out_folder;
+    std::string folder;  // the program's folder; empty for none
+    std::string image;   // file of the EEPROM image; empty: a blank one. Not with a folder
+    int mem_kib;         // 32 or 64. Not with a folder
     std::string junit;
     int jobs;
     bool real_time;
-    std::string serial;    // what stands behind COM1, in real time; empty for none
     std::string protocol;  // "plain" or "pactlink"; empty: what the settings say
-    TraceOptions trace;
+    SessionOptions session;
     bool commands;                       // print the command reference and do nothing else
     std::vector<std::string> scenarios;  // an empty name: none, until a signal comes
 };

@@ -2,21 +2,9 @@
 
 #pragma once
 
-#include "host/trace/trace_writer.h"
-
 #include <string>
 
 namespace orvanel {
-
-/// Real time in place of module time. Set before run_session, then left alone.
-extern bool real_time;
-
-/// The file that the EEPROM image goes to at the end, if it was programmed; empty for none. Set
-/// before run_session.
-extern std::string image_save_path;
-
-/// How the module is listened to. Set before run_session.
-extern TraceOptions trace_options;
 
 /// Tells on standard error what the user is to know of the image's file
 /// (host/program/image_file.h).

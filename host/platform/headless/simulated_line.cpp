@@ -1,9 +1,11 @@
 #include "host/platform/headless/simulated_line.h"
 
 #include "host/scenario/world.h"
+#include "link/roof/com_port.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 #include <vector>
 
 namespace orvanel {
@@ -21,40 +23,53 @@ constinit std::int32_t speed = 0;
 constinit std::vector<std::uint8_t> received{};
 constinit std::vector<std::uint8_t> sent{};
 
-}  // namespace
-
-int simulated_open(std::int32_t baud) {
+int open(int /*port*/, std::int32_t baud) {
     if (absent) return 0;
     rts = true;
     speed = baud;
     return open_line = ++lines_opened;
 }
 
-void simulated_close(int line) {
+void close(int line) {
     // A change of port opens the new line before it closes the old one.
     if (line == open_line) open_line = 0;
     received.clear();
 }
 
-void simulated_set_baud(std::int32_t baud) { speed = baud; }
+bool set_baud(int /*line*/, std::int32_t baud) {
+    speed = baud;
+    return true;
+}
 
-void simulated_set_rts(bool on) { rts = on; }
-
-int simulated_cts() { return cts ? 0 : 1; }
-
-int simulated_queued_in() { return static_cast<int>(received.size()); }
-
-int simulated_read(std::span<std::uint8_t> into) {
+int read(int /*line*/, std::span<std::uint8_t> into) {
     const auto n = static_cast<std::ptrdiff_t>(std::min(into.size(), received.size()));
     std::copy_n(received.begin(), n, into.begin());
     received.erase(received.begin(), received.begin() + n);
     return static_cast<int>(n);
 }
 
-int simulated_write(std::span<const std::uint8_t> data) {
+int write(int /*line*/, std::span<const std::uint8_t> data) {
     sent.insert(sent.end(), data.begin(), data.end());
     return static_cast<int>(data.size());
 }
+
+}  // namespace
+
+constinit const SerialLines simulated_lines{
+    .open = open,
+    .close = close,
+    .set_baud = set_baud,
+    .set_rts = [](int, bool on) { rts = on; },
+    .cts = [](int) { return cts ? 0 : 1; },
+    .queued_in = [](int) { return simulated_queued(); },
+    .queued_out = [](int) { return 0; },
+    .read = read,
+    .write = write,
+    .wait = [](int, LineEvent, int) {},
+    .wake = serve_line_words,
+};
+
+int simulated_queued() { return static_cast<int>(received.size()); }
 
 bool simulated_rts() { return open_line != 0 && rts; }
 

@@ -3,21 +3,18 @@
 
 #pragma once
 
+#include "host/platform/serial/serial_lines.h"
+
 #include <cstdint>
-#include <span>
 
 namespace orvanel {
 
-// What platform.h asks of a line. Whatever is written leaves at once.
-int simulated_open(std::int32_t baud);
-void simulated_close(int line);
-void simulated_set_baud(std::int32_t baud);
-void simulated_set_rts(bool on);
-int simulated_cts();
-int simulated_queued_in();
-int simulated_read(std::span<std::uint8_t> into);
-int simulated_write(std::span<const std::uint8_t> data);
+/// Whatever is written leaves at once, nothing waits for the line, and what is left for it is
+/// served at once.
+extern const SerialLines simulated_lines;
 
+/// Bytes that wait to be read. RTS, and the speed in bits a second: false and 0 while it is closed.
+int simulated_queued();
 bool simulated_rts();
 std::int32_t simulated_baud();
 

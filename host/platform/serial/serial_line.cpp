@@ -256,4 +256,18 @@ void real_wake_link() {
     if (!link_woken.exchange(true)) set_wake(link_wake);
 }
 
+constinit const SerialLines real_lines{
+    .open = real_serial_open,
+    .close = real_serial_close,
+    .set_baud = real_serial_set_baud,
+    .set_rts = real_serial_set_rts,
+    .cts = real_serial_cts,
+    .queued_in = real_serial_queued_in,
+    .queued_out = real_serial_queued_out,
+    .read = real_serial_read,
+    .write = real_serial_write,
+    .wait = real_wait_for_line,
+    .wake = real_wake_link,
+};
+
 }  // namespace orvanel

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "host/platform/serial/serial_lines.h"
 #include "seam/platform.h"
 
 #include <cstdint>
@@ -51,5 +52,8 @@ int real_serial_read(int line, std::span<std::uint8_t> into);
 int real_serial_write(int line, std::span<const std::uint8_t> data);
 void real_wait_for_line(int line, LineEvent event, int ms);
 void real_wake_link();
+
+/// These functions as one record.
+extern const SerialLines real_lines;
 
 }  // namespace orvanel

@@ -1,7 +1,10 @@
 #include "host/window/roof/program_life.h"
 
+#include "firmware/store/ground/eeprom.h"
+#include "host/import/file_kind.h"
 #include "host/import/picture_import.h"
 #include "host/program/demo.h"
+#include "host/program/image_file.h"
 #include "host/program/settings.h"
 #include "host/skin/outline.h"
 #include "host/skin/skin.h"
@@ -16,6 +19,17 @@
 namespace orvanel {
 
 bool built_in_data_is_whole() { return !builtin_skin().empty() && demo_is_whole(); }
+
+std::string load_memory(const std::string& folder, const std::string& image, int mem_kib,
+                        WithoutImage without) {
+    if (!folder.empty()) return open_program_folder(folder, without);
+    take_settings("", "");
+    const int size = mem_kib == 64 ? eeprom_large : eeprom_small;
+    eeprom_reset_to(size, {});
+    if (image.empty()) return {};
+    const std::string fault = not_an_image(image);
+    return fault.empty() ? load_image(image, size) : fault;
+}
 
 std::string prepare_skin() {
     try {

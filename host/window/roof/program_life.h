@@ -1,13 +1,14 @@
 // program_life.h: what every program with a window, on a screen or in memory, does around the run
 // of the module. Main thread.
 //
-// The order of a start: built_in_data_is_whole, settings and image (host/program/program_folder.h),
-// prepare_skin, the window is made, dress_window, it is shown, open_start_port
-// (host/platform/real_time/start_port.h), the timers run, the threads start, furnish_window. The
-// order of an end: the threads and the port (stop_module), feeds, then image and settings
-// (save_program_folder).
+// The order of a start: built_in_data_is_whole, load_memory, prepare_skin, the window is made,
+// dress_window, it is shown, open_start_port (host/platform/real_time/start_port.h), the timers
+// run, the threads start, furnish_window. The order of an end: the threads and the port
+// (stop_module), feeds, then image and settings (save_program_folder).
 
 #pragma once
+
+#include "host/program/program_folder.h"
 
 #include <string>
 #include <string_view>
@@ -17,6 +18,11 @@ namespace orvanel {
 /// Whether what is packed into the program unpacks. If it doesn't, the program ends without a word
 /// and with status 0.
 bool built_in_data_is_whole();
+
+/// Settings and image of the folder; without one the defaults, and the image of the file or a blank
+/// one, 32 KiB large unless `mem_kib` is 64. Empty on success, else what can't be read.
+std::string load_memory(const std::string& folder, const std::string& image, int mem_kib,
+                        WithoutImage without);
 
 /// Prepares the view (host/skin/view.h). Empty on success, else the text of the message, under
 /// start_fault_caption, with which the program ends; nothing is saved then.

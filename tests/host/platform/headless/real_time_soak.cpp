@@ -6,7 +6,7 @@
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/real_session.h"
-#include "host/platform/headless/session.h"
+#include "host/platform/headless/time_mode.h"
 #include "host/requests/painter.h"
 #include "host/scenario/answers.h"
 #include "link/feeds/feeds.h"
@@ -46,7 +46,7 @@ bool enough(int resets) {
 
 int main() {
     const std::vector<std::uint8_t> stream = drawing_stream();
-    real_time = true;
+    choose_time_mode(real_time);
     eeprom_reset_to(eeprom_small, {});
     take_end_signals();
     open_painter();  // as if there were a window: the hand-over of paints is soaked, too
