@@ -64,13 +64,13 @@ void add_options(CLI::App& app, const std::vector<Option>& options) {
 
 /// The help with its long lines broken at spaces; the text of an option stays in its column.
 std::string wrapped(const std::string& help, std::size_t option_column) {
-    constexpr std::size_t most_columns = 80;
+    constexpr std::size_t max_columns = 80;
     std::string all;
     std::istringstream lines(help);
     for (std::string line; std::getline(lines, line); all += line + '\n') {
         const std::size_t indent = line.starts_with(' ') ? option_column : 0;
-        while (line.size() > most_columns) {
-            const std::size_t space = line.rfind(' ', most_columns);
+        while (line.size() > max_columns) {
+            const std::size_t space = line.rfind(' ', max_columns);
             if (space == std::string::npos || space <= indent) break;
             all += line.substr(0, space) + '\n';
             line.replace(0, space + 1, indent, ' ');

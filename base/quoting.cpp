@@ -6,7 +6,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t longest_quotation = 60;  // characters of the user's text in a message
+constexpr std::size_t max_quotation = 60;  // characters of the user's text in a message
 
 constexpr bool is_printable(char c) { return c >= ' ' && c <= '~'; }
 
@@ -34,13 +34,13 @@ std::string text_piece(std::string_view bytes, std::string_view lettered) {
 
 std::string printable(std::string_view text) {
     std::string shown;
-    for (const char c : text.substr(0, longest_quotation)) {
+    for (const char c : text.substr(0, max_quotation)) {
         if (is_printable(c))
             shown += c;
         else
             shown += byte_escape(c);
     }
-    if (text.size() > longest_quotation) shown += "...";
+    if (text.size() > max_quotation) shown += "...";
     return shown;
 }
 

@@ -26,10 +26,10 @@ std::string reason() { return std::generic_category().message(errno); }
 /// The file that a chain of links ends at, whether or not it is there; itself a link only if the
 /// chain has no end.
 fs::path target_of(const fs::path& path) {
-    constexpr int most_links = 40;
+    constexpr int max_links = 40;
     fs::path target = path;
     std::error_code fault;
-    for (int i = 0; i < most_links && fs::is_symlink(target, fault); ++i)
+    for (int i = 0; i < max_links && fs::is_symlink(target, fault); ++i)
         target = target.parent_path() / fs::read_symlink(target, fault);
     return target;
 }

@@ -40,7 +40,7 @@ constinit std::int32_t last_touch_x = 0;
 constinit std::uint8_t last_touch_y = 0;
 
 constexpr std::uint8_t touch_tone_ticks = 2;
-constexpr int least_move = 2;  // dots on one axis: less is not a move
+constexpr int min_move = 2;  // dots on one axis: less is not a move
 
 void find_touch_area() {
     cur_area = 0;
@@ -176,7 +176,7 @@ void poll_touch() {
     if (event_kind != TouchEvent::drag) {
         handle_touch_event();
     } else if (prev_area == cur_area) {
-        if (std::abs(prev_x - cur_x) < least_move && std::abs(prev_y - cur_y) < least_move) {
+        if (std::abs(prev_x - cur_x) < min_move && std::abs(prev_y - cur_y) < min_move) {
             // Slow motion adds up until it is a move.
             cur_x = prev_x;
             cur_y = prev_y;

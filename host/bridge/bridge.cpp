@@ -14,13 +14,13 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::uint32_t most_sent = bridge_send + bridge_piece;
+constexpr std::uint32_t max_sent = bridge_send + bridge_piece;
 
 constinit bool terminal_known = false;        // typed bytes are kept
 constinit bool terminal_there = false;        // it hasn't gone since
 constinit std::uint32_t terminal_window = 0;  // its number, 0 if it has none
 
-constinit std::array<char, longest_name + 1> open_name{};
+constinit std::array<char, max_name_length + 1> open_name{};
 constinit std::size_t open_name_length = 0;
 constinit bool open_name_fits = true;
 
@@ -40,7 +40,7 @@ void clear_name() {
 void append_name(std::span<const std::uint8_t> piece) {
     for (const std::uint8_t byte : piece) {
         if (byte == 0) return;
-        open_name_fits = open_name_fits && open_name_length < longest_name;
+        open_name_fits = open_name_fits && open_name_length < max_name_length;
         if (!open_name_fits) return;
         open_name[open_name_length++] = static_cast<char>(byte);
     }
@@ -82,7 +82,7 @@ std::uint32_t bridge_message(BridgeMessage message) {
         terminal_known = terminal_there = true;
         terminal_window = parameters.second;
     }
-    if (number > bridge_send && number <= most_sent) {
+    if (number > bridge_send && number <= max_sent) {
         const auto bytes = bridge_unpack(parameters, static_cast<int>(number - bridge_send));
         auto_macro_mode.store(0);
         rx_pipe_put_block(std::span(bytes).first(number - bridge_send));

@@ -21,8 +21,8 @@ constexpr std::uint32_t bridge_introduce = 0x428;  // a companion that wants to 
 /// The first parameter of bridge_name.
 enum BridgeName : std::uint32_t { name_clear, name_feed, name_open };
 
-constexpr std::size_t bridge_piece = 6;    // the most bytes in one message
-constexpr std::size_t longest_name = 255;  // of a file
+constexpr std::size_t bridge_piece = 6;       // the most bytes in one message
+constexpr std::size_t max_name_length = 255;  // of a file
 
 /// The two parameters of a message. Up to six bytes b0.. travel as b0 and b2 in `first`, b1, b3, b4
 /// and b5 in `second`, low byte first; the number of the message says how many.
@@ -43,7 +43,7 @@ std::array<std::uint8_t, bridge_piece + 1> bridge_unpack(BridgeParameters parame
 
 /// The messages that carry bytes, so many as fit in each, or a file's name behind one that clears
 /// the former; and the latter with the order to open that file. A name that is longer than
-/// longest_name would be opened nowhere.
+/// max_name_length would be opened nowhere.
 std::vector<BridgeMessage> bridge_pieces(std::uint32_t base, std::span<const std::uint8_t> data);
 std::vector<BridgeMessage> bridge_name_messages(std::string_view name);
 std::vector<BridgeMessage> bridge_open_messages(std::string_view name);

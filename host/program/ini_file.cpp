@@ -224,7 +224,7 @@ std::string load_ini(const std::string& path, std::string& text) {
     const auto kind = std::filesystem::status(path, ignored).type();
     if (kind == std::filesystem::file_type::not_found) return {};
     std::vector<std::uint8_t> content;
-    const std::string fault = read_file(path, longest_ini, content);
+    const std::string fault = read_file(path, max_ini_bytes, content);
     if (!fault.empty()) return path + ": " + fault;
     text.assign(content.begin(), content.end());
     return {};

@@ -33,10 +33,10 @@ void remove_ini_value(std::string& text, std::string_view section, std::string_v
 bool same_name(std::string_view a, std::string_view b);
 
 /// Bytes of a file: beyond it nobody means settings.
-constexpr std::size_t longest_ini = 1024 * 1024;
+constexpr std::size_t max_ini_bytes = 1024 * 1024;
 
-/// Reads the whole file, of longest_ini bytes at most; a file that isn't there is an empty one. The
-/// result is empty on success, else the path and what went wrong.
+/// Reads the whole file, of max_ini_bytes bytes at most; a file that isn't there is an empty one.
+/// The result is empty on success, else the path and what went wrong.
 std::string load_ini(const std::string& path, std::string& text);
 
 }  // namespace orvanel

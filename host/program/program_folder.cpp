@@ -99,8 +99,8 @@ std::string save_settings() {
     std::error_code ignored;
     if (ini == former && fs::exists(path, ignored)) return {};
     // The next start would refuse it.
-    if (ini.size() > longest_ini)
-        return "cannot save " + path + ": longer than " + std::to_string(longest_ini) + " bytes";
+    if (ini.size() > max_ini_bytes)
+        return "cannot save " + path + ": longer than " + std::to_string(max_ini_bytes) + " bytes";
     const std::vector<std::uint8_t> bytes(ini.begin(), ini.end());
     fault = replace_file(path, bytes, Backup::none);
     return fault.empty() ? "" : "cannot save " + path + ": " + fault;

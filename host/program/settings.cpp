@@ -31,7 +31,7 @@ constinit int lcd_polarizer = 0;
 constinit int lcd_backlight = 0;
 constinit int custom_dialog_x = 0;
 constinit int custom_dialog_y = 0;
-std::array<std::string, most_ports> port_devices;
+std::array<std::string, max_ports> port_devices;
 
 namespace {
 
@@ -39,7 +39,7 @@ constexpr std::string_view settings_section = "Orvanel42";
 constexpr std::string_view ports_section = "Ports";
 constexpr std::string_view view_section = "Orvanel42 View";
 constexpr std::string_view zoom_key = "zoom";
-constexpr int most_zoom_setting = 3;
+constexpr int max_zoom_setting = 3;
 
 constinit int zoom_setting = 1;  // the last zoom that the setting `zoom` can say
 constinit bool protocol_setting = true;
@@ -99,11 +99,11 @@ std::string protocol_text() {
 }
 
 void take_zoom(std::int32_t value) {
-    set_view_zoom(value >= 1 && value <= most_zoom_setting ? value : 1);
+    set_view_zoom(value >= 1 && value <= max_zoom_setting ? value : 1);
 }
 
 std::string zoom_text() {
-    return std::to_string(view_zoom > most_zoom_setting ? zoom_setting : view_zoom);
+    return std::to_string(view_zoom > max_zoom_setting ? zoom_setting : view_zoom);
 }
 
 void take_address(std::int32_t value) {
@@ -181,8 +181,8 @@ void take_settings(std::string_view ini, const std::string& folder) {
         setting.take(text.has_value() ? number_from(*text, setting.unread) : setting.otherwise);
     }
     const std::int32_t large = number_from(ini_value(ini, view_section, zoom_key).value_or(""), 0);
-    if (large > most_zoom_setting && large <= most_view_zoom) set_view_zoom(large);
-    for (int number = 1; number <= most_ports; ++number)
+    if (large > max_zoom_setting && large <= max_view_zoom) set_view_zoom(large);
+    for (int number = 1; number <= max_ports; ++number)
         port_devices[static_cast<std::size_t>(number - 1)] = port_device(ini, number, folder);
 }
 
@@ -190,7 +190,7 @@ void put_settings(std::string& ini) {
     for (const Setting& setting : settings)
         if (setting.kept == Kept::saved)
             set_ini_value(ini, settings_section, setting.key, setting.text());
-    if (view_zoom > most_zoom_setting)
+    if (view_zoom > max_zoom_setting)
         set_ini_value(ini, view_section, zoom_key, std::to_string(view_zoom));
     else
         remove_ini_value(ini, view_section, zoom_key);
@@ -198,7 +198,7 @@ void put_settings(std::string& ini) {
 
 void set_view_zoom(int zoom) {
     view_zoom = zoom;
-    if (zoom <= most_zoom_setting) zoom_setting = zoom;
+    if (zoom <= max_zoom_setting) zoom_setting = zoom;
 }
 
 void use_protocol(bool framed) {

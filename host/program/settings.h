@@ -43,7 +43,7 @@ extern int window_y;
 
 /// Window pixels for each dot of the skin, 1..8. The setting `zoom` knows 1 to 3 and keeps the last
 /// of these while the zoom is a larger one, which has a section of its own as long as it holds.
-constexpr int most_view_zoom = 8;
+constexpr int max_view_zoom = 8;
 extern int view_zoom;
 void set_view_zoom(int zoom);
 
@@ -71,8 +71,8 @@ extern int custom_dialog_y;
 
 /// What stands behind COM1 to COM8, as the user named it (docs/reference/settings.md): not yet
 /// checked, and empty where a name was left out behind the key. Never saved.
-constexpr int most_ports = 8;
-extern std::array<std::string, most_ports> port_devices;
+constexpr int max_ports = 8;
+extern std::array<std::string, max_ports> port_devices;
 
 /// Whether the text is empty or has a section of ours: any other belongs to somebody else.
 bool are_settings(std::string_view ini);

@@ -42,13 +42,13 @@ constinit std::optional<int> leading_port{};
 namespace {
 
 constexpr std::int64_t language_version = 1;
-constexpr std::int64_t most_version = 1000;
-constexpr std::int64_t longest_wait_ms = 1'000'000'000;
+constexpr std::int64_t max_version = 1000;
+constexpr std::int64_t max_wait_ms = 1'000'000'000;
 constexpr std::int64_t settle_ms = 60'000;
 constexpr std::int64_t await_ms = 5000;
 constexpr std::int64_t required = -1;
-constexpr std::int64_t most_id = 0xFFFF;  // of a menu item or a control
-constexpr std::int64_t least_pixel = -0x8000, most_pixel = 0x7FFF;
+constexpr std::int64_t max_id = 0xFFFF;  // of a menu item or a control
+constexpr std::int64_t min_pixel = -0x8000, max_pixel = 0x7FFF;
 
 constinit bool no_command_before = false;
 
@@ -218,21 +218,21 @@ constexpr Argument path{Take::path, 0, 0, required};
 constexpr Argument picture{Take::picture, 0, 0, required};
 constexpr Argument pbm_file{Take::file, 0, 0, required, ".pbm"};
 constexpr Argument bmp_file_name{Take::file, 0, 0, required, ".bmp"};
-constexpr Argument pixel{Take::pixel, least_pixel, most_pixel, required};
+constexpr Argument pixel{Take::pixel, min_pixel, max_pixel, required};
 constexpr Argument typed{Take::key, 0, 0, required};
-constexpr Argument control{Take::control, 0, most_id, 1};
+constexpr Argument control{Take::control, 0, max_id, 1};
 constexpr Argument png_file{Take::file, 0, 0, required, ".png"};
 constexpr Argument shown{Take::shown, 0, 0, required};
-constexpr Argument ms{Take::number, 0, longest_wait_ms, required};
-constexpr Argument ms_or_60000{Take::number, 0, longest_wait_ms, settle_ms};
+constexpr Argument ms{Take::number, 0, max_wait_ms, required};
+constexpr Argument ms_or_60000{Take::number, 0, max_wait_ms, settle_ms};
 constexpr Argument dot{Take::dot, 0, 0, required};
 constexpr Argument place{Take::place, 0, 255, 0};
 constexpr Argument three_hex{Take::message, 0, 0, required};
 constexpr Argument setting_name{Take::word, 0, 0, required};
 constexpr Argument target{Take::target, 0, 255, required};
-constexpr Argument lasting{Take::lasting, 0, longest_wait_ms, 0};
+constexpr Argument lasting{Take::lasting, 0, max_wait_ms, 0};
 constexpr Argument goal{Take::goal, 0, 255, required};
-constexpr Argument within{Take::within, 0, longest_wait_ms, await_ms};
+constexpr Argument within{Take::within, 0, max_wait_ms, await_ms};
 
 constexpr Argument number(std::int64_t most) { return {Take::number, 0, most, required}; }
 
@@ -242,10 +242,10 @@ constexpr Argument number_or(std::int64_t otherwise, std::int64_t most) {
 
 // clang-format off
 constexpr ScenarioCommand commands[]{
-    {"scenario",       "1",                                {number(most_version)},   check_version},
+    {"scenario",       "1",                                {number(max_version)},   check_version},
     {"send",           "BYTES",                            {bytes},                  send},
     {"answers",        "",                                 {},                       print_answers},
-    {"port",           "N",                                {number(most_com_ports)}, port},
+    {"port",           "N",                                {number(max_com_ports)}, port},
     {"protocol",       "0 or 1",                           {number(1)},              protocol},
     {"line",           "BYTES",                            {bytes},                  line},
     {"line-answers",   "",                                 {},                       print_line_sent},
@@ -261,7 +261,7 @@ constexpr ScenarioCommand commands[]{
     {"mouse-move",     "PX PY",                           {pixel},                 mouse_move_command},
     {"mouse-up",       "PX PY",                           {pixel},                 mouse_up_command},
     {"key",            "TEXT",                            {typed},                 key_command},
-    {"menu",           "ID",                              {number(most_id)},       menu_item_command},
+    {"menu",           "ID",                              {number(max_id)},       menu_item_command},
     {"drop",           "PATH PX PY",                      {path, pixel},           drop_command},
     {"open",           "PATH [X Y]",                       {path, place},            open},
     {"feed",           "PATH",                             {path},                   feed},
@@ -295,7 +295,7 @@ constexpr ScenarioCommand commands[]{
     {"outline",        "FILE.pbm",                        {pbm_file},              save_outline_command},
     {"geometry",       "",                                {},                      print_geometry},
     {"setting",        "KEY",                              {setting_name},          print_setting},
-    {"mark",           "ID",                              {number(most_id)},       print_mark},
+    {"mark",           "ID",                              {number(max_id)},       print_mark},
     {"bridge",         "NUMBER FIRST SECOND",             {three_hex},             bridge},
 };
 // clang-format on

@@ -9,8 +9,8 @@ namespace orvanel {
 
 namespace {
 
-constexpr int most_columns = 60;  // characters of each drawing
-constexpr int most_rows = 20;
+constexpr int max_columns = 60;  // characters of each drawing
+constexpr int max_rows = 20;
 constexpr std::size_t bytes_shown = 32;  // of each string
 constexpr std::size_t bytes_before = 8;  // of them before the first difference
 
@@ -24,8 +24,8 @@ std::string dots_of_row(const BitPlane& picture, int y, int x1, int x2) {
 std::string place(int x, int y) { return std::to_string(x) + ", " + std::to_string(y); }
 
 std::string drawing(const Difference& d, const BitPlane& expected, const BitPlane& actual) {
-    const int x2 = std::min(d.x2, d.x1 + most_columns - 1);
-    const int y2 = std::min(d.y2, d.y1 + most_rows - 1);
+    const int x2 = std::min(d.x2, d.x1 + max_columns - 1);
+    const int y2 = std::min(d.y2, d.y1 + max_rows - 1);
     std::string head = "expected";
     head.resize(std::max<std::size_t>(head.size(), static_cast<std::size_t>(x2 - d.x1 + 1)), ' ');
     std::string text = "\n    " + head + "   actual";

@@ -21,7 +21,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t longest_line = std::size_t{1} << 20;  // bytes
+constexpr std::size_t max_line_bytes = std::size_t{1} << 20;  // bytes
 constexpr std::string_view standard_input = "-";
 
 constinit int input_fd = -1;
@@ -79,10 +79,10 @@ void run_commands() {
             run_line(line);
         } else if (input_ended) {
             end_scenario();
-        } else if (input.size() > longest_line) {
+        } else if (input.size() > max_line_bytes) {
             ++scenario_line;
             report_fault(wrong_line,
-                         "the line is longer than " + std::to_string(longest_line) + " bytes");
+                         "the line is longer than " + std::to_string(max_line_bytes) + " bytes");
             end_scenario();
         } else if (wait_for_scenario_input(input_fd)) {
             read_input();
@@ -123,7 +123,7 @@ void close_scenario() {
 }
 
 void run_leading_lines() {
-    while (!scenario_ended() && input_fd >= 0 && input.size() <= longest_line) {
+    while (!scenario_ended() && input_fd >= 0 && input.size() <= max_line_bytes) {
         const bool whole = std::find(input.begin(), input.end(), '\n') != input.end();
         if (whole || (input_ended && !input.empty())) {
             std::string line;

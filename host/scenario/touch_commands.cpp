@@ -14,7 +14,7 @@ namespace orvanel {
 namespace {
 
 constexpr std::int64_t seen_ms = 5000;  // how long the module has to look at the finger
-constexpr int smallest_move = 2;        // dots on one axis: the module sees no smaller one
+constexpr int min_move = 2;             // dots on one axis: the module sees no smaller one
 
 void fail(const std::string& fault) { report_fault(expectation_failed, fault); }
 
@@ -103,8 +103,7 @@ void drag_command(const Arguments& a) {
     }
     const Dot to = found.to, from = found.from.value_or(to);
     press(from);
-    if (std::abs(from.x - to.x) >= smallest_move || std::abs(from.y - to.y) >= smallest_move)
-        then_move(to);
+    if (std::abs(from.x - to.x) >= min_move || std::abs(from.y - to.y) >= min_move) then_move(to);
     then_lift();
 }
 

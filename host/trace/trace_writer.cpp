@@ -19,17 +19,17 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t most_kept = 4096;      // bytes of one command
-constexpr std::size_t most_shown = 64;       // bytes in a line of text
-constexpr std::size_t most_text_bytes = 64;  // of terminal text to a line
-constexpr std::size_t most_faults = 20;
+constexpr std::size_t max_kept_bytes = 4096;  // bytes of one command
+constexpr std::size_t max_shown_bytes = 64;   // bytes in a line of text
+constexpr std::size_t max_text_bytes = 64;    // of terminal text to a line
+constexpr std::size_t max_faults = 20;
 
 /// What one line is made of: a command, or a stretch of text for the terminal.
 struct Step {
     bool open;
     bool is_text;
     ByteSource source;
-    std::vector<std::uint8_t> bytes;  // the first most_kept of `count`
+    std::vector<std::uint8_t> bytes;  // the first max_kept_bytes of `count`
     std::size_t count;
     std::string letters;
     std::vector<int> parameters;
@@ -128,7 +128,7 @@ bool as_text(std::span<const std::uint8_t>& raw) {
 }
 
 std::string shown_bytes(const Step& step) {
-    const auto shown = std::span(step.bytes).first(std::min(step.bytes.size(), most_shown));
+    const auto shown = std::span(step.bytes).first(std::min(step.bytes.size(), max_shown_bytes));
     std::string text = hex_of(shown, " ");
     if (step.count > shown.size()) text += " ... (" + std::to_string(step.count) + " bytes)";
     return text;
@@ -138,7 +138,7 @@ std::string raw_words(const Step& step) {
     auto raw = raw_bytes(step);
     if (raw.empty()) return "";
     const std::size_t all = step.count - step.raw_start;
-    if (as_text(raw) && all <= most_shown) return ' ' + quoted(raw);
+    if (as_text(raw) && all <= max_shown_bytes) return ' ' + quoted(raw);
     return " + " + std::to_string(all) + (all == 1 ? " byte" : " bytes");
 }
 
@@ -184,7 +184,7 @@ std::string json_line(const Step& step) {
 void keep_fault(const Step& step) {
     if (!running->options.strict || step.remarks.empty()) return;
     ++running->fault_count;
-    if (running->faults.size() < most_faults) running->faults.push_back(text_line(step));
+    if (running->faults.size() < max_faults) running->faults.push_back(text_line(step));
 }
 
 void flush_answer() {
@@ -212,7 +212,7 @@ void flush_text() {
 }
 
 void add_byte(Step& step, std::uint8_t byte) {
-    if (step.bytes.size() < most_kept) step.bytes.push_back(byte);
+    if (step.bytes.size() < max_kept_bytes) step.bytes.push_back(byte);
     ++step.count;
 }
 
@@ -230,7 +230,7 @@ bool same(const ByteSource& a, const ByteSource& b) {
 
 void take_text(std::uint8_t byte) {
     const Step& step = running->step;
-    if (!step.is_text || !same(step.source, running->last_source) || step.count == most_text_bytes)
+    if (!step.is_text || !same(step.source, running->last_source) || step.count == max_text_bytes)
         begin_step(true);
     add_byte(running->step, byte);
 }

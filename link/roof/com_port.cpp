@@ -162,8 +162,8 @@ void let_last_bytes_out() {
 /// Drops what waits to be read: the next line may be the same device. A peer that sends on and on
 /// doesn't hold us.
 void com_drain_input() {
-    constexpr int most_reads = 20;
-    for (int i = 0; i < most_reads && com_queued_in() > 0; ++i)
+    constexpr int max_reads = 20;
+    for (int i = 0; i < max_reads && com_queued_in() > 0; ++i)
         serial_read(line, in_block);
 }
 
@@ -195,7 +195,7 @@ void take_handed_line() {
 std::int64_t time_10ms() { return clock_ms() / 10; }
 
 void com_select(int port, std::int32_t baud) {
-    assert(port >= 0 && port <= most_com_ports);
+    assert(port >= 0 && port <= max_com_ports);
     const int former = com_port.load();
     if (port == former) {
         if (baud == com_baud.load()) return;

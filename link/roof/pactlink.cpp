@@ -24,8 +24,8 @@ constinit bool sound = false;  // the checksum was right
 
 constexpr std::uint8_t start_and_length = 2;
 constexpr std::uint8_t upper_case = 0xDF;  // mask: a lower-case letter counts as its upper-case one
-constexpr int most_told_waiting = 128;     // the command I tells no more than these
-constexpr int most_told_room = 250;
+constexpr int max_reported_waiting = 128;  // the command I tells no more than these
+constexpr int max_reported_room = 250;
 
 bool is_start(std::uint8_t byte) { return byte == frame_data || byte == frame_control; }
 
@@ -101,7 +101,7 @@ std::span<const std::uint8_t> answer_waiting() {
 void set_parameters() {
     constexpr std::uint8_t whole = 3;
     if (length < whole) return;
-    packet_size.store(std::min<std::uint8_t>(payload[1], most_answer));
+    packet_size.store(std::min<std::uint8_t>(payload[1], max_answer));
     frame_timeout_reload.store(payload[2]);
 }
 
@@ -109,14 +109,14 @@ void set_parameters() {
 std::span<const std::uint8_t> control_action() {
     switch (length == 0 ? 0 : payload[0] & upper_case) {
     case 'I':
-        return answer_values({std::min(tx_count(), most_told_waiting),
-                              std::min(pipe_size - rx_count(), most_told_room)});
+        return answer_values({std::min(tx_count(), max_reported_waiting),
+                              std::min(pipe_size - rx_count(), max_reported_room)});
     case 'D':
         set_parameters();
         return {};
     case 'P':
         return answer_values(
-            {static_cast<int>(most_answer), packet_size.load(), frame_timeout_reload.load()});
+            {static_cast<int>(max_answer), packet_size.load(), frame_timeout_reload.load()});
     case 'R':
         return last_answer();
     case 'S':
@@ -198,7 +198,7 @@ LinkRest framed_turn() {
     if (queued < 0) return LinkRest::fault;
     // As in a plain turn: bytes behind a change of protocol go the new way.
     if (queued > 0 && !protocol_on.load()) return LinkRest::none;
-    std::array<std::uint8_t, most_answer + 3> bytes;
+    std::array<std::uint8_t, max_answer + 3> bytes;
     if (queued > 0) {
         const auto most = std::min(bytes.size(), static_cast<std::size_t>(queued));
         const int got = com_read(std::span(bytes).first(most));

@@ -17,12 +17,12 @@ constexpr std::uint8_t frame_data = 0x11;     // start bytes
 constexpr std::uint8_t frame_control = 0x12;  //
 constexpr std::uint8_t frame_ack = 0x06;      // answers of one byte
 constexpr std::uint8_t frame_nak = 0x15;      //
-constexpr std::size_t most_answer = 64;       // payload bytes of an answer frame
+constexpr std::size_t max_answer = 64;        // payload bytes of an answer frame
 
 /// The answer frame built last, whole, and its length byte. It stays for the command R until the
 /// next one is built, whatever comes between. Zeros at program start.
 struct AnswerFrame {
-    std::array<std::uint8_t, most_answer + 3> bytes;
+    std::array<std::uint8_t, max_answer + 3> bytes;
     std::uint8_t payload_length;
 };
 extern AnswerFrame answer_frame;

@@ -60,8 +60,8 @@ Bytes image_from(Input input) {
 }
 
 void check_text(const std::vector<std::string>& findings) {
-    constexpr std::size_t most_findings = 1001;
-    check(findings.size() <= most_findings);
+    constexpr std::size_t max_findings = 1001;
+    check(findings.size() <= max_findings);
     for (const std::string& finding : findings)
         for (const char c : finding)
             check(static_cast<unsigned char>(c) >= ' ' && c != '\x7F');

@@ -33,11 +33,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace orvanel {
 namespace {
 
-constexpr std::size_t most_peers = 18;  // a few more than are held
-constexpr std::size_t most_held = 16;
-constexpr std::size_t most_queued = 300;  // messages of a peer
-constexpr int most_turns = 1000;          // of the program, for what can be done at once
-constexpr int rest_ms = 20;               // it looks again after less
+constexpr std::size_t max_peers = 18;  // a few more than are held
+constexpr std::size_t max_held = 16;
+constexpr std::size_t max_queued = 300;  // messages of a peer
+constexpr int max_turns = 1000;          // of the program, for what can be done at once
+constexpr int rest_ms = 20;              // it looks again after less
 
 struct Peer {
     int fd;
@@ -71,7 +71,7 @@ void open_once() {
 
 /// Serves until nothing is left to be done at once; that it ever is so is the point.
 void serve(int wait_ms) {
-    for (int turn = 0; turn < most_turns; ++turn) {
+    for (int turn = 0; turn < max_turns; ++turn) {
         pollfd ready{instance_fd(), POLLIN, 0};
         if (poll(&ready, 1, wait_ms) == 0) return;
         serve_instance();
@@ -135,7 +135,7 @@ void queue_message(Peer& peer, std::uint8_t kind, std::uint8_t count) {
                                                   bridge_take_key,   0xFFFFFFFF};
     const std::uint32_t number =
         kind % 12 < bridge_piece ? bridge_send + 1 + kind % 12 : others[kind % 12 - bridge_piece];
-    for (int i = 0; i <= count && peer.queued.size() < most_queued; ++i)
+    for (int i = 0; i <= count && peer.queued.size() < max_queued; ++i)
         peer.queued.push_back({number, {kind, count}});
 }
 
@@ -149,14 +149,14 @@ void hang_up(Peer& peer) {
 
 /// Both sides are this thread, so no peer may wait for an answer before it goes on.
 void connect_peer() {
-    if (peers.size() == most_peers) return;
+    if (peers.size() == max_peers) return;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     read_lock(folder).socket.copy(address.sun_path, sizeof address.sun_path - 1);
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     check(connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0);
     peers.push_back({fd, {}, 0, {}, {}, false, false});
-    crowded = crowded || peers.size() > most_held;
+    crowded = crowded || peers.size() > max_held;
 }
 
 /// One comes while no descriptor is free.

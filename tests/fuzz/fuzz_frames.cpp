@@ -32,8 +32,8 @@ std::vector<std::uint8_t> take_some(std::span<const std::uint8_t>& steps, std::s
 void check_words() {
     const FrameProgress progress = frame_progress.load();
     check(progress.state >= FrameState::start && progress.state <= FrameState::sum);
-    check(packet_size <= most_answer);
-    check(answer_frame.payload_length <= most_answer);
+    check(packet_size <= max_answer);
+    check(answer_frame.payload_length <= max_answer);
     check(rx_count() <= pipe_size);
 }
 
@@ -90,7 +90,7 @@ void take_step(std::span<const std::uint8_t>& steps) {
         choose_protocol(n % 4 != 0);
         return;
     case 6:
-        com_select(1 + n % most_com_ports, 9600);
+        com_select(1 + n % max_com_ports, 9600);
         return;
     case 7:
         fake_line.cts = n % 2;

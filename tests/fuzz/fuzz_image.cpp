@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 /// The input: size of the image, kind of the reset, length of the stream, the stream, the image.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvanel;
-    constexpr long most_bytes = 2000;
+    constexpr long max_bytes = 2000;
     if (size < 3) return 0;
     const std::span input(data, size);
     const auto rest = input.subspan(3);
@@ -26,10 +26,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fresh_module();
     eeprom_reset_to((input[0] & 1) != 0 ? eeprom_large : eeprom_small, rest.subspan(stream.size()));
     reset_kind = input[1] & 3;
-    run_stream(stream, most_bytes);
+    run_stream(stream, max_bytes);
     for (int i = 0; i < 2; ++i) {
         firmware_tick();
-        run_stream(stream, most_bytes);
+        run_stream(stream, max_bytes);
     }
     if (macro_depth > max_macro_depth) std::abort();
     return 0;

@@ -29,7 +29,7 @@
 namespace orvanel {
 namespace {
 
-constexpr long most_bytes = 20'000;
+constexpr long max_bytes = 20'000;
 
 void put_record(std::vector<std::uint8_t>& image, std::size_t at, std::size_t offset,
                 std::size_t length) {
@@ -150,7 +150,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         if (steps.empty()) shutdown_requested = true;
         take_step(steps);
     };
-    fake_platform.byte_alarm = fake_platform.bytes_spent + most_bytes;
+    fake_platform.byte_alarm = fake_platform.bytes_spent + max_bytes;
     fake_platform.on_byte_alarm = [] { shutdown_requested = true; };
     run_firmware();
     check_empty_rows();

@@ -17,17 +17,17 @@ void fresh_module() {
     eeprom_reset_to(eeprom_small, {});
 }
 
-void run_stream(std::span<const std::uint8_t> stream, long most_bytes) {
+void run_stream(std::span<const std::uint8_t> stream, long max_bytes) {
     shutdown_requested = false;
     fake_platform.on_sleep = [&stream] {
-        constexpr std::size_t most_at_once = low_mark;
+        constexpr std::size_t max_at_once = low_mark;
         if (rx_count() > 0) return;
         if (stream.empty()) shutdown_requested = true;
-        const auto next = stream.first(std::min(stream.size(), most_at_once));
+        const auto next = stream.first(std::min(stream.size(), max_at_once));
         rx_pipe_put_block(next);
         stream = stream.subspan(next.size());
     };
-    fake_platform.byte_alarm = fake_platform.bytes_spent + most_bytes;
+    fake_platform.byte_alarm = fake_platform.bytes_spent + max_bytes;
     fake_platform.on_byte_alarm = [] { shutdown_requested = true; };
     run_firmware();
     fake_platform.on_sleep = fake_platform.on_byte_alarm = nullptr;

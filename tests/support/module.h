@@ -11,7 +11,7 @@ namespace orvanel {
 void fresh_module();
 
 /// Resets the module, feeds it the whole stream and lets it run until it is idle, or has taken
-/// `most_bytes` in an endless macro; then ends it. What outlives a reset stays from the run before.
-void run_stream(std::span<const std::uint8_t> stream, long most_bytes = 10'000'000);
+/// `max_bytes` in an endless macro; then ends it. What outlives a reset stays from the run before.
+void run_stream(std::span<const std::uint8_t> stream, long max_bytes = 10'000'000);
 
 }  // namespace orvanel

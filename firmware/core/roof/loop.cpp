@@ -18,9 +18,9 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::uint8_t most_idle_passes = 255;
+constexpr std::uint8_t max_idle_passes = 255;
 
-/// Passes at macro depth 0 since the reset; stops at most_idle_passes.
+/// Passes at macro depth 0 since the reset; stops at max_idle_passes.
 constinit std::uint8_t idle_passes = 0;
 
 /// Starts the lowest process macro that is due, one in a pass. True if another one stays due.
@@ -46,7 +46,7 @@ bool auto_macro_due() { return auto_macro_mode.load() != 0 && auto_macro_timer.l
 /// is due next waits for the next pass, for which nobody wakes us.
 Idle background_work() {
     if (macro_depth > 0) return Idle::until_woken;
-    if (idle_passes < most_idle_passes) ++idle_passes;
+    if (idle_passes < max_idle_passes) ++idle_passes;
     terminal_blink();
     poll_touch();
     const bool process_left = start_due_process();

@@ -47,7 +47,7 @@ constinit bool is_on_top = false;
 constinit std::optional<Outline> outline{};  // none: the frame
 constinit bool shown = false;
 constinit bool fits_later = false;  // to its content, as soon as the window system lets it
-constexpr int longest_reframing_ms = 500;
+constexpr int max_reframing_ms = 500;
 constinit bool is_reframed = false;  // the window manager may be about to change the frame
 constinit QPoint client_wanted{};    // where the client area stays meanwhile
 constinit QPoint frame_corner{};  // of the frame, from the client area; of the last frame there was
@@ -104,7 +104,7 @@ void take_shape() {
     if (has_frame() == had_frame || !can_place_windows()) return;
     is_reframed = true;
     client_wanted = client;
-    QTimer::singleShot(longest_reframing_ms, main_window, [] { is_reframed = false; });
+    QTimer::singleShot(max_reframing_ms, main_window, [] { is_reframed = false; });
 }
 
 void take_scale() {

@@ -107,7 +107,7 @@ void close_window() {
 
 void sleep_ms(int ms) { real_sleep_ms(ms); }
 
-void sleep_until_woken(int) { real_sleep_until_woken(most_idle_ms); }
+void sleep_until_woken(int) { real_sleep_until_woken(max_idle_ms); }
 
 void wake_firmware() { real_wake_firmware(); }
 

@@ -12,7 +12,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr int most_jobs = 256;
+constexpr int max_jobs = 256;
 
 TakeValue takes_file(TraceOptions& trace, TraceForm form) {
     return [&trace, form](const std::string& file) {
@@ -94,7 +94,7 @@ std::vector<Option> options_into(Options& options) {
          .place = &options.jobs,
          .help = "Run N scenarios side by side",
          .value_name = "N",
-         .range = {1, most_jobs}},
+         .range = {1, max_jobs}},
         {.names = "--commands",
          .place = &options.commands,
          .help = "Print the reference of the module's command language and end"},

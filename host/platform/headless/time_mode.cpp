@@ -56,7 +56,7 @@ void sleep_in_real_time(int ms) {
 void idle_in_real_time(int /*ms*/) {
     note_real_sleep();
     firmware_sleeps();
-    real_sleep_until_woken(most_idle_ms);
+    real_sleep_until_woken(max_idle_ms);
     firmware_wakes();
 }
 

@@ -27,7 +27,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t most_clients = 16;
+constexpr std::size_t max_clients = 16;
 constexpr std::size_t messages_at_once = 64;  // of a connection, so that the others get their turn
 constexpr int rest_ms = 10;                   // before a connection that waits is looked at again
 
@@ -43,15 +43,15 @@ struct Client {
 };
 
 // What epoll says has happened: the index of a client, or one of these.
-constexpr std::uint32_t listener_event = most_clients;
-constexpr std::uint32_t rest_event = most_clients + 1;
+constexpr std::uint32_t listener_event = max_clients;
+constexpr std::uint32_t rest_event = max_clients + 1;
 
 std::string socket_path;  // empty while no messages are taken
 constinit bool window_is_there = false;
 constinit int epoll_fd = -1;
 constinit int listener = -1;
 constinit int rest_timer = -1;
-constinit std::array<Client, most_clients> clients{};
+constinit std::array<Client, max_clients> clients{};
 constinit int companion = -1;  // the client that made itself known last, -1 none
 
 std::string system_message() { return std::generic_category().message(errno); }
@@ -101,7 +101,7 @@ bool bind_listener(const std::string& path) {
     if (listener < 0) return false;
     unlink(path.c_str());  // who has left it is gone, or we had no lock
     return bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-           listen(listener, most_clients) == 0;
+           listen(listener, max_clients) == 0;
 }
 
 void rest() {
@@ -264,7 +264,7 @@ std::string open_instance(bool has_window) {
 int instance_fd() { return epoll_fd; }
 
 void serve_instance() {
-    std::array<epoll_event, most_clients + 2> events{};
+    std::array<epoll_event, max_clients + 2> events{};
     const int n = epoll_wait(epoll_fd, events.data(), static_cast<int>(events.size()), 0);
     for (int i = 0; i < n; ++i) {
         const std::uint32_t event = events[static_cast<std::size_t>(i)].data.u32;

@@ -143,10 +143,10 @@ BridgeMessage message_of(std::span<const std::uint8_t> bytes) {
 bool ask_instance(int connection, std::span<const BridgeMessage> messages,
                   std::span<std::uint32_t> answers, Patience patience) {
     // So many at once that neither side ever waits for the other to read.
-    constexpr std::size_t most_at_once = 64;
+    constexpr std::size_t max_at_once = 64;
     std::fill(answers.begin(), answers.end(), 0U);
     while (!messages.empty()) {
-        const std::size_t n = std::min(messages.size(), most_at_once);
+        const std::size_t n = std::min(messages.size(), max_at_once);
         std::vector<std::uint8_t> bytes;
         for (const BridgeMessage& message : messages.first(n)) {
             const auto packed = message_bytes(message);
@@ -169,7 +169,7 @@ HandOver hand_over(const std::string& folder, const std::string& file, Deadline 
     const int connection = connect_to_instance(folder, end, fault);
     if (connection < 0) return HandOver::nobody;
     std::vector<BridgeMessage> messages{{instance_activate, {0, 0}}};
-    if (!file.empty() && file.size() <= longest_name)
+    if (!file.empty() && file.size() <= max_name_length)
         for (const BridgeMessage& message : bridge_open_messages(file))
             messages.push_back(message);
     std::vector<std::uint32_t> answers(messages.size());
@@ -182,9 +182,9 @@ HandOver hand_over(const std::string& folder, const std::string& file, Deadline 
     if (!has_window)
         fault = folder + " is in use by a program without a window (process " +
                 read_lock(folder).process + ")";
-    else if (file.size() > longest_name)
+    else if (file.size() > max_name_length)
         fault = "the path is too long to be handed to the program that runs already, " +
-                std::to_string(longest_name) + " bytes at most: " + file;
+                std::to_string(max_name_length) + " bytes at most: " + file;
     else
         return HandOver::done;
     return HandOver::failed;

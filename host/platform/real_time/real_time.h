@@ -21,7 +21,7 @@ std::int64_t real_clock_ms();
 void real_sleep_ms(int ms);
 
 /// How long an idle firmware sleeps at a time. Whatever it has to see wakes it before.
-constexpr int most_idle_ms = 1000;
+constexpr int max_idle_ms = 1000;
 
 /// As real_sleep_ms, but real_wake_firmware ends it too.
 void real_sleep_until_woken(int ms);

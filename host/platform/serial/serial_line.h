@@ -13,7 +13,7 @@
 
 namespace orvanel {
 
-constexpr int most_serial_ports = 8;
+constexpr int max_serial_ports = 8;
 
 /// Makes the wake ready. Before anything else here but the setters; false if the system has no
 /// descriptor left.

@@ -12,7 +12,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr int highest_tcp_port = 65535;
+constexpr int max_tcp_port = 65535;
 constexpr std::string_view loopback = "127.0.0.1";
 constexpr std::string_view pty_prefix = "pty:";
 constexpr std::string_view tcp_prefix = "tcp:";
@@ -47,7 +47,7 @@ std::string parse_tcp(std::string_view text, SerialName& name) {
     name.host = host;
     if (!is_address(name.host))
         return "\"" + name.host + "\" is no address in digits, such as 127.0.0.1 or [::1]";
-    const std::optional<int> port = number_of(text, highest_tcp_port);
+    const std::optional<int> port = number_of(text, max_tcp_port);
     if (!port) return "\"" + std::string{text} + "\" is no port number, 0 to 65535";
     name.port = *port;
     return {};

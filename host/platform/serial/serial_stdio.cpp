@@ -17,7 +17,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t most_ahead = 4096;
+constexpr std::size_t max_ahead = 4096;
 
 // A pipe that takes anything at all takes as much at once.
 constexpr std::size_t piece = PIPE_BUF;
@@ -43,7 +43,7 @@ bool passing(int fault) { return fault == EAGAIN || fault == EINTR; }
 
 void read_ahead(StdioLine& line) {
     if (line.in < 0 || !line.ahead.empty() || poll_now(line.in, POLLIN) == 0) return;
-    line.ahead.resize(most_ahead);
+    line.ahead.resize(max_ahead);
     const ssize_t bytes = ::read(line.in, line.ahead.data(), line.ahead.size());
     line.ahead.resize(static_cast<std::size_t>(std::max<ssize_t>(bytes, 0)));
     if (bytes == 0 || (bytes < 0 && !passing(errno))) end(line.in);

@@ -22,7 +22,7 @@
 namespace {
 
 constexpr int failed = 1;
-constexpr int most_quiet_ms = 3'600'000;
+constexpr int max_quiet_ms = 3'600'000;
 
 struct Options {
     std::string folder;
@@ -75,7 +75,7 @@ std::vector<orvanel::Option> options_into(Options& options) {
          .place = &options.quiet_ms,
          .help = "How long that while is, 500 ms if not given",
          .value_name = "MS",
-         .range = {1, most_quiet_ms}},
+         .range = {1, max_quiet_ms}},
         {.names = "--hex",
          .place = &options.hex,
          .help = "Print answers as hexadecimal digits, not as text"},
@@ -124,8 +124,8 @@ int run(int argc, char** argv) {
         take_bytes(rest, talk.bytes);
     }
     if (!options.file.empty()) talk.file = std::filesystem::absolute(options.file).string();
-    if (talk.file.size() > longest_name) {
-        tell_error("the path is too long, " + std::to_string(longest_name) +
+    if (talk.file.size() > max_name_length) {
+        tell_error("the path is too long, " + std::to_string(max_name_length) +
                    " bytes at most: " + talk.file);
         return failed;
     }

@@ -22,9 +22,9 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr int look_ms = 20;              // between two looks at what the module has to say
-constexpr std::size_t most_input = 384;  // 64 messages
-constexpr std::size_t most_taken = 256;  // bytes fetched in one go, 64 messages
+constexpr int look_ms = 20;             // between two looks at what the module has to say
+constexpr std::size_t max_input = 384;  // 64 messages
+constexpr std::size_t max_taken = 256;  // bytes fetched in one go, 64 messages
 
 constinit int stop_fd = -1;
 constinit bool printed = false;    // something, so that the end needs a new line
@@ -104,7 +104,7 @@ bool take_all(const Talk& talk, bool& got) {
     const BridgeMessage question{bridge_status, {0, own_window()}};
     std::uint32_t status = 0;
     if (!ask(talk.connection, {&question, 1}, {&status, 1})) return false;
-    const std::uint32_t count = std::min<std::uint32_t>(status & 0xFFFFFF, most_taken);
+    const std::uint32_t count = std::min<std::uint32_t>(status & 0xFFFFFF, max_taken);
     got = count > 0;
     if (count > 0 && !take_answers(talk, count)) return false;
     // A script wants answers; keys stay for a companion that shows them.
@@ -113,7 +113,7 @@ bool take_all(const Talk& talk, bool& got) {
 
 /// Sends what has come on standard input, if anything. `ended` says that no more will come.
 bool send_input(const Talk& talk, bool& ended) {
-    std::array<std::uint8_t, most_input> bytes{};
+    std::array<std::uint8_t, max_input> bytes{};
     const ssize_t n = read(STDIN_FILENO, bytes.data(), bytes.size());
     ended = n <= 0;
     if (ended) return true;

@@ -21,8 +21,8 @@ constexpr int light_slider = 6040;
 constexpr int cancel_button = 6051;
 constexpr int ok_button = 60052;
 
-constexpr std::uint8_t level_full = 1;   // how backlight_light says 100 percent
-constexpr std::uint8_t least_level = 3;  // what is darker counts as off
+constexpr std::uint8_t level_full = 1;  // how backlight_light says 100 percent
+constexpr std::uint8_t min_level = 3;   // what is darker counts as off
 
 // clang-format off
 constexpr Control controls[]{
@@ -62,7 +62,7 @@ void show_choice() {
 
 void move_slider(int position) {
     slider_position = position;
-    const std::uint8_t percent = position < least_level ? std::uint8_t{0} : low8(position);
+    const std::uint8_t percent = position < min_level ? std::uint8_t{0} : low8(position);
     set_backlight_level(position == slider_end ? level_full : percent);
     show_choice();
 }

@@ -136,7 +136,7 @@ std::span<const Shortcut> shortcuts() { return keys; }
 bool is_menu_item(int id) { return row_of(id) != std::end(rows); }
 
 void menu_mark_view() {
-    mark_one(item_zoom, most_menu_zoom, view_zoom - 1);
+    mark_one(item_zoom, max_menu_zoom, view_zoom - 1);
     mark(item_rotate, view_rotated);
     mark(item_frame, show_frame);
     mark(item_on_top, always_on_top);
@@ -144,7 +144,7 @@ void menu_mark_view() {
     mark_one(item_model, custom_model + 1, skin_model);
 }
 
-void menu_mark_port() { mark_one(item_port, most_com_ports + 1, com_port.load()); }
+void menu_mark_port() { mark_one(item_port, max_com_ports + 1, com_port.load()); }
 
 void menu_mark_baud() {
     const auto* const found = std::ranges::find(menu_bauds, com_baud.load());

@@ -46,7 +46,7 @@ constexpr int item_about = 520;
 
 constexpr std::array<std::int32_t, 8> menu_bauds{1200,  2400,  4800,  9600,
                                                  19200, 38400, 57600, 115200};
-constexpr int most_menu_zoom = 3;
+constexpr int max_menu_zoom = 3;
 
 /// The menu bar, top level first: "&File" ... its rows ... end, "&View" ...
 std::span<const MenuRow> menu_rows();

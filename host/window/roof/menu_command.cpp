@@ -58,7 +58,7 @@ void choose_zoom(int zoom) {
 
 void zoom_from_menu(int which) { choose_zoom(which + 1); }
 
-void zoom_from_key(int which) { choose_zoom(most_menu_zoom + 1 + which); }
+void zoom_from_key(int which) { choose_zoom(max_menu_zoom + 1 + which); }
 
 void rotate(int /*which*/) {
     view_rotated = !view_rotated;
@@ -125,7 +125,7 @@ struct Action {
     void (*run)(int which);
 };
 
-constexpr int most_zoom_key = menu_zoom + most_view_zoom;
+constexpr int max_zoom_key = menu_zoom + max_view_zoom;
 
 // clang-format off
 constexpr Action actions[]{
@@ -135,20 +135,20 @@ constexpr Action actions[]{
     {item_clipboard, item_clipboard,                  copy_display},
     {item_terminal,  item_terminal,                   show_terminal},
     {item_exit,      item_exit,                       leave},
-    {item_zoom,      item_zoom + most_menu_zoom - 1,  zoom_from_menu},
+    {item_zoom,      item_zoom + max_menu_zoom - 1,  zoom_from_menu},
     {item_rotate,    item_rotate,                     rotate},
     {item_frame,     item_frame,                      switch_frame},
     {item_on_top,    item_on_top,                     switch_on_top},
     {item_panel,     item_panel,                      switch_panel},
     {item_model,     item_model + custom_model - 1,   choose_model},
     {item_model + custom_model, item_model + custom_model, choose_own_model},
-    {item_port,      item_port + most_com_ports,      choose_port},
+    {item_port,      item_port + max_com_ports,      choose_port},
     {item_baud,      item_baud + std::ssize(menu_bauds) - 1, choose_baud},
     {item_protocol,  item_protocol,                   switch_protocol},
     {item_beep,      item_beep,                       switch_beep},
     {item_help,      item_help,                       help},
     {item_about,     item_about,                      about},
-    {menu_zoom + most_menu_zoom + 1, most_zoom_key,   zoom_from_key},
+    {menu_zoom + max_menu_zoom + 1, max_zoom_key,   zoom_from_key},
 };
 // clang-format on
 
@@ -162,7 +162,7 @@ void menu_command(int id) {
 }
 
 void zoom_by_wheel(int steps) {
-    if (!box_is_open()) choose_zoom(std::clamp(view_zoom + steps, 1, most_view_zoom));
+    if (!box_is_open()) choose_zoom(std::clamp(view_zoom + steps, 1, max_view_zoom));
 }
 
 void file_chosen(std::string_view path) { open_feed(path, 0, 0); }

@@ -157,7 +157,7 @@ TEST(Settings, ports_name_what_stands_behind_them) {
     take_settings("[ports]\ncom2=/dev/ttyUSB0@19200 ; adapter\nCOM3=tcp:7042\nCOM4=pty\n"
                   "COM5=\"pty:my link\"\nCOM6=pty:/tmp/link\nCOM7=\nCOM8=pty:\nCOM9=x",
                   "/home/me/kit");
-    EXPECT_EQ(port_devices, (std::array<std::string, most_ports>{
+    EXPECT_EQ(port_devices, (std::array<std::string, max_ports>{
                                 "/dev/ttyS0", "/dev/ttyUSB0@19200", "tcp:7042", "pty",
                                 "pty:/home/me/kit/my link", "pty:/tmp/link", "", "pty:"}));
     EXPECT_EQ(setting_line("com"), "com=none");
@@ -283,7 +283,7 @@ TEST_F(Folder, keeps_what_the_user_writes_while_the_program_runs) {
 
 TEST_F(Folder, what_can_not_be_read_is_told_and_left_alone) {
     const std::string path = folder.string();
-    const std::string nearly_too_long(longest_ini, '\n');
+    const std::string nearly_too_long(max_ini_bytes, '\n');
     put("simulator.ini", nearly_too_long);
     ASSERT_EQ(open_program_folder(path), "");
     EXPECT_EQ(save_program_folder(),

@@ -22,13 +22,13 @@ namespace orvanel {
 
 namespace {
 
-constexpr int most_lines = 8192;
+constexpr int max_lines = 8192;
 constexpr int ports = 4;  // the last two stand for one device
 constexpr std::int32_t fast = 2'000'000;
 
 enum class Use : std::uint8_t { never, open, closed };
 
-std::array<std::atomic<Use>, most_lines> lines{};
+std::array<std::atomic<Use>, max_lines> lines{};
 std::array<std::atomic<int>, ports + 1> line_of_device{};
 std::atomic<int> lines_opened{0};
 std::atomic<int> lines_closed{0};
