@@ -5,6 +5,7 @@
 #include "kit/stream.h"
 
 #include <exception>
+#include <string_view>
 #include <utility>
 
 namespace orvanel {
@@ -22,8 +23,11 @@ std::uint32_t big_endian(std::span<const std::uint8_t> file, std::size_t at) {
     return value;
 }
 
-std::string text_of(Faults faults) {
+/// `folder` is the kit's, with its slash: who has opened it needs no path to it, five times over.
+std::string text_of(Faults faults, std::string_view folder) {
     sort_by_place(faults);
+    for (Fault& fault : faults)
+        if (fault.place.file.starts_with(folder)) fault.place.file.erase(0, folder.size());
     std::string text;
     for (std::size_t i = 0; i < faults.size() && i < max_faults_shown; ++i)
         text += (i == 0 ? "" : "\n") + message_of(faults[i]);
@@ -38,7 +42,8 @@ std::string build(const std::string& path, Bytes& stream) {
     const Built built = build_kit(
         path, {-1, -1, -1}, [](const std::string&) {}, faults);
     if (faults.empty()) stream = stream_of(built.kit, built.image, faults);
-    return text_of(std::move(faults));
+    const std::size_t name_at = path.rfind('/') + 1;  // 0 without a slash
+    return text_of(std::move(faults), std::string_view(path).substr(0, name_at));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include <QCloseEvent>
 #include <QDialog>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -64,12 +65,21 @@ class TableDialog final : public QDialog {
 
 constinit TableDialog* open_table = nullptr;
 
+/// Wide enough for the title of a box and the buttons beside it.
+QSpacerItem* title_spacer(const QDialog& box) {
+    constexpr int beside_title = 120;
+    return new QSpacerItem(box.fontMetrics().horizontalAdvance(box.windowTitle()) + beside_title,
+                           0);
+}
+
 /// A message that is yet to be shown. It holds paths and what others have written, so nothing in it
 /// is markup.
 QMessageBox* new_message_box(std::string_view caption, std::string_view text, QWidget* parent) {
     auto* const box = new QMessageBox(QMessageBox::Critical, to_qt(caption), to_qt(text),
                                       QMessageBox::Ok, parent);
     box->setTextFormat(Qt::PlainText);
+    if (auto* const grid = qobject_cast<QGridLayout*>(box->layout()); grid != nullptr)
+        grid->addItem(title_spacer(*box), grid->rowCount(), 0, 1, grid->columnCount());
     return box;
 }
 
@@ -81,8 +91,7 @@ class Builder {
     Builder(TableDialog& into, int focus) : dialog(into), focus_id(focus) {
         page = new QVBoxLayout(&dialog);
         page->setSizeConstraint(QLayout::SetFixedSize);
-        // Wide enough for the title and the buttons beside it.
-        page->addSpacerItem(new QSpacerItem(title_width(), 0));
+        page->addSpacerItem(title_spacer(dialog));
     }
 
     Builder(const Builder&) = delete;
@@ -106,11 +115,6 @@ class Builder {
     }
 
   private:
-    int title_width() const {
-        constexpr int beside_title = 120;
-        return dialog.fontMetrics().horizontalAdvance(dialog.windowTitle()) + beside_title;
-    }
-
     void add_group(const Control& control) {
         if (groups == nullptr) {
             groups = new QHBoxLayout;
@@ -237,11 +241,13 @@ void ask_for_file() {
     auto* const box = new QFileDialog(main_window, QStringLiteral("Open"));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setFileMode(QFileDialog::ExistingFile);
-    // The brackets at the end are patterns, the rest is what the user reads.
+    // The brackets at the end are patterns, the rest is what the user reads. A kit is the source of
+    // an EEPROM file, and a PNG goes the way of a BMP.
     box->setOption(QFileDialog::HideNameFilterDetails);
-    box->setNameFilters({QStringLiteral("Eeprom Files (*.eep) (*.eep *.EEP)"),
-                         QStringLiteral("Picture Files (*.bmp *.blh) (*.bmp *.blh *.BMP *.BLH)"),
-                         QStringLiteral("All files (*.*) (*)")});
+    box->setNameFilters(
+        {QStringLiteral("Eeprom Files (*.eep) (*.eep *.EEP *.kit *.KIT)"),
+         QStringLiteral("Picture Files (*.bmp *.blh) (*.bmp *.blh *.png *.BMP *.BLH *.PNG)"),
+         QStringLiteral("All files (*.*) (*)")});
     box->setDefaultSuffix(QStringLiteral("eep"));
     box->selectFile(begins_with);
     box_opened();
