@@ -4,6 +4,7 @@
 #include "firmware/store/ground/eeprom.h"
 #include "kit/code_page.h"
 #include "kit/image.h"
+#include "kit/objects.h"
 #include "kit/stream.h"
 
 #include <algorithm>
@@ -87,7 +88,8 @@ Content load_any(const std::string& path, const Progress& progress, Faults& faul
     // What a short file leaves out is erased.
     const std::size_t size = content.size();
     content.resize(size > eeprom_small ? eeprom_large : eeprom_small, 0xFF);
-    return {content, {}, cut_of(content, size)};
+    const std::string doubt = doubt_about(content);
+    return {content, {}, doubt.empty() ? cut_of(content, size) : doubt};
 }
 
 }  // namespace orvanel

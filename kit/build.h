@@ -32,7 +32,7 @@ Built build_text(const std::string& name, std::string_view text, const BuildOpti
 struct Content {
     Bytes image;
     Bytes stream;     // of an .eep, or of a kit with lines around its blocks; else empty
-    std::string cut;  // that the file ends before the image that it begins; else empty
+    std::string cut;  // why it is no whole image, or hardly one at all; else empty
 };
 
 /// What a file holds: a .kit is built, an .eep played, anything else but a text taken as the image

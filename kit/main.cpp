@@ -119,8 +119,11 @@ int build(const Options& options) {
 
 int dump(const Options& options) {
     Faults faults;
-    const Bytes image = load(options.source, faults).image;
+    const auto [image, stream, cut] = load(options.source, faults);
     if (!faults.empty()) return tell(std::move(faults));
+    if (!cut.empty()) tell_user(options.source + ": " + cut);
+    // What isn't one at all would fill a screen with odd entries; -o takes it apart all the same.
+    if (options.folder.empty() && !doubt_about(image).empty()) return wrong_content;
     put(options.source + ": " + listing_of(image));
     if (options.folder.empty()) return all_well;
     const std::string name = std::filesystem::path(options.source).stem().string();

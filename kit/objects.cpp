@@ -120,6 +120,25 @@ std::string summary_of(std::span<const std::uint8_t> image) {
            (stored == computed ? "" : ", which should be " + hex4(computed));
 }
 
+std::string doubt_about(std::span<const std::uint8_t> image) {
+    constexpr std::ptrdiff_t many = 8;  // unusable objects: fewer are a fault of whoever made it
+    const int length = pair_at(image, 0);
+    const bool whole =
+        length + 2 <= std::ssize(image) &&
+        pair_at(image, length) == crc_of(image.first(static_cast<std::size_t>(length)));
+    const std::vector<Object> objects = objects_of(image);
+    const auto unusable = [](const Object& object) { return !object.fault.empty(); };
+    const auto font = [&](const Object& object) {
+        return object.kind == Kind::font && !unusable(object);
+    };
+    const auto count = std::ranges::count_if(objects, unusable);
+    if (whole || count < many || std::ranges::any_of(objects, font)) return {};
+    return "this is hardly an EEPROM image: its CRC is wrong, there is no font in it, and " +
+           std::to_string(count) + " of " + std::to_string(objects.size()) +
+           " entries of its tables are unusable; Orvanel42.bin is one, and what build and "
+           "--save-image write";
+}
+
 std::string listing_of(std::span<const std::uint8_t> image) {
     std::string text = summary_of(image) + "\n";
     for (const Object& object : objects_of(image)) {

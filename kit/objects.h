@@ -34,6 +34,9 @@ std::string shape_of(std::span<const std::uint8_t> image, const Object& object);
 /// The first line of a listing: size, length and CRC.
 std::string summary_of(std::span<const std::uint8_t> image);
 
+/// Why the bytes are hardly an image at all, empty if they may be one.
+std::string doubt_about(std::span<const std::uint8_t> image);
+
 /// The whole image in words: the summary, a line for each object, the lines of each macro.
 std::string listing_of(std::span<const std::uint8_t> image);
 
