@@ -1,10 +1,14 @@
-// bytes.h: narrowing, wrapping and byte order, written out where they are part of the behaviour.
+// bytes.h: blocks of bytes; narrowing, wrapping and byte order, written out where they are part of
+// the behaviour.
 
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace orvanel {
+
+using Bytes = std::vector<std::uint8_t>;
 
 /// The low 8 bits of `v`: a wrap, never a clamp.
 constexpr std::uint8_t low8(std::int64_t v) { return static_cast<std::uint8_t>(v & 0xFF); }

@@ -11,8 +11,6 @@ namespace orvanel {
 
 namespace {
 
-std::string system_message() { return std::generic_category().message(errno); }
-
 /// Why the path can't be opened without waiting, empty if it can.
 std::string kind_fault(const std::string& path) {
     std::error_code fault;
@@ -22,36 +20,53 @@ std::string kind_fault(const std::string& path) {
     return kind == std::filesystem::file_type::regular ? "" : "not a plain file";
 }
 
-std::string read_up_to(const std::string& path, std::size_t most,
-                       std::vector<std::uint8_t>& content) {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) return system_message();
-    content.resize(most);
-    const std::size_t n = std::fread(content.data(), 1, content.size(), file);
-    const bool failed = std::ferror(file) != 0;
-    std::string message = failed ? system_message() : "";
-    std::fclose(file);
-    content.resize(n);
-    return message;
-}
-
 }  // namespace
 
-std::string read_file(const std::string& path, std::size_t most,
-                      std::vector<std::uint8_t>& content) {
+std::string read_file(const std::string& path, std::size_t most, Bytes& content) {
     if (std::string fault = kind_fault(path); !fault.empty()) return fault;
     std::error_code fault;
     const std::uintmax_t size = std::filesystem::file_size(path, fault);
     if (fault) return fault.message();
     if (size > most) return "longer than " + std::to_string(most) + " bytes";
-    return read_up_to(path, static_cast<std::size_t>(size) + 1, content);  // at least one address
+    return read_any_start(path, static_cast<std::size_t>(size) + 1,
+                          content);  // at least one address
 }
 
-std::string read_file_start(const std::string& path, std::size_t most,
-                            std::vector<std::uint8_t>& content) {
+std::string read_file_start(const std::string& path, std::size_t most, Bytes& content) {
     std::string fault = kind_fault(path);
-    return fault.empty() ? read_up_to(path, most, content) : fault;
+    return fault.empty() ? read_any_start(path, most, content) : fault;
 }
+
+std::string read_any_start(const std::string& path, std::size_t most, Bytes& content) {
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) return errno_text();
+    content.resize(most);
+    const std::size_t n = std::fread(content.data(), 1, content.size(), file);
+    const bool failed = std::ferror(file) != 0;
+    std::string message = failed ? errno_text() : "";
+    std::fclose(file);
+    content.resize(n);
+    return message;
+}
+
+std::string unreadable(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) return "no such file";
+    if (!is_plain_file(path)) return "not a plain file";
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) return "can't be read";
+    std::fclose(file);
+    return {};
+}
+
+bool is_plain_file(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(path, ignored);
+}
+
+std::string errno_text() { return errno_text(errno); }
+
+std::string errno_text(int number) { return std::generic_category().message(number); }
 
 bool is_same_file(const std::string& a, const std::string& b) {
     namespace fs = std::filesystem;

@@ -1,5 +1,7 @@
 #include "base/folder_lock.h"
 
+#include "base/files.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -22,8 +24,6 @@ constinit int lock_fd = -1;           // of the lock file, -1 if there is none
 constinit bool lock_is_ours = false;  // we may write it
 constinit bool lock_is_wanted = false;
 std::string socket_told;
-
-std::string system_message() { return std::generic_category().message(errno); }
 
 void close_fd(int& fd) {
     if (fd >= 0) close(fd);
@@ -84,14 +84,14 @@ FolderLock lock_file(const std::string& path, bool folder_is_locked, std::string
     if (lock_fd < 0) lock_fd = open(path.c_str(), O_RDONLY | common);
     if (lock_fd >= 0 ? lock(lock_fd) : folder_is_locked) return FolderLock::taken;
     if (lock_fd >= 0 && errno == EWOULDBLOCK) return FolderLock::held;
-    fault = path + ": " + system_message();
+    fault = path + ": " + errno_text();
     return FolderLock::failed;
 }
 
 FolderLock lock_both(const std::string& folder, std::string& fault) {
     folder_fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder_fd < 0) {
-        fault = folder + ": " + system_message();
+        fault = folder + ": " + errno_text();
         return FolderLock::failed;
     }
     const bool locked = lock(folder_fd);

@@ -1,5 +1,7 @@
 #include "base/safe_file.h"
 
+#include "base/files.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,8 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t any_mode = 0666;  // what the user's umask leaves of it
-
-std::string reason() { return std::generic_category().message(errno); }
 
 /// The file that a chain of links ends at, whether or not it is there; itself a link only if the
 /// chain has no end.
@@ -148,7 +148,7 @@ void flush_folder(const fs::path& target) {
 
 std::string write_device(const fs::path& target, std::span<const std::uint8_t> content) {
     const int fd = open(target.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-    return fd >= 0 && fill_and_close(fd, content, false) ? "" : reason();
+    return fd >= 0 && fill_and_close(fd, content, false) ? "" : errno_text();
 }
 
 }  // namespace
@@ -167,10 +167,10 @@ std::string replace_file(const std::string& path, std::span<const std::uint8_t> 
     clear_parts(target);
     // Two processes may write the same file at once; each has its own to begin with.
     const std::string part = part_name(target);
-    if (!write_beside(part, content, exists ? &former : nullptr)) return reason();
+    if (!write_beside(part, content, exists ? &former : nullptr)) return errno_text();
     const bool kept = !exists || backup == Backup::none || name_also(target, backup_of(target));
     if (!kept || std::rename(part.c_str(), target.c_str()) != 0) {
-        std::string fault = reason();
+        std::string fault = errno_text();
         unlink(part.c_str());
         return fault;
     }
@@ -183,14 +183,14 @@ std::string free_name(const std::string& path) { return numbered(target_of(path)
 std::string keep_beside(const std::string& path, std::string& name) {
     const fs::path target = target_of(path);
     name = numbered(target);
-    return name_also(target, name) ? "" : reason();
+    return name_also(target, name) ? "" : errno_text();
 }
 
 std::string back_up(const std::string& path) {
     const fs::path target = target_of(path);
     std::error_code ignored;
     if (!fs::is_regular_file(target, ignored)) return {};
-    return name_also(target, backup_of(target)) ? "" : reason();
+    return name_also(target, backup_of(target)) ? "" : errno_text();
 }
 
 std::string part_name(const std::string& path) {

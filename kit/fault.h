@@ -2,14 +2,14 @@
 
 #pragma once
 
+#include "base/bytes.h"
+
 #include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace orvanel {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// A character of a source file.
 struct Place {

@@ -1,12 +1,10 @@
 #include "host/program/image_file.h"
 
+#include "base/files.h"
 #include "firmware/store/ground/eeprom.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
-#include <vector>
 
 namespace orvanel {
 
@@ -49,13 +47,10 @@ std::string keep_longer_file(const std::string& path, std::size_t size, std::str
 
 std::string load_image(const std::string& path, int size) {
     eeprom_reset_to(size, {});
-    std::ifstream file(path, std::ios::binary);
-    std::vector<char> content(static_cast<std::size_t>(size));
-    // Opening a folder works; only the read tells that it is none of ours.
-    if (file) file.read(content.data(), size);
-    if (!file.is_open() || file.bad()) return path + ": " + std::generic_category().message(errno);
-    const std::vector<std::uint8_t> bytes(content.begin(), content.begin() + file.gcount());
-    eeprom_reset_to(size, bytes);
+    Bytes content;
+    const std::string fault = read_any_start(path, static_cast<std::size_t>(size), content);
+    if (!fault.empty()) return path + ": " + fault;
+    eeprom_reset_to(size, content);
     note_longer_file(path, size);
     return {};
 }

@@ -1,5 +1,6 @@
 #include "host/scenario/commands.h"
 
+#include "base/files.h"
 #include "base/hex.h"
 #include "base/nearest.h"
 #include "base/quoting.h"
@@ -30,9 +31,6 @@
 #include "link/roof/com_port.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
 #include <vector>
 
 namespace orvanel {
@@ -110,15 +108,7 @@ void cts(const Arguments& a) {
 
 void print_rts(const Arguments& /*a*/) { print_line(line_rts() ? "rts 1" : "rts 0"); }
 
-/// Why the file can't be fed, empty if it can. start_feed_file is silent about it, but here silence
-/// helps nobody.
-std::string unreadable(const std::string& path) {
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) return "no such file";
-    if (!std::filesystem::is_regular_file(path, ignored)) return "not a plain file";
-    return std::ifstream(path) ? "" : "can't be read";
-}
-
+/// start_feed_file is silent about a file that can't be read, but here silence helps nobody.
 bool can_be_read(const std::string& path) {
     const std::string fault = unreadable(path);
     if (!fault.empty()) report_fault(wrong_line, path + ": " + fault);

@@ -1,5 +1,6 @@
 #include "host/scenario/picture.h"
 
+#include "base/bytes.h"
 #include "base/files.h"
 #include "base/pbm.h"
 #include "base/safe_file.h"
@@ -18,8 +19,6 @@
 namespace orvanel {
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t longest_picture = std::size_t{16} << 20;  // bytes of a file
 

@@ -1,5 +1,6 @@
 #include "host/scenario/report.h"
 
+#include "base/files.h"
 #include "base/visible.h"
 
 #include <unistd.h>
@@ -51,8 +52,7 @@ void print_line(std::string_view line) {
                          std::fputc('\n', stdout) != EOF && std::fflush(stdout) == 0;
     if (written || output_failed) return;
     output_failed = true;
-    report_fault(wrong_line,
-                 "can't write to standard output: " + std::generic_category().message(errno));
+    report_fault(wrong_line, "can't write to standard output: " + errno_text());
 }
 
 void report_fault(int status, std::string_view text) {

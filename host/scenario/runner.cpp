@@ -1,5 +1,6 @@
 #include "host/scenario/runner.h"
 
+#include "base/files.h"
 #include "base/words.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/ending.h"
@@ -14,7 +15,6 @@
 #include <array>
 #include <cerrno>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 namespace orvanel {
@@ -59,7 +59,7 @@ void read_input() {
     } else if (n == 0) {
         input_ended = true;
     } else if (errno != EINTR && errno != EAGAIN) {
-        report_fault(wrong_line, "can't read on: " + std::generic_category().message(errno));
+        report_fault(wrong_line, "can't read on: " + errno_text());
         end_scenario();
     }
 }
@@ -114,7 +114,7 @@ std::string open_scenario(const std::string& name) {
         return {};
     }
     input_fd = open(name.c_str(), O_RDONLY | O_CLOEXEC);
-    return input_fd < 0 ? std::generic_category().message(errno) : "";
+    return input_fd < 0 ? errno_text() : "";
 }
 
 void close_scenario() {

@@ -1,5 +1,6 @@
 #include "host/scenario/window_picture.h"
 
+#include "base/bytes.h"
 #include "base/safe_file.h"
 #include "host/skin/dib.h"
 #include "host/skin/painting.h"
@@ -14,8 +15,6 @@
 namespace orvanel {
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 Bytes red_green_blue(const std::vector<std::uint32_t>& pixels) {
     Bytes bytes;

@@ -1,5 +1,6 @@
 #include "host/trace/trace_writer.h"
 
+#include "base/files.h"
 #include "base/hex.h"
 #include "base/quoting.h"
 #include "firmware/core/ground/trace.h"
@@ -11,7 +12,6 @@
 #include <cstdio>
 #include <memory>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -333,8 +333,6 @@ void listen(const TraceEvent& event) {
     }
 }
 
-std::string reason(int fault) { return std::generic_category().message(fault); }
-
 }  // namespace
 
 void start_trace(const TraceOptions& options, std::int64_t (*clock_us)()) {
@@ -363,7 +361,7 @@ TraceFaults finish_trace() {
         running->write_fault = errno;
     if (running->write_fault != 0)
         faults.unwritten =
-            "can't write " + running->options.file + ": " + reason(running->write_fault);
+            "can't write " + running->options.file + ": " + errno_text(running->write_fault);
     faults.remarks = std::move(running->faults);
     if (running->fault_count > faults.remarks.size())
         faults.remarks.push_back("and " +

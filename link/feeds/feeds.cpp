@@ -1,13 +1,12 @@
 #include "link/feeds/feeds.h"
 
+#include "base/files.h"
 #include "link/ground/pipes.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <filesystem>
 #include <string>
-#include <system_error>
 
 namespace orvanel {
 
@@ -17,13 +16,6 @@ constinit std::int64_t left = 0;
 constinit std::FILE* feed_file = nullptr;
 constinit std::span<const std::uint8_t> feed_memory{};
 constinit std::array<std::uint8_t, feed_chunk> staging{};
-
-/// Directories, devices and pipes have no length to deliver, and opening a pipe could wait for
-/// ever.
-bool is_plain_file(const std::string& path) {
-    std::error_code ignored;
-    return std::filesystem::is_regular_file(path, ignored);
-}
 
 /// The length of an open file, rewound to its start; 0 if it can't be told.
 std::int64_t length_of(std::FILE* file) {

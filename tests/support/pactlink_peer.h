@@ -5,14 +5,13 @@
 
 #pragma once
 
+#include "base/bytes.h"
+
 #include <cstdint>
 #include <random>
 #include <span>
-#include <vector>
 
 namespace orvanel {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// Adds start byte, length and sum.
 Bytes frame_of(std::uint8_t start, std::span<const std::uint8_t> payload);

@@ -1,6 +1,7 @@
 // The window program: command line, surroundings, and the life of the event loop.
 
 #include "base/command_line.h"
+#include "base/files.h"
 #include "base/folder_lock.h"
 #include "base/visible.h"
 #include "host/platform/desktop/boxes.h"
@@ -29,7 +30,6 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -55,12 +55,9 @@ struct Options {
 };
 
 /// Empty if the file can be read, else what is wrong with it.
-std::string unreadable(const std::string& path) {
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) return path + ": no such file";
-    if (!std::filesystem::is_regular_file(path, ignored)) return path + ": not a plain file";
-    if (!std::ifstream(path)) return path + ": can't be read";
-    return {};
+std::string file_fault(const std::string& path) {
+    const std::string fault = orvanel::unreadable(path);
+    return fault.empty() ? "" : path + ": " + fault;
 }
 
 /// The file that a word names. It may stand in quotes, as where a command line was put together by
@@ -70,7 +67,7 @@ std::string without_quotes(const std::string& word) {
     return std::filesystem::exists(word, ignored) ? word : std::string(orvanel::unquoted(word));
 }
 
-std::string not_to_open(const std::string& word) { return unreadable(without_quotes(word)); }
+std::string not_to_open(const std::string& word) { return file_fault(without_quotes(word)); }
 
 std::vector<orvanel::Option> options_into(Options& options) {
     return {
@@ -91,7 +88,7 @@ std::vector<orvanel::Option> options_into(Options& options) {
          .place = &options.image,
          .help = "Load FILE as the EEPROM image; neither it nor the settings are kept",
          .value_name = "FILE",
-         .fault = unreadable,
+         .fault = file_fault,
          .excludes = {"--dir"}},
         {.names = "--mem",
          .place = &options.mem_kib,

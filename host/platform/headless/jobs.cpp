@@ -1,5 +1,6 @@
 #include "host/platform/headless/jobs.h"
 
+#include "base/files.h"
 #include "base/safe_file.h"
 #include "base/visible.h"
 #include "host/platform/headless/end_signals.h"
@@ -22,7 +23,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <system_error>
 #include <vector>
 
 namespace orvanel {
@@ -97,8 +97,7 @@ void start(std::span<Job> jobs, Job& job, bool keep_output) {
     if (job.pid == 0) be_child(jobs, job, ends, former);
     sigprocmask(SIG_SETMASK, &former, nullptr);
     if (job.pid < 0) {
-        add_fault(job, wrong_line,
-                  "can't start a process: " + std::generic_category().message(errno));
+        add_fault(job, wrong_line, "can't start a process: " + errno_text());
         for (int& fd : job.fds)
             close_end(fd);
         job.done = true;

@@ -1,6 +1,7 @@
 #include "host/platform/instance/instance.h"
 
 #include "base/bytes.h"
+#include "base/files.h"
 #include "base/folder_lock.h"
 #include "host/bridge/bridge.h"
 #include "host/platform/instance/instance_client.h"
@@ -21,7 +22,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <span>
-#include <system_error>
 
 namespace orvanel {
 
@@ -53,8 +53,6 @@ constinit int listener = -1;
 constinit int rest_timer = -1;
 constinit std::array<Client, max_clients> clients{};
 constinit int companion = -1;  // the client that made itself known last, -1 none
-
-std::string system_message() { return std::generic_category().message(errno); }
 
 void close_fd(int& fd) {
     if (fd >= 0) close(fd);
@@ -252,7 +250,7 @@ std::string open_instance(bool has_window) {
     rest_timer = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
     if (epoll_fd < 0 || !bind_listener(path) || !watch(listener, listener_event) ||
         !watch(rest_timer, rest_event)) {
-        std::string fault = path + ": " + system_message();
+        std::string fault = path + ": " + errno_text();
         close_instance();
         return fault;
     }

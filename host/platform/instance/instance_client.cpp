@@ -1,6 +1,7 @@
 #include "host/platform/instance/instance_client.h"
 
 #include "base/bytes.h"
+#include "base/files.h"
 #include "base/folder_lock.h"
 
 #include <climits>
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -26,8 +26,6 @@ constexpr std::chrono::milliseconds connect_step{10};  // between two tries to b
 constexpr BridgeMessage are_you_there{0, {0, 0}};
 
 using Clock = std::chrono::steady_clock;
-
-std::string system_message() { return std::generic_category().message(errno); }
 
 /// What is left until then, for poll.
 int ms_until(Deadline end) {
@@ -110,7 +108,7 @@ int connect_to_instance(const std::string& folder, Deadline end, std::string& fa
     std::memcpy(address.sun_path, path.data(), path.size());
     const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (connection < 0) {
-        fault = system_message();
+        fault = errno_text();
         return -1;
     }
     const Entry entry = enter(connection, address, end);

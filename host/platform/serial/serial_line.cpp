@@ -11,10 +11,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <limits>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <variant>
@@ -143,8 +141,6 @@ bool watch(int line, LineEvent event, int ms) {
 }
 
 }  // namespace
-
-std::string reason_of_errno() { return std::generic_category().message(errno); }
 
 short poll_now(int fd, short events) {
     pollfd one{fd, events, 0};

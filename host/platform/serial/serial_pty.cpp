@@ -1,5 +1,7 @@
 #include "host/platform/serial/serial_pty.h"
 
+#include "base/files.h"
+
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <termios.h>
@@ -61,11 +63,11 @@ bool is_stale(const std::string& link, const std::string& terminal) {
 /// Empty on success.
 std::string make_link(const std::string& link, const std::string& terminal) {
     if (symlink(terminal.c_str(), link.c_str()) == 0) return {};
-    if (errno != EEXIST) return link + ": " + reason_of_errno();
+    if (errno != EEXIST) return link + ": " + errno_text();
     if (!is_stale(link, terminal)) return link + ": something of that name is there already";
     unlink(link.c_str());
     if (symlink(terminal.c_str(), link.c_str()) == 0) return {};
-    return link + ": " + reason_of_errno();
+    return link + ": " + errno_text();
 }
 
 std::string open_terminal(PtyLine& line) {
@@ -73,9 +75,9 @@ std::string open_terminal(PtyLine& line) {
     std::array<char, 64> name{};
     if (line.master < 0 || grantpt(line.master) != 0 || unlockpt(line.master) != 0 ||
         ptsname_r(line.master, name.data(), name.size()) != 0)
-        return reason_of_errno();
+        return errno_text();
     line.terminal = name.data();
-    return clean_terminal(line.terminal) ? "" : reason_of_errno();
+    return clean_terminal(line.terminal) ? "" : errno_text();
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include "host/platform/serial/serial_stdio.h"
 
+#include "base/files.h"
+
 #include <climits>
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -55,7 +57,7 @@ std::string open_line(StdioLine& line, const SerialName& /*name*/) {
     line.in = own_descriptor(STDIN_FILENO, O_RDONLY);
     line.out = own_descriptor(STDOUT_FILENO, O_WRONLY);
     if (line.in < 0 || line.out < 0) {
-        std::string fault = "standard input and output: " + reason_of_errno();
+        std::string fault = "standard input and output: " + errno_text();
         close_line(line);
         return fault;
     }

@@ -1,5 +1,7 @@
 #include "host/platform/serial/serial_tcp.h"
 
+#include "base/files.h"
+
 #include <arpa/inet.h>
 #include <linux/sockios.h>
 #include <netinet/in.h>
@@ -128,7 +130,7 @@ std::string open_line(TcpLine& line, const SerialName& name) {
     const std::string where = name.host + " port " + std::to_string(name.port) + ": ";
     if (fault != 0) return where + gai_strerror(fault);
     line.listener = listen_on(*places);
-    if (line.listener < 0) return where + reason_of_errno();
+    if (line.listener < 0) return where + errno_text();
     line.address = address_of(line.listener, name.host);
     return {};
 }

@@ -3,6 +3,8 @@
 
 #include "host/platform/serial/serial_tty.h"
 
+#include "base/files.h"
+
 #include <asm/termbits.h>
 #include <fcntl.h>
 #include <linux/serial.h>
@@ -42,12 +44,12 @@ bool count_errors(int fd, std::uint64_t& errors) {
 std::string apply(int fd, std::int32_t baud) {
     termios2 mode{};
     if (ioctl(fd, TCGETS2, &mode) != 0)
-        return errno == ENOTTY ? "it is no serial device" : reason_of_errno();
+        return errno == ENOTTY ? "it is no serial device" : errno_text();
     mode.c_iflag = mode.c_oflag = mode.c_lflag = 0;
     mode.c_cflag = CS8 | CREAD | CLOCAL | HUPCL | CRTSCTS | BOTHER;
     mode.c_ispeed = mode.c_ospeed = static_cast<speed_t>(baud);
     mode.c_cc[VMIN] = mode.c_cc[VTIME] = 0;
-    if (ioctl(fd, TCSETS2, &mode) != 0 || ioctl(fd, TCGETS2, &mode) != 0) return reason_of_errno();
+    if (ioctl(fd, TCSETS2, &mode) != 0 || ioctl(fd, TCGETS2, &mode) != 0) return errno_text();
     // A driver that can't do it says nothing and takes another.
     const std::int64_t off = std::llabs(std::int64_t{mode.c_ospeed} - baud);
     if (off * speed_tolerance > baud) return "it doesn't take " + std::to_string(baud) + " baud";
@@ -62,11 +64,11 @@ std::string set_up(TtyLine& line, int fd) {
     if (flock(fd, LOCK_EX | LOCK_NB) != 0 || ioctl(fd, TIOCEXCL) != 0)
         return errno == EWOULDBLOCK ? "another program has it open"
                : errno == ENOTTY    ? "it is no serial device"
-                                    : reason_of_errno();
+                                    : errno_text();
     if (std::string fault = apply(fd, line.baud); !fault.empty()) return fault;
     int lines = 0;
     line.modem_lines = ioctl(fd, TIOCMGET, &lines) == 0;
-    if (!line.modem_lines && errno != ENOTTY && errno != EINVAL) return reason_of_errno();
+    if (!line.modem_lines && errno != ENOTTY && errno != EINVAL) return errno_text();
     line.counts_errors = count_errors(fd, line.errors);
     if (!line.modem_lines) return {};
     set_modem_line(fd, TIOCMBIS, TIOCM_DTR);
@@ -77,8 +79,7 @@ std::string set_up(TtyLine& line, int fd) {
 std::string open_device(TtyLine& line) {
     const int fd = open(line.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
-        return line.path + ": " +
-               (errno == EBUSY ? "another program has it open" : reason_of_errno());
+        return line.path + ": " + (errno == EBUSY ? "another program has it open" : errno_text());
     const std::string fault = set_up(line, fd);
     if (fault.empty()) {
         line.fd = fd;

@@ -28,9 +28,6 @@ constexpr int no_look = 60'000;  // nothing but descriptors tells; any time will
 
 constexpr SerialWait watch_nothing{false, no_look, {-1, 0, 0}, {-1, 0, 0}};
 
-/// What errno says, in words.
-std::string reason_of_errno();
-
 /// What poll says of `fd` at once, for `events`.
 short poll_now(int fd, short events);
 

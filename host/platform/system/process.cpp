@@ -1,5 +1,6 @@
 #include "host/platform/system/process.h"
 
+#include "base/files.h"
 #include "host/platform/system/program_dir.h"
 
 #include <fcntl.h>
@@ -49,7 +50,7 @@ void prepare_process() {
 bool output_is_whole(const char* program) {
     errno = 0;
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
-    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
+    const std::string reason = errno == 0 ? "" : ": " + errno_text();
     if (errno != EPIPE)
         std::fprintf(stderr, "%s: error: can't write to standard output%s\n", program,
                      reason.c_str());

@@ -1,3 +1,4 @@
+#include "base/bytes.h"
 #include "firmware/core/ground/backlight.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/core/read/read.h"
@@ -19,8 +20,6 @@
 
 namespace orvanel {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// An image whose normal macro n prints the letter 'a' + n by ESC S B, on the line.
 void image_of_letter_macros(int count) {

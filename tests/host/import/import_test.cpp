@@ -28,8 +28,6 @@ namespace orvanel {
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 void put(Bytes& bytes, std::size_t at, std::uint32_t value) {
     for (std::size_t i = 0; i < 4; ++i)
         bytes[at + i] = low8(value >> 8 * i);

@@ -1,5 +1,6 @@
 // What scenario lines are made of, and what is told when an expectation fails.
 
+#include "base/bytes.h"
 #include "base/files.h"
 #include "base/safe_file.h"
 #include "base/words.h"
@@ -22,7 +23,6 @@ namespace orvanel {
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
 using namespace std::string_view_literals;
 
 Bytes bytes_of(std::string_view text) { return {text.begin(), text.end()}; }

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "base/bytes.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/store/ground/macro.h"
 #include "link/ground/pipes.h"
@@ -17,11 +18,8 @@
 
 #include <initializer_list>
 #include <utility>
-#include <vector>
 
 namespace orvanel {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// As at program start, with the port COM1 open at 9600 baud.
 class OnLine : public testing::Test {
