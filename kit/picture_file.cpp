@@ -1,8 +1,8 @@
 #include "kit/picture_file.h"
 
+#include "base/bmp.h"
 #include "base/pbm.h"
-
-#include <png.h>
+#include "base/png.h"
 
 #include <algorithm>
 #include <array>
@@ -16,10 +16,6 @@ namespace {
 
 constexpr std::uint8_t black = 0, white = 255;
 
-std::uint8_t luminance(int red, int green, int blue) {
-    return static_cast<std::uint8_t>((299 * red + 587 * green + 114 * blue) / 1000);
-}
-
 std::string size_fault(std::int64_t width, std::int64_t height) {
     if (width > 0 && height > 0 && width <= most_picture_dots && height <= most_picture_dots &&
         width * height <= most_picture_dots)
@@ -28,111 +24,60 @@ std::string size_fault(std::int64_t width, std::int64_t height) {
            " dots; a picture has 1 to " + std::to_string(most_picture_dots);
 }
 
-std::string decode_png(std::span<const std::uint8_t> file, GrayPicture& picture) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    if (png_image_begin_read_from_memory(&image, file.data(), file.size()) == 0)
-        return std::string("is no readable PNG: ") + image.message;
-    if (std::string fault = size_fault(image.width, image.height); !fault.empty()) {
-        png_image_free(&image);
-        return fault;
-    }
-    image.format = PNG_FORMAT_RGBA;
-    Bytes pixels(PNG_IMAGE_SIZE(image));
-    if (png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr) == 0)
-        return std::string("is damaged: ") + image.message;
-    picture.width = static_cast<int>(image.width);
-    picture.height = static_cast<int>(image.height);
-    for (std::size_t i = 0; i < pixels.size(); i += 4) {
-        const int light = luminance(pixels[i], pixels[i + 1], pixels[i + 2]);
-        picture.light.push_back(
-            static_cast<std::uint8_t>(white - (white - light) * pixels[i + 3] / 255));
+/// Appends a packed row, the leftmost dot in bit 7. `light` is that of a clear and a set bit.
+void append_row(std::span<const std::uint8_t> row, std::span<const std::uint8_t, 2> light,
+                GrayPicture& picture) {
+    for (std::size_t x = 0; x < static_cast<std::size_t>(picture.width); ++x)
+        picture.light.push_back(light[row[x / 8] >> (7 - x % 8) & 1U]);
+}
+
+/// How light the two colours of a BMP are. The result is what is wrong with them.
+std::string read_colours(std::span<const std::uint8_t> file, const BmpHead& head,
+                         std::span<std::uint8_t, 2> light) {
+    const std::size_t colour_size = head.head_size == bmp_old_head ? 3 : 4;
+    for (std::size_t i = 0; i < light.size(); ++i) {
+        const std::size_t at = bmp_file_head + head.head_size + i * colour_size;
+        if (at + 3 > file.size()) return "is cut short";
+        const std::uint32_t colour = bmp_colour(file, at);
+        light[i] = luminance(colour >> 16, colour >> 8 & 0xFF, colour & 0xFF);
     }
     return {};
-}
-
-/// The number of `count` bytes, low byte first; 0 beyond the end.
-std::int64_t little(std::span<const std::uint8_t> file, std::size_t at, int count) {
-    std::int64_t value = 0;
-    for (int i = count - 1; i >= 0; --i) {
-        const std::size_t place = at + static_cast<std::size_t>(i);
-        value = value << 8 | (place < file.size() ? file[place] : 0);
-    }
-    return value;
-}
-
-/// Appends the dots of packed rows, the leftmost in bit 7. `light` is that of a clear and a set
-/// bit. `first` is where the top row begins, `step` the bytes from one row down to the next.
-void append_rows(std::span<const std::uint8_t> file, std::size_t first, std::ptrdiff_t step,
-                 std::span<const std::uint8_t, 2> light, GrayPicture& picture) {
-    for (int y = 0; y < picture.height; ++y) {
-        const auto row = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(first) + y * step);
-        for (int x = 0; x < picture.width; ++x) {
-            const auto dx = static_cast<std::size_t>(x);
-            const int bit = file[row + dx / 8] >> (7 - dx % 8) & 1;
-            picture.light.push_back(light[static_cast<std::size_t>(bit)]);
-        }
-    }
 }
 
 std::string decode_bmp(std::span<const std::uint8_t> file, GrayPicture& picture) {
-    constexpr std::size_t head_at = 14;
-    const std::int64_t head = little(file, head_at, 4);
-    const bool old = head == 12;  // sizes of two bytes, colours of three
-    if (!old && head < 40) return "has a damaged head";
-    const std::int64_t width = old ? little(file, 18, 2) : std::int32_t(little(file, 18, 4));
-    const std::int64_t tall = old ? little(file, 20, 2) : std::int32_t(little(file, 22, 4));
-    const std::int64_t depth = little(file, old ? 24 : 28, 2);
-    if (depth != 1)
-        return "is a BMP with " + std::to_string(depth) + " bits a dot; 1 can be read, or a PNG";
-    if (!old && little(file, 30, 4) != 0) return "is a packed BMP, which isn't read";
-    const std::int64_t height = tall < 0 ? -tall : tall;
-    if (std::string fault = size_fault(width, height); !fault.empty()) return fault;
-    const std::int64_t stride = (width + 31) / 32 * 4;
-    const std::int64_t dots = little(file, 10, 4);
-    if (dots + stride * height > std::ssize(file)) return "is cut short";
-    const auto colours = head_at + static_cast<std::size_t>(head);
+    BmpHead head = bmp_head(file);
+    if (head.head_size == bmp_old_head)
+        head = old_bmp_head(file);
+    else if (head.head_size < bmp_usual_head)
+        return "has a damaged head";
+    if (head.bits != 1)
+        return "is a BMP with " + std::to_string(head.bits) +
+               " bits a dot; 1 can be read, or a PNG";
+    if (head.compression != 0) return "is a packed BMP, which isn't read";
+    const std::int64_t height = std::abs(std::int64_t{head.height});
+    if (std::string fault = size_fault(head.width, height); !fault.empty()) return fault;
+    if (head.rows_at + bmp_stride(head) * height > std::ssize(file)) return "is cut short";
     std::array<std::uint8_t, 2> light{};
-    for (std::size_t i = 0; i < light.size(); ++i) {
-        const std::size_t at = colours + i * (old ? 3 : 4);
-        if (at + 3 > file.size()) return "is cut short";
-        light[i] = luminance(file[at + 2], file[at + 1], file[at]);
-    }
-    picture.width = static_cast<int>(width);
+    if (std::string fault = read_colours(file, head, light); !fault.empty()) return fault;
+    picture.width = head.width;
     picture.height = static_cast<int>(height);
-    // The bottom row comes first, unless the height is negative.
-    const bool upward = tall > 0;
-    const std::int64_t first = upward ? dots + stride * (height - 1) : dots;
-    append_rows(file, static_cast<std::size_t>(first), upward ? -stride : stride, light, picture);
-    return {};
-}
-
-/// Dots written as the digits 0 and 1.
-std::string decode_pbm_text(std::span<const std::uint8_t> rest, GrayPicture& picture) {
-    for (int i = 0; i < picture.width * picture.height; ++i) {
-        skip_pbm_space(rest);
-        if (rest.empty()) return "is cut short";
-        if (rest[0] != '0' && rest[0] != '1') return "has a dot that is neither 0 nor 1";
-        picture.light.push_back(rest[0] == '1' ? black : white);
-        rest = rest.subspan(1);
-    }
+    for (int y = 0; y < picture.height; ++y)
+        append_row(file.subspan(static_cast<std::size_t>(bmp_row_at(head, y))), light, picture);
     return {};
 }
 
 std::string decode_pbm(std::span<const std::uint8_t> file, GrayPicture& picture) {
-    std::span<const std::uint8_t> rest = file.subspan(2);
-    const std::int64_t width = take_pbm_number(rest);
-    const std::int64_t height = take_pbm_number(rest);
-    if (width < 0 || height < 0) return "has a damaged head";
-    if (std::string fault = size_fault(width, height); !fault.empty()) return fault;
-    picture.width = static_cast<int>(width);
-    picture.height = static_cast<int>(height);
-    if (file[1] == '1') return decode_pbm_text(rest, picture);
-    const std::int64_t stride = (width + 7) / 8;
-    // One white space parts head and rows; more would already be dots.
-    if (stride * height + 1 > std::ssize(rest)) return "is cut short";
+    PbmHead head{};
+    if (std::string fault = read_pbm_head(file, head); !fault.empty()) return fault;
+    if (std::string fault = size_fault(head.width, head.height); !fault.empty()) return fault;
+    Bytes rows;
+    if (std::string fault = read_pbm_rows(head, rows); !fault.empty()) return fault;
+    picture.width = static_cast<int>(head.width);
+    picture.height = static_cast<int>(head.height);
+    const std::size_t stride = rows.size() / static_cast<std::size_t>(head.height);
     constexpr std::array light{white, black};
-    append_rows(rest, 1, stride, light, picture);
+    for (std::size_t at = 0; at < rows.size(); at += stride)
+        append_row(std::span(rows).subspan(at), light, picture);
     return {};
 }
 
@@ -145,24 +90,16 @@ std::string decode_picture(std::span<const std::uint8_t> file, GrayPicture& pict
                std::equal(magic.begin(), magic.end(), file.begin(),
                           [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; });
     };
-    if (begins("\x89PNG")) return decode_png(file, picture);
+    if (begins("\x89PNG")) return read_png(file, size_fault, picture);
     if (begins("BM")) return decode_bmp(file, picture);
-    if (begins("P1") || begins("P4")) return decode_pbm(file, picture);
+    if (is_pbm(file)) return decode_pbm(file, picture);
     return "is neither a PNG nor a BMP nor a PBM";
 }
 
 Bytes encode_png(const GrayPicture& picture) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(picture.width);
-    image.height = static_cast<png_uint_32>(picture.height);
-    image.format = PNG_FORMAT_GRAY;
-    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
-    Bytes file(size);
-    if (png_image_write_to_memory(&image, file.data(), &size, 0, picture.light.data(), 0,
-                                  nullptr) == 0)
-        throw std::bad_alloc();
-    file.resize(size);
+    Bytes file;
+    const PngPixels pixels{picture.width, picture.height, 1, picture.light, {}};
+    if (!write_png(pixels, file).empty()) throw std::bad_alloc();
     return file;
 }
 

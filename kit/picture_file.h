@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "kit/fault.h"
+#include "base/gray_picture.h"
 
 #include <cstdint>
 #include <span>
@@ -12,12 +12,6 @@ namespace orvanel {
 
 /// Larger pictures are refused before their dots are looked at.
 constexpr int most_picture_dots = 1 << 20;
-
-/// A picture in shades of gray, top row first.
-struct GrayPicture {
-    int width, height;
-    Bytes light;  // width * height, 0 black to 255 white
-};
 
 /// Reads a picture by its content, whatever the file is called. What is transparent shows white
 /// behind it. The result is empty on success, else what is wrong with the file.

@@ -1,10 +1,10 @@
 #include "host/import/file_kind.h"
 
 #include "base/files.h"
+#include "base/png.h"
 #include "base/utf8.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -12,7 +12,6 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::array<std::uint8_t, 8> png_magic{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr std::size_t looked_at = 4096;  // bytes; a comment may stand above a first line
 
 std::string_view trimmed_line(std::string_view line) {
@@ -50,9 +49,7 @@ bool begins_as_scenario(std::string_view text) {
 }  // namespace
 
 FileKind file_kind(std::string_view path, std::span<const std::uint8_t> start) {
-    if (start.size() >= png_magic.size() &&
-        std::equal(png_magic.begin(), png_magic.end(), start.begin()))
-        return FileKind::png;
+    if (is_png(start)) return FileKind::png;
     start = start.first(std::min(start.size(), looked_at));
     const std::string text(start.begin(), start.end());
     if (ends_in(path, ".kit") && begins_as_kit(text)) return FileKind::kit;

@@ -13,15 +13,7 @@ namespace orvanel {
 namespace {
 
 constexpr std::size_t max_faults_shown = 5;
-constexpr std::size_t png_width_at = 16, png_height_at = 20;  // in the chunk that comes first
-constexpr int middle_gray = 50;                               // percent of white
-
-std::uint32_t big_endian(std::span<const std::uint8_t> file, std::size_t at) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i)
-        value = value << 8 | (at + i < file.size() ? file[at + i] : 0U);
-    return value;
-}
+constexpr int middle_gray = 50;  // percent of white
 
 /// `folder` is the kit's, with its slash: who has opened it needs no path to it, five times over.
 std::string text_of(Faults faults, std::string_view folder) {
@@ -47,10 +39,6 @@ std::string build(const std::string& path, Bytes& stream) {
 }
 
 }  // namespace
-
-PngSize png_size(std::span<const std::uint8_t> file) {
-    return {big_endian(file, png_width_at), big_endian(file, png_height_at)};
-}
 
 std::string png_bitmap(std::span<const std::uint8_t> file, std::vector<std::uint8_t>& bitmap) {
     GrayPicture picture{};

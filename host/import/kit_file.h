@@ -14,12 +14,6 @@ namespace orvanel {
 /// Longer ones are refused, whatever they show.
 constexpr std::size_t max_png_size = std::size_t{4} << 20;  // bytes
 
-/// The width and height that a PNG says it has; both 0 if it is too short to say.
-struct PngSize {
-    std::uint32_t width, height;
-};
-PngSize png_size(std::span<const std::uint8_t> file);
-
 /// A PNG of at most 255 x 127 dots as a raw module bitmap (docs/reference/formats.md): what is
 /// darker than middle gray is set, what is transparent clear. The result is empty on success, else
 /// what is wrong with the file.

@@ -1,7 +1,9 @@
 #include "host/import/picture_import.h"
 
+#include "base/bmp.h"
 #include "base/bytes.h"
 #include "base/files.h"
+#include "base/png.h"
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/raster/blit.h"
 #include "host/import/file_kind.h"
@@ -28,10 +30,9 @@ constexpr std::size_t command_size = 4000;
 static_assert(head_size + bitmap_head_size + screen_height * stride_of(screen_width) <=
               static_cast<int>(command_size));
 
-// Places in a BMP file with the usual header of 40 bytes.
-constexpr std::size_t bmp_file_size = 2, bmp_rows_at = 10, bmp_width = 18, bmp_height = 22,
-                      bmp_bit_count = 28, bmp_compression = 30, bmp_colour_0 = 54,
-                      bmp_colour_1 = 58;
+// Where the two colours stand after the usual head; a longer one isn't reckoned with.
+constexpr std::size_t bmp_colour_0 = bmp_file_head + bmp_usual_head,
+                      bmp_colour_1 = bmp_colour_0 + 4;
 
 constinit std::array<std::array<std::uint8_t, command_size>, 2> commands{};
 constinit std::size_t made = 0;                      // the other one may be in a feed
@@ -44,33 +45,22 @@ void too_big() {
                   std::to_string(screen_height) + " dots) !");
 }
 
-/// A byte of the file, 0 beyond its end.
-std::uint8_t byte_at(std::span<const std::uint8_t> file, std::uint64_t at) {
-    return at < file.size() ? file[static_cast<std::size_t>(at)] : std::uint8_t{0};
-}
-
-std::uint32_t value_at(std::span<const std::uint8_t> file, std::size_t at, std::size_t size) {
-    std::uint32_t value = 0;
-    for (std::size_t i = size; i-- > 0;)
-        value = value << 8 | byte_at(file, at + i);
-    return value;
-}
-
 /// The sum of blue, green and red: which of two colours is the darker one.
-int brightness(std::span<const std::uint8_t> file, std::size_t at) {
-    return byte_at(file, at) + byte_at(file, at + 1) + byte_at(file, at + 2);
+std::uint32_t brightness(std::uint32_t colour) {
+    return (colour >> 16) + (colour >> 8 & 0xFF) + (colour & 0xFF);
 }
 
 /// Why a file that begins as a BMP is refused, empty if it isn't.
-bool bmp_refused(std::span<const std::uint8_t> file) {
-    if (value_at(file, bmp_bit_count, 2) > 1)
+bool bmp_refused(const BmpHead& head, std::size_t file_size) {
+    // A negative height, which means top row first, is none that fits either.
+    const auto fits = [](int side, int max) { return side >= 0 && side <= max; };
+    if (head.bits > 1)
         picture_error("This is not a monochrome Picture !");
-    else if (value_at(file, bmp_file_size, 4) != file.size())
+    else if (head.file_size != file_size)
         picture_error("Picturefilelength is false!");
-    else if (value_at(file, bmp_width, 4) > screen_width ||
-             value_at(file, bmp_height, 4) > screen_height)
-        too_big();  // a negative height, which means top row first, is a large one here
-    else if (value_at(file, bmp_compression, 4) != 0)
+    else if (!fits(head.width, screen_width) || !fits(head.height, screen_height))
+        too_big();
+    else if (head.compression != 0)
         picture_error("Only uncompressed Pictures are allowed !");
     else
         return false;
@@ -79,23 +69,21 @@ bool bmp_refused(std::span<const std::uint8_t> file) {
 
 /// Makes the raw module bitmap from a BMP that isn't refused: dark pixels become set dots, whatever
 /// the order of the two colours. What the file doesn't hold stays clear.
-void bmp_convert(std::span<const std::uint8_t> file, std::span<std::uint8_t> target) {
-    const int width = static_cast<int>(value_at(file, bmp_width, 4));
-    const int height = static_cast<int>(value_at(file, bmp_height, 4));
-    const std::uint64_t rows_at = value_at(file, bmp_rows_at, 4);
-    const int bmp_stride = (width + 31) / 32 * 4;
-    const bool inverted = brightness(file, bmp_colour_1) < brightness(file, bmp_colour_0);
-    target[0] = low8(width);
-    target[1] = low8(height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const std::uint64_t at =
-                rows_at + static_cast<std::uint64_t>((height - 1 - y) * bmp_stride + x / 8);
+void bmp_convert(std::span<const std::uint8_t> file, const BmpHead& head,
+                 std::span<std::uint8_t> target) {
+    const bool inverted =
+        brightness(bmp_colour(file, bmp_colour_1)) < brightness(bmp_colour(file, bmp_colour_0));
+    target[0] = low8(head.width);
+    target[1] = low8(head.height);
+    for (int y = 0; y < head.height; ++y)
+        for (int x = 0; x < head.width; ++x) {
+            const auto at = static_cast<std::size_t>(bmp_row_at(head, y) + x / 8);
+            if (at >= file.size()) continue;
             const int mask = 0x80 >> (x & 7);
-            const bool bit = ((byte_at(file, at) & mask) != 0) != inverted;
-            const int to = bitmap_head_size + y * stride_of(width) + x / 8;
+            const bool bit = ((file[at] & mask) != 0) != inverted;
+            const int to = bitmap_head_size + y * stride_of(head.width) + x / 8;
             std::uint8_t& dots = target[static_cast<std::size_t>(to)];
-            if (at < file.size() && !bit) dots = low8(dots | mask);
+            if (!bit) dots = low8(dots | mask);
         }
 }
 
@@ -108,8 +96,6 @@ void keep_on_glass(std::span<std::uint8_t> command) {
 }
 
 int bitmap_size(int width, int height) { return stride_of(width) * height + bitmap_head_size; }
-
-bool is_png(std::span<const std::uint8_t> file) { return file_kind("", file) == FileKind::png; }
 
 /// False if a message told why the picture was refused.
 bool png_convert(std::span<const std::uint8_t> file, std::span<std::uint8_t> target) {
@@ -142,8 +128,10 @@ int convert(std::span<const std::uint8_t> file, std::span<std::uint8_t> target) 
         if (!png_convert(file, target)) return 0;
     } else {
         if (start[0] != 'B' || start[1] != 'M') return -1;
-        if (bmp_refused(start)) return 0;
-        bmp_convert(start, target);
+        BmpHead head = bmp_head(start);
+        if (bmp_refused(head, start.size())) return 0;
+        head.bits = 1;  // 0 passes for it
+        bmp_convert(start, head, target);
     }
     return bitmap_size(target[0], target[1]);
 }

@@ -1,6 +1,6 @@
 #include "host/ledlib/led.h"
 
-#include "base/little_endian.h"
+#include "base/bmp.h"
 #include "base/unpack.h"
 #include "seam/window_system.h"
 
@@ -29,23 +29,24 @@ using LedImage = std::array<std::uint32_t, std::size_t{led_size} * led_size>;
 constinit std::vector<LedControl> lights{};
 constinit std::vector<LedImage> strip{};
 
-/// The strip as a BMP of 4 bits a pixel, 16 colours, rows from the bottom.
-std::uint32_t strip_pixel(const std::vector<std::uint8_t>& file, int x, int y) {
-    constexpr std::size_t at_bits = 10, at_colours = 54, colour_size = 4;
-    constexpr std::size_t stride = (strip_width * 4 + 31) / 32 * 4;
-    const std::size_t row = static_cast<std::size_t>(led_size - 1 - y) * stride;
-    const std::uint8_t pair = file[le32(file, at_bits) + row + static_cast<std::size_t>(x / 2)];
+/// The strip is a BMP of 4 bits a pixel.
+std::uint32_t strip_pixel(const Bytes& file, const BmpHead& head, int x, int y) {
+    constexpr std::size_t colour_size = 4;
+    const std::uint8_t pair = file[static_cast<std::size_t>(bmp_row_at(head, y) + x / 2)];
     const std::size_t index = x % 2 == 0 ? pair >> 4 : pair & 0x0F;
-    const std::uint32_t colour = le32(file, at_colours + index * colour_size) & 0xFFFFFF;
+    const std::uint32_t colour =
+        bmp_colour(file, bmp_file_head + head.head_size + index * colour_size);
     return colour == clear_colour ? 0 : opaque | colour;
 }
 
-std::vector<LedImage> cut_strip(const std::vector<std::uint8_t>& file) {
+std::vector<LedImage> cut_strip(const Bytes& file) {
+    const BmpHead head = bmp_head(file);
     std::vector<LedImage> cut(images);
     for (int x = 0; x < strip_width; ++x)
         for (int y = 0; y < led_size; ++y)
             cut[static_cast<std::size_t>(x / led_size)]
-               [static_cast<std::size_t>(y * led_size + x % led_size)] = strip_pixel(file, x, y);
+               [static_cast<std::size_t>(y * led_size + x % led_size)] =
+                   strip_pixel(file, head, x, y);
     return cut;
 }
 
@@ -64,7 +65,7 @@ int set_field(int handle, int LedControl::*field, int value) {
 
 void led_init() {
     led_reset();
-    const std::vector<std::uint8_t> file = unpack_blob(packed_strip, strip_file_size);
+    const Bytes file = unpack_blob(packed_strip, strip_file_size);
     if (!file.empty()) strip = cut_strip(file);
 }
 

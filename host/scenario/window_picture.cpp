@@ -1,12 +1,12 @@
 #include "host/scenario/window_picture.h"
 
+#include "base/bmp.h"
 #include "base/bytes.h"
+#include "base/pbm.h"
+#include "base/png.h"
 #include "base/safe_file.h"
-#include "host/skin/dib.h"
 #include "host/skin/painting.h"
 #include "host/skin/view.h"
-
-#include <png.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -35,25 +35,13 @@ std::string write_window(const std::string& path) {
     compose_window(pixels, {0, 0, width, height});
     const Bytes rows = red_green_blue(pixels);
 
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(width);
-    image.height = static_cast<png_uint_32>(height);
-    image.format = PNG_FORMAT_RGB;
-    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
-    Bytes file(size);
-    if (png_image_write_to_memory(&image, file.data(), &size, 0, rows.data(), 0, nullptr) == 0)
-        return image.message;
-    file.resize(size);
-    return replace_file(path, file, Backup::none);
+    Bytes file;
+    std::string fault = write_png({width, height, 3, rows, {}}, file);
+    return fault.empty() ? replace_file(path, file, Backup::none) : fault;
 }
 
 std::string write_outline(const std::string& path, const Outline& outline) {
-    const std::string head =
-        "P4\n" + std::to_string(outline.width) + " " + std::to_string(outline.height) + "\n";
-    Bytes file(head.begin(), head.end());
-    file.insert(file.end(), outline.rows.begin(), outline.rows.end());
-    return replace_file(path, file, Backup::none);
+    return replace_file(path, pbm_file(outline.width, outline.height, outline.rows), Backup::none);
 }
 
 std::string write_clipboard(const std::string& path, std::span<const std::uint8_t> dib) {

@@ -38,7 +38,7 @@ Outline whole_window() {
 }
 
 Outline skin_outline() {
-    const Dib& skin = *view_skin;
+    const SkinImage& skin = *view_skin;
     Outline outline = whole_window();
     const auto stride = static_cast<std::size_t>(outline.width + 7) / 8;
     const int z = dot_pixels();

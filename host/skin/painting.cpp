@@ -82,7 +82,7 @@ std::uint32_t mean_colour(Sums sums, const Mean& mean) {
 
 /// What painting the skin needs, whatever the rectangle.
 struct SkinScaler {
-    const Dib& skin;
+    const SkinImage& skin;
     int scale;
     std::array<Sums, 256> palette;
     std::vector<Taps> taps;
@@ -90,7 +90,7 @@ struct SkinScaler {
     std::vector<Sums> columns;  // of one window row, a sum for each pixel of the picture
 };
 
-SkinScaler make_scaler(const Dib& skin, int dot) {
+SkinScaler make_scaler(const SkinImage& skin, int dot) {
     SkinScaler scaler{skin, static_cast<int>(skin.scale), {}, {}, {}, {}};
     for (std::size_t i = 0; i < scaler.palette.size(); ++i)
         scaler.palette[i] = spread(dib_colour(skin, static_cast<int>(i)));
@@ -173,7 +173,7 @@ void expand_row(std::span<const std::atomic<std::uint64_t>> words, int first, in
 }
 
 /// Paints a rectangle of the display, which lies in its area.
-void paint_display(const Frame& frame, const Dib& display, SkinRect rect) {
+void paint_display(const Frame& frame, const Display& display, SkinRect rect) {
     const std::array<std::uint32_t, 2> colours{opaque | dib_colour(display, 0),
                                                opaque | dib_colour(display, 1)};
     const int dots = rect.right - rect.left + 1;
@@ -204,14 +204,14 @@ void compose_window(std::span<std::uint32_t> frame, PixelRect rect) {
     if (is_empty(clip)) return;
     const Frame into{frame, static_cast<std::size_t>(window_width()), dot};
 
-    const Dib& skin = *view_skin;
+    const SkinImage& skin = *view_skin;
     SkinScaler scaler = make_scaler(skin, dot);
     for (const SkinRect& band :
          {skin.band_top, skin.band_left, skin.band_right, skin.band_bottom}) {
         const SkinRect part = common_part(band, clip);
         if (!is_empty(part)) paint_skin(into, scaler, part);
     }
-    const Dib& display = flash_phase.load() != 0 ? *view_lcd_flash : *view_lcd;
+    const Display& display = flash_phase.load() != 0 ? *view_lcd_flash : *view_lcd;
     const SkinRect part = common_part(display.area, clip);
     if (!is_empty(part)) paint_display(into, display, part);
 }

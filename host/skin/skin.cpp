@@ -7,12 +7,12 @@
 
 namespace orvanel {
 
-constinit Dib skin_image{};
-constinit Dib skin_image_rot{};
-constinit Dib lcd_dib{};
-constinit Dib lcd_dib_flash{};
-constinit Dib lcd_dib_rot{};
-constinit Dib lcd_dib_rot_flash{};
+constinit SkinImage skin_image{};
+constinit SkinImage skin_image_rot{};
+constinit Display lcd_dib{};
+constinit Display lcd_dib_flash{};
+constinit Display lcd_dib_rot{};
+constinit Display lcd_dib_rot_flash{};
 constinit int key_index = 0;
 constinit int band_index = 0;
 constinit std::uint32_t key_colour_framed = 0;
@@ -62,7 +62,7 @@ std::string glass_fault(const Dib& skin, const Glass& glass) {
     return {};
 }
 
-void measure(Dib& skin, int scale) {
+void measure(SkinImage& skin, int scale) {
     const int width = dib_columns(skin) / scale;
     const int height = dib_rows(skin) / scale;
     skin.scale = static_cast<std::uint32_t>(scale);
@@ -71,13 +71,22 @@ void measure(Dib& skin, int scale) {
     skin.area = {0, 0, width - 1, height - 1};
 }
 
-void make_upright(Dib& display, const UprightImage& image, SkinRect area) {
+/// What the area leaves around the glass.
+void set_bands(SkinImage& skin, SkinRect glass) {
+    const SkinRect& all = skin.area;
+    skin.band_top = {all.left, all.top, all.right, glass.top - 1};
+    skin.band_bottom = {all.left, glass.bottom + 1, all.right, all.bottom};
+    skin.band_left = {all.left, glass.top, glass.left - 1, glass.bottom};
+    skin.band_right = {glass.right + 1, glass.top, all.right, glass.bottom};
+}
+
+void make_upright(Display& display, const UprightImage& image, SkinRect area) {
     dib_create(display, screen_width, screen_height, 2);
     display.upright = &image;
     display.area = area;
 }
 
-void make_rotated(Dib& display, const RotatedImage& image, SkinRect area) {
+void make_rotated(Display& display, const RotatedImage& image, SkinRect area) {
     dib_create(display, screen_height, screen_width, 2);
     display.rotated = &image;
     display.area = area;
@@ -86,7 +95,7 @@ void make_rotated(Dib& display, const RotatedImage& image, SkinRect area) {
 void place_glass(SkinRect upright) {
     make_upright(lcd_dib, lcd_image, upright);
     make_upright(lcd_dib_flash, lcd_image_flash, upright);
-    dib_set_bands(skin_image, upright);
+    set_bands(skin_image, upright);
 
     SkinRect rotated{};
     rotated.left = skin_image.area.bottom - upright.bottom;
@@ -95,15 +104,15 @@ void place_glass(SkinRect upright) {
     rotated.bottom = rotated.top + last_x;
     make_rotated(lcd_dib_rot, lcd_image_rot, rotated);
     make_rotated(lcd_dib_rot_flash, lcd_image_rot_flash, rotated);
-    dib_set_bands(skin_image_rot, rotated);
+    set_bands(skin_image_rot, rotated);
 }
 
 }  // namespace
 
-std::vector<std::uint8_t> builtin_skin() { return unpack_blob(packed_skin, skin_blob_size); }
+Bytes builtin_skin() { return unpack_blob(packed_skin, skin_blob_size); }
 
-std::string skin_analyse(std::vector<std::uint8_t> bmp) {
-    Dib skin{};
+std::string skin_analyse(Bytes bmp) {
+    SkinImage skin{};
     if (std::string fault = dib_attach(skin, std::move(bmp)); !fault.empty()) return "it " + fault;
     const Glass glass = find_glass(skin);
     if (std::string fault = glass_fault(skin, glass); !fault.empty()) return fault;
@@ -119,6 +128,7 @@ std::string skin_analyse(std::vector<std::uint8_t> bmp) {
     measure(skin, scale);
     skin_image = std::move(skin);
     dib_turn(skin_image_rot, skin_image);
+    measure(skin_image_rot, scale);
     const int left = glass.left / scale;
     const int top = glass.top / scale;
     place_glass({left, top, left + last_x, top + last_y});

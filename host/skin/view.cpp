@@ -10,9 +10,9 @@
 
 namespace orvanel {
 
-constinit const Dib* view_skin = &skin_image;
-constinit const Dib* view_lcd = &lcd_dib;
-constinit const Dib* view_lcd_flash = &lcd_dib_flash;
+constinit const SkinImage* view_skin = &skin_image;
+constinit const Display* view_lcd = &lcd_dib;
+constinit const Display* view_lcd_flash = &lcd_dib_flash;
 constinit int screen_scale_percent = 100;
 
 void choose_view() {

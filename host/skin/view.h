@@ -7,7 +7,8 @@
 
 #pragma once
 
-#include "host/skin/dib.h"
+#include "host/skin/display.h"
+#include "host/skin/skin.h"
 #include "seam/platform.h"
 
 #include <string>
@@ -16,9 +17,9 @@ namespace orvanel {
 
 /// The working set: the skin and the display in each flash phase, all three upright or turned.
 /// Their `area` is in skin dots. Without a size until prepare_view.
-extern const Dib* view_skin;
-extern const Dib* view_lcd;
-extern const Dib* view_lcd_flash;
+extern const SkinImage* view_skin;
+extern const Display* view_lcd;
+extern const Display* view_lcd_flash;
 
 /// Points the working set at the images that view_rotated asks for.
 void choose_view();

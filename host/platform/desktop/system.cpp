@@ -1,7 +1,7 @@
 // What window_system.h asks of the desktop beside our windows: clipboard, other programs, help.
 
+#include "base/bmp.h"
 #include "host/platform/desktop/text.h"
-#include "host/skin/dib.h"
 #include "seam/window_system.h"
 
 #include <QApplication>
@@ -22,7 +22,7 @@
 namespace orvanel {
 
 void set_clipboard(std::span<const std::uint8_t> dib) {
-    const std::vector<std::uint8_t> file = bmp_file(dib);
+    const Bytes file = bmp_file(dib);
     const QImage picture = QImage::fromData(file.data(), static_cast<int>(file.size()), "BMP");
     if (!picture.isNull()) QApplication::clipboard()->setImage(picture);
 }

@@ -57,12 +57,12 @@ void fill_images(unsigned seed) {
                 word = random();
 }
 
-bool is_set(const Dib& display, int x, int y) {
+bool is_set(const Display& display, int x, int y) {
     return (dot_row(display, y)[static_cast<std::size_t>(x / 64)].load() >> (63 - x % 64) & 1) != 0;
 }
 
 /// The first pixel of the display that isn't as its dot demands, as text; empty if none.
-std::string wrong_pixel(const Frame& frame, const Dib& display) {
+std::string wrong_pixel(const Frame& frame, const Display& display) {
     const int z = dot_pixels();
     const SkinRect& area = display.area;
     for (int y = area.top * z; y < (area.bottom + 1) * z; ++y)
