@@ -77,7 +77,7 @@ bool is_write_protected(const fs::path& file) {
     return (what.st_mode & any_write) == 0 || (access(file.c_str(), W_OK) != 0 && errno == EACCES);
 }
 
-/// The first name with a number behind it that nothing has.
+/// The first name with a number after it that nothing has.
 std::string numbered(const std::string& name) {
     struct stat ignored {};
     for (int number = 1;; ++number)

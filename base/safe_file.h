@@ -13,7 +13,7 @@ enum class Backup : bool { none, keep };
 
 /// Replaces the file through a link to its target, keeping its mode; makes it if it isn't there. A
 /// write-protected one is refused. With Backup::keep the former file stays beside it under its name
-/// and ".bak", or where that is a folder or write-protected, under a free name behind it. What is
+/// and ".bak", or where that is a folder or write-protected, under a free name after it. What is
 /// no plain file (a device, a pipe) is written as it is. The result is empty on success, else the
 /// reason, and the old file is untouched.
 std::string replace_file(const std::string& path, std::span<const std::uint8_t> content,

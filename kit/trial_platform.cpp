@@ -19,7 +19,7 @@ void spend_byte_time() { trial_byte_taken(); }
 void wake_firmware() {}
 void wake_link() {}
 
-void repaint_display(int, int, int, int) {}
+void repaint_rect(int, int, int, int) {}
 void colours_changed() {}
 void start_fade_timer() {}
 void stop_fade_timer() {}

@@ -9,7 +9,7 @@ namespace orvanel {
 /// Paints the dots x1..x2, y1..y2 of the display, all inclusive and on the glass, in the present
 /// view and flash phase. Returns when they have been painted, or at once when the host has stopped
 /// painting for good. From firmware_thread or the host's main thread.
-void repaint_display(int x1, int y1, int x2, int y2);
+void repaint_rect(int x1, int y1, int x2, int y2);
 
 /// The backlight has moved: shows the display in its new colours. Main thread.
 void colours_changed();

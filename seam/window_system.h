@@ -82,7 +82,7 @@ void open_dialog(const Dialog& dialog, std::optional<PixelPoint> at);
 /// Closes the open dialog. No dialog_used comes of it.
 void close_dialog();
 
-/// Asks for a file to open (host/window/open_question.h); file_chosen is called with the path, or
+/// Asks for a file to open (its box is the system's); file_chosen is called with the path, or
 /// with the file name that the box began with, if the user gives up.
 void ask_for_file();
 

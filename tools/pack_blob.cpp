@@ -39,7 +39,7 @@ std::vector<std::uint8_t> compressed(std::span<const std::uint8_t> bytes) {
     return block;
 }
 
-/// Two hex digits each, a comma behind each.
+/// Two hex digits each, a comma after each.
 std::string listing(std::span<const std::uint8_t> bytes) {
     std::string text;
     for (std::size_t i = 0; i < bytes.size(); ++i) {

@@ -1,5 +1,5 @@
 // border.h: frames of 8 x 8 tiles around a rectangle. An odd border number is an outline, the even
-// number behind it the same outline with a filled panel inside.
+// number after it the same outline with a filled panel inside.
 
 #pragma once
 

@@ -73,7 +73,7 @@ void set_flash_period() {
     const std::uint8_t period = masked(params[0], 15);
     flash_period.store(period);
     flash_timer.store(period);
-    // The tick may be turning the phase at this moment: it looks at the period again behind that.
+    // The tick may be turning the phase at this moment: it looks at the period again after that.
     if (period == 0 && flash_phase.exchange(0) == 1) repaint_all();
 }
 

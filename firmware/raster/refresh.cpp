@@ -176,7 +176,7 @@ void refresh_rect(int x1, int y1, int x2, int y2) {
             show_rotated(block);
         }
     }
-    repaint_display(x1, y1, x2, y2);
+    repaint_rect(x1, y1, x2, y2);
 }
 
 void refresh_dirty() {
@@ -191,6 +191,6 @@ void refresh_area() {
 
 void refresh_all() { refresh_rect(0, 0, last_x, last_y); }
 
-void repaint_all() { repaint_display(0, 0, last_x, last_y); }
+void repaint_all() { repaint_rect(0, 0, last_x, last_y); }
 
 }  // namespace orvanel

@@ -36,7 +36,7 @@ inline void store_dots(std::uint8_t* to, std::uint64_t dots) {
     std::memcpy(to, &bytes, sizeof bytes);
 }
 
-/// 64 dots of the 8 bytes from `at` on, 0 for those behind the end.
+/// 64 dots of the 8 bytes from `at` on, 0 for those after the end.
 inline std::uint64_t load_dots_at(std::span<const std::uint8_t> bytes, std::size_t at) {
     const std::size_t size = bytes.size();
     if (at + 8 <= size) return load_dots(bytes.data() + at);
@@ -49,7 +49,7 @@ inline std::uint64_t load_dots_at(std::span<const std::uint8_t> bytes, std::size
 }
 
 /// 64 dots of the packed row that starts at byte `row`, from `column` (above -64) on: 0 for those
-/// in front of the row and behind the last byte.
+/// in front of the row and after the last byte.
 inline std::uint64_t dots_at(std::span<const std::uint8_t> bytes, std::size_t row, int column) {
     if (column < 0) return load_dots_at(bytes, row) >> -column;
     const std::size_t at = row + static_cast<std::size_t>(column >> 3);

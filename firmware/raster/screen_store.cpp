@@ -53,7 +53,7 @@ void move_area(int target_x, int target_y) {
     const DrawArea source = draw_area;
     picture_width = source.x2 - source.x1 + 1;
     picture_height = low8(source.y2 - source.y1 + 1);
-    // Rows of the full width lie one behind the other and move as one block, as a scroll does.
+    // Rows of the full width lie one after the other and move as one block, as a scroll does.
     const bool whole_rows = picture_width == screen_width && target_x == 0 && !both_planes;
     if (!whole_rows) pack_area(staging_buffer);
 

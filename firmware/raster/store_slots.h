@@ -14,7 +14,7 @@ constexpr int menu_slot = 0;       // the background under an open menu box
 constexpr int clipboard_slot = 1;  // of the clipboard commands
 
 /// A rectangle and where it was taken. `buffer` holds its main plane as packed rows in the first
-/// half and its flash plane in the second, plane_bytes behind it.
+/// half and its flash plane in the second, plane_bytes after it.
 struct ScreenStore {
     PlaneSet buffer;
     std::int32_t x;       // left edge where it was taken

@@ -38,10 +38,10 @@ struct BridgeMessage {
 /// Packs up to six bytes.
 BridgeParameters bridge_pack(std::span<const std::uint8_t> data);
 
-/// The first `n` (0..6) of the six bytes, zeros behind them.
+/// The first `n` (0..6) of the six bytes, zeros after them.
 std::array<std::uint8_t, bridge_piece + 1> bridge_unpack(BridgeParameters parameters, int n);
 
-/// The messages that carry bytes, so many as fit in each, or a file's name behind one that clears
+/// The messages that carry bytes, so many as fit in each, or a file's name after one that clears
 /// the former; and the latter with the order to open that file. A name that is longer than
 /// max_name_length would be opened nowhere.
 std::vector<BridgeMessage> bridge_pieces(std::uint32_t base, std::span<const std::uint8_t> data);

@@ -191,7 +191,7 @@ void open_feed(std::string_view path, int x, int y) {
 }
 
 void drop_file(std::string_view path, int px, int py) {
-    if (put_off([path = std::string(path), px, py] { drop_file(path, px, py); })) return;
+    if (postpone([path = std::string(path), px, py] { drop_file(path, px, py); })) return;
     if (feed_left() > 0) return;
     if (!glass_hit(px, py)) return open_feed(path, 0, 0);
     const ModuleDot dot = glass_to_module(px, py);

@@ -11,7 +11,7 @@
 namespace orvanel {
 
 /// Makes an erased image of `size` bytes and fills its start from the file; a shorter file leaves
-/// 0xFF behind its end, a longer one is cut, of which image_notice tells. The result is empty on
+/// 0xFF after its end, a longer one is cut, of which image_notice tells. The result is empty on
 /// success, else what went wrong, and the image is erased.
 std::string load_image(const std::string& path, int size);
 

@@ -55,7 +55,7 @@ std::optional<std::string_view> section_name(std::string_view line) {
     return of(line, trimmed_part(line, {1, end}));
 }
 
-/// Where the text begins behind its byte order mark.
+/// Where the text begins after its byte order mark.
 std::size_t start_of(std::string_view text) {
     return text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0;
 }
@@ -111,7 +111,7 @@ std::optional<Value> quoted_value(std::string_view text, Part rest) {
     return std::nullopt;
 }
 
-/// The value behind the `=`, up to a blank and a semicolon, which begin a comment.
+/// The value after the `=`, up to a blank and a semicolon, which begin a comment.
 Value value_behind(std::string_view text, Part rest) {
     const std::size_t before = rest.begin;
     rest = trimmed_part(text, rest);

@@ -12,7 +12,7 @@
 namespace orvanel {
 
 /// The value of the first such key in the first such section, none if it isn't there. Section and
-/// key match whatever the case of their letters. Without the blanks around it, a comment behind
+/// key match whatever the case of their letters. Without the blanks around it, a comment after
 /// it, and one pair of quotes. Points into `text`.
 std::optional<std::string_view> ini_value(std::string_view text, std::string_view section,
                                           std::string_view key);
@@ -20,7 +20,7 @@ std::optional<std::string_view> ini_value(std::string_view text, std::string_vie
 /// Whether the text has such a section.
 bool has_ini_section(std::string_view text, std::string_view section);
 
-/// Gives that key this value, unless it has it. A new key goes behind the section's last one, a
+/// Gives that key this value, unless it has it. A new key goes after the section's last one, a
 /// new section to the end of the text. The value is a plain word: no blank, quote, semicolon.
 void set_ini_value(std::string& text, std::string_view section, std::string_view key,
                    std::string_view value);

@@ -70,7 +70,7 @@ extern int custom_dialog_x;
 extern int custom_dialog_y;
 
 /// What stands behind COM1 to COM8, as the user named it (docs/reference/settings.md): not yet
-/// checked, and empty where a name was left out behind the key. Never saved.
+/// checked, and empty where a name was left out after the key. Never saved.
 constexpr int max_ports = 8;
 extern std::array<std::string, max_ports> port_devices;
 

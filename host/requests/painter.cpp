@@ -50,7 +50,7 @@ bool waits_for(std::uint32_t ticket, std::uint32_t answer) {
 
 }  // namespace
 
-void repaint_display(int x1, int y1, int x2, int y2) {
+void repaint_rect(int x1, int y1, int x2, int y2) {
     const DotRect rect{static_cast<std::uint8_t>(x1), static_cast<std::uint8_t>(y1),
                        static_cast<std::uint8_t>(x2), static_cast<std::uint8_t>(y2)};
     if (on_main_thread()) {

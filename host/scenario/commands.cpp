@@ -152,7 +152,7 @@ void print_ports(const Arguments& /*a*/) {
 }
 
 void print_backlight(const Arguments& /*a*/) {
-    print_line("backlight " + std::to_string(backlight_light.load().level));
+    print_line("backlight " + std::to_string(backlight_light.load().backlight_level));
 }
 
 void screen(const Arguments& a) { save_screen(a.path, a.shown); }

@@ -1,4 +1,4 @@
-// expectations.h: what a scenario expects of the module, and the reports where it is disappointed.
+// expectations.h: what a scenario expects of the module, and the reports where it is not met.
 // A disappointment is a fault of status 1 and doesn't end the run.
 
 #pragma once

@@ -17,7 +17,7 @@ struct CaseResult {
     std::vector<Fault> faults;
 };
 
-/// One test case for each result: a failure for each disappointed expectation, an error for each
+/// One test case for each result: a failure for each expectation not met, an error for each
 /// other fault. Bytes that no XML may hold stand as \xHH.
 std::string junit_xml(std::span<const CaseResult> results);
 

@@ -158,9 +158,9 @@ void test_wait() {
 
 void end_wait() {
     test_wait();
-    const Wait disappointed = wait;
+    const Wait unmet = wait;
     stop_waiting();
-    switch (disappointed) {
+    switch (unmet) {
     case Wait::none:
     case Wait::time:
         return;

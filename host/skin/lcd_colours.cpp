@@ -107,7 +107,7 @@ void model_apply() {
         lcd_backlight = model.backlight;
     }
     const LcdColours& row = lcd_colours_of(lcd_type, lcd_polarizer, lcd_backlight);
-    const std::uint8_t level = backlight_light.load().level;
+    const std::uint8_t level = backlight_light.load().backlight_level;
     for (Dib* display : {&lcd_dib, &lcd_dib_flash, &lcd_dib_rot, &lcd_dib_rot_flash}) {
         dib_set_colour(*display, 0, blended(row.clear, level));
         dib_set_colour(*display, 1, blended(row.dot, level));

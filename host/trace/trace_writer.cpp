@@ -93,7 +93,7 @@ void write_line(const std::string& line) {
     if (std::fputs((line + '\n').c_str(), running->file) < 0) running->write_fault = errno;
 }
 
-/// One JSON object: its members one behind the other, each value written out already.
+/// One JSON object: its members one after the other, each value written out already.
 std::string json_object(std::initializer_list<std::pair<std::string_view, std::string>> members) {
     std::string object = "{\"time\":" + time_now();
     for (const auto& [name, value] : members)
@@ -116,7 +116,7 @@ std::span<const std::uint8_t> raw_bytes(const Step& step) {
     return bytes.subspan(std::min(step.raw_start, bytes.size()));
 }
 
-/// Bytes behind the numbers, without the one that ends a text; whether they are one.
+/// Bytes after the numbers, without the one that ends a text; whether they are one.
 bool as_text(std::span<const std::uint8_t>& raw) {
     const bool ends = !raw.empty() && (raw.back() == 0 || raw.back() == '\n' || raw.back() == '\r');
     const auto inside = ends ? raw.first(raw.size() - 1) : raw;

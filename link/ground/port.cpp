@@ -63,10 +63,11 @@ void com_rts_off() { rts_wanted.store(false); }
 
 void tick_frame_timeout() {
     FrameProgress seen = frame_progress.load();
-    while (seen.timeout != 0) {
+    while (seen.frame_timeout != 0) {
         const FrameProgress next =
-            seen.timeout > tick
-                ? FrameProgress{seen.state, static_cast<std::uint8_t>(seen.timeout - tick)}
+            seen.frame_timeout > tick
+                ? FrameProgress{seen.frame_state,
+                                static_cast<std::uint8_t>(seen.frame_timeout - tick)}
                 : FrameProgress{FrameState::start, 0};
         // A byte that comes meanwhile brings a new limit, and we look again.
         if (frame_progress.compare_exchange_weak(seen, next)) return;

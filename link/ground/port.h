@@ -49,8 +49,8 @@ enum class FrameState : std::uint8_t {
 
 /// State and time limit of the frame that is coming in. The limit's end changes both: one word.
 struct alignas(2) FrameProgress {  // its size: clang's atomics need that to work inline
-    FrameState state;
-    std::uint8_t timeout;  // 10 ms units until the frame is dropped, 0: no limit runs
+    FrameState frame_state;
+    std::uint8_t frame_timeout;  // 10 ms units until the frame is dropped, 0: no limit runs
 };
 extern std::atomic<FrameProgress> frame_progress;
 

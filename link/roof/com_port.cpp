@@ -21,7 +21,7 @@ namespace {
 constexpr int nothing_handed = -1;
 constexpr int wait_step_ms = 10;
 constexpr int last_bytes_ms = 200;  // what the last bytes get to leave before a line is closed
-constexpr int device_fifo = 64;     // bytes that a device may hold behind its queue
+constexpr int device_fifo = 64;     // bytes that a device may hold after its queue
 constexpr int small_read = 256;     // bytes; more at once come from no slow line
 
 // The way of a line from the main thread to link_thread.
@@ -142,7 +142,7 @@ int link_read_to_pipe(int n) {
 }
 
 /// Gives the last bytes their time to leave: what the device had no room for, its queue, and what
-/// it may hold behind that.
+/// it may hold after that.
 void let_last_bytes_out() {
     if (!line_waits) return;
     const std::int64_t end = clock_ms() + last_bytes_ms;
@@ -262,23 +262,23 @@ bool com_write(std::span<const std::uint8_t> data) {
     return write_all(data);
 }
 
-LinkRest plain_turn() {
+TurnWait plain_turn() {
     const bool sending = link_send_from_pipe();
     const int queued = com_queued_in();
-    if (queued < 0) return LinkRest::fault;
-    // Asked anew behind the count: bytes that the peer sent behind a change of protocol go the new
+    if (queued < 0) return TurnWait::fault;
+    // Asked again after the count: bytes that the peer sent after a change of protocol go the new
     // way, even if the change came amid this turn.
-    if (queued > 0 && protocol_on.load()) return LinkRest::none;
+    if (queued > 0 && protocol_on.load()) return TurnWait::none;
     int got = 0;
     if (queued > 0) {
         // Any byte from the peer ends the automatic macro.
         auto_macro_mode.store(0);
         got = link_read_to_pipe(queued);
-        if (got <= 0) return LinkRest::fault;
+        if (got <= 0) return TurnWait::fault;
     }
-    if (got > small_read || (sending && tx_count() > 0)) return LinkRest::none;
-    if (got > 0) return LinkRest::pause;
-    return sending && rts_wanted.load() ? LinkRest::input : LinkRest::change;
+    if (got > small_read || (sending && tx_count() > 0)) return TurnWait::none;
+    if (got > 0) return TurnWait::pause;
+    return sending && rts_wanted.load() ? TurnWait::input : TurnWait::change;
 }
 
 void com_wait(LineEvent event, int ms) { wait_for_line(line, event, ms); }

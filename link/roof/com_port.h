@@ -64,8 +64,8 @@ int com_read(std::span<std::uint8_t> into);
 /// a fault or took nothing for as long, another line was handed over, or the program ends.
 bool com_write(std::span<const std::uint8_t> data);
 
-/// What link_thread waits for behind a turn.
-enum class LinkRest : std::uint8_t {
+/// What link_thread waits for after a turn.
+enum class TurnWait : std::uint8_t {
     none,    // nothing: there is more to do
     pause,   // a millisecond, so that bytes that come in one by one gather
     change,  // CTS, RTS or a full queue; nobody tells of these, so it looks again soon
@@ -77,7 +77,7 @@ enum class LinkRest : std::uint8_t {
 
 /// One turn of plain bytes: answers go out while CTS is on, then what has arrived goes into
 /// rx_pipe. Above the high mark RTS goes off.
-LinkRest plain_turn();
+TurnWait plain_turn();
 
 /// Waits for this on the open line, `ms` at most.
 void com_wait(LineEvent event, int ms);

@@ -15,37 +15,37 @@ constexpr int long_ms = 1000;  // whatever ends such a wait wakes us
 
 constinit int faults = 0;  // in a row
 
-void rest_behind_turn(LinkRest rest) {
-    faults = rest == LinkRest::fault ? faults + 1 : 0;
+void wait_after_turn(TurnWait rest) {
+    faults = rest == TurnWait::fault ? faults + 1 : 0;
     switch (rest) {
-    case LinkRest::none:
+    case TurnWait::none:
         return;
-    case LinkRest::pause:
+    case TurnWait::pause:
         return com_wait(LineEvent::idle, 1);
-    case LinkRest::change:
+    case TurnWait::change:
         return com_wait(LineEvent::input, soon_ms);
-    case LinkRest::output:
+    case TurnWait::output:
         return com_wait(LineEvent::output, soon_ms);
-    case LinkRest::input:
+    case TurnWait::input:
         return com_wait(LineEvent::input, long_ms);
-    case LinkRest::fault:
-        // A line error shows once, and bytes may stand behind it.
+    case TurnWait::fault:
+        // A line error shows once, and bytes may stand after it.
         return com_wait(LineEvent::idle, faults == 1 ? soon_ms : fault_ms);
-    case LinkRest::wake:
+    case TurnWait::wake:
         return com_wait(LineEvent::idle, long_ms);
     }
 }
 
 }  // namespace
 
-LinkRest link_turn() {
+TurnWait link_turn() {
     serve_line_words();
-    if (!line_is_open()) return LinkRest::wake;
-    const LinkRest rest = protocol_on.load() ? framed_turn() : plain_turn();
-    const bool quiet = rest == LinkRest::input || rest == LinkRest::change;
+    if (!line_is_open()) return TurnWait::wake;
+    const TurnWait rest = protocol_on.load() ? framed_turn() : plain_turn();
+    const bool quiet = rest == TurnWait::input || rest == TurnWait::change;
     if (!quiet || !line_is_full()) return rest;
     // With CTS off a device that takes bytes would wake us again and again.
-    return line_has_cts() ? LinkRest::output : LinkRest::change;
+    return line_has_cts() ? TurnWait::output : TurnWait::change;
 }
 
 void run_link() {
@@ -59,7 +59,7 @@ void run_link() {
         // A reset empties the pipe without a read; and the firmware may read the last byte before
         // RTS has gone off for it.
         if (!rts_wanted.load() && rx_count() < low_mark) com_rts_on();
-        rest_behind_turn(link_turn());
+        wait_after_turn(link_turn());
     }
 }
 

@@ -9,11 +9,11 @@ namespace orvanel {
 /// One turn: takes over what was asked of the line, then moves plain bytes or frames, by
 /// protocol_on; without a line nothing. In module time it is the whole of link_thread, each 5 ms.
 /// The result says what there is to wait for.
-LinkRest link_turn();
+TurnWait link_turn();
 
 /// The thread's body: turn after turn, from the module's first reset until shutdown_requested.
 /// Between them it sleeps until there is something to do. Whoever sets shutdown_requested calls
-/// wake_link, and close_link behind it.
+/// wake_link, and close_link after it.
 void run_link();
 
 }  // namespace orvanel

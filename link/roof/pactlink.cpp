@@ -15,29 +15,32 @@ constinit AnswerFrame answer_frame{};
 namespace {
 
 // The frame that is coming in.
-constinit std::uint8_t type = 0;  // its start byte
-constinit std::uint8_t sum = 0;   // of the bytes so far
-constinit std::uint8_t length = 0;
-constinit std::uint8_t received = 0;  // of its payload
-constinit std::array<std::uint8_t, 255> payload{};
-constinit bool sound = false;  // the checksum was right
+constinit std::uint8_t frame_type = 0;  // its start byte
+constinit std::uint8_t frame_sum = 0;   // of the bytes so far
+constinit std::uint8_t frame_length = 0;
+constinit std::uint8_t frame_index = 0;  // of its payload
+constinit std::array<std::uint8_t, 255> frame_payload{};
+constinit std::uint8_t frame_verdict = frame_nak;  // the answer to the last whole frame
 
 constexpr std::uint8_t start_and_length = 2;
 constexpr std::uint8_t upper_case = 0xDF;  // mask: a lower-case letter counts as its upper-case one
 constexpr int max_reported_waiting = 128;  // the command I tells no more than these
 constexpr int max_reported_room = 250;
 
+/// The checksum was right, and what came with it was taken.
+bool is_sound() { return frame_verdict == frame_ack; }
+
 bool is_start(std::uint8_t byte) { return byte == frame_data || byte == frame_control; }
 
 /// Where a byte leads from a state that takes it.
-FrameState behind(FrameState state, std::uint8_t byte) {
+FrameState state_after(FrameState state, std::uint8_t byte) {
     switch (state) {
     case FrameState::start:
         return FrameState::length;
     case FrameState::length:
         return byte == 0 ? FrameState::sum : FrameState::payload;
     case FrameState::payload:
-        return received + 1 == length ? FrameState::sum : FrameState::payload;
+        return frame_index + 1 == frame_length ? FrameState::sum : FrameState::payload;
     default:
         return FrameState::complete;
     }
@@ -46,20 +49,20 @@ FrameState behind(FrameState state, std::uint8_t byte) {
 void take(FrameState state, std::uint8_t byte) {
     switch (state) {
     case FrameState::start:
-        type = sum = byte;
+        frame_type = frame_sum = byte;
         return;
     case FrameState::length:
-        length = byte;
-        received = 0;
+        frame_length = byte;
+        frame_index = 0;
         break;
     case FrameState::payload:
-        payload[received++] = byte;
+        frame_payload[frame_index++] = byte;
         break;
     default:
-        sound = byte == sum;
+        frame_verdict = byte == frame_sum ? frame_ack : frame_nak;
         return;
     }
-    sum = static_cast<std::uint8_t>(sum + byte);
+    frame_sum = static_cast<std::uint8_t>(frame_sum + byte);
 }
 
 std::uint8_t sum_of(std::span<const std::uint8_t> bytes) {
@@ -70,14 +73,14 @@ std::uint8_t sum_of(std::span<const std::uint8_t> bytes) {
 }
 
 std::span<const std::uint8_t> last_answer() {
-    return std::span(answer_frame.bytes).first(answer_frame.payload_length + std::size_t{3});
+    return std::span(answer_frame.bytes).first(answer_frame.answer_payload_length + std::size_t{3});
 }
 
 /// Puts head and sum around the `n` payload bytes that stand in answer_frame.
 std::span<const std::uint8_t> close_answer(std::uint8_t start, std::size_t n) {
-    answer_frame.payload_length = static_cast<std::uint8_t>(n);
+    answer_frame.answer_payload_length = static_cast<std::uint8_t>(n);
     answer_frame.bytes[0] = start;
-    answer_frame.bytes[1] = answer_frame.payload_length;
+    answer_frame.bytes[1] = answer_frame.answer_payload_length;
     const std::size_t end = start_and_length + n;
     answer_frame.bytes[end] = sum_of(std::span(answer_frame.bytes).first(end));
     return last_answer();
@@ -100,14 +103,14 @@ std::span<const std::uint8_t> answer_waiting() {
 
 void set_parameters() {
     constexpr std::uint8_t whole = 3;
-    if (length < whole) return;
-    packet_size.store(std::min<std::uint8_t>(payload[1], max_answer));
-    frame_timeout_reload.store(payload[2]);
+    if (frame_length < whole) return;
+    packet_size.store(std::min<std::uint8_t>(frame_payload[1], max_answer));
+    frame_timeout_reload.store(frame_payload[2]);
 }
 
 /// Carries out a control frame that was acknowledged. The answer frame to send, empty for none.
-std::span<const std::uint8_t> control_action() {
-    switch (length == 0 ? 0 : payload[0] & upper_case) {
+std::span<const std::uint8_t> frame_action() {
+    switch (frame_length == 0 ? 0 : frame_payload[0] & upper_case) {
     case 'I':
         return answer_values({std::min(tx_count(), max_reported_waiting),
                               std::min(pipe_size - rx_count(), max_reported_room)});
@@ -128,11 +131,11 @@ std::span<const std::uint8_t> control_action() {
 
 /// Delivers a data frame that is sound. False if it doesn't fit whole; then nothing has changed.
 bool deliver() {
-    if (length == 0) return true;
-    if (length > pipe_size - rx_count()) return false;
+    if (frame_length == 0) return true;
+    if (frame_length > pipe_size - rx_count()) return false;
     // Before the bytes, which may start an automatic macro of their own.
     auto_macro_mode.store(0);
-    return rx_pipe_put_whole(std::span(payload).first(length));
+    return rx_pipe_put_whole(std::span(frame_payload).first(frame_length));
 }
 
 void send_verdict(std::uint8_t verdict) {
@@ -144,26 +147,27 @@ void send_verdict(std::uint8_t verdict) {
 /// module deselects this one without a word.
 void select_module() {
     constexpr std::uint8_t whole = 3;
-    if (length < whole) return;
-    const std::uint8_t choice = payload[1];  // its case counts
-    const bool own = payload[2] == module_address.load();
+    if (frame_length < whole) return;
+    const std::uint8_t choice = frame_payload[1];  // its case counts
+    const bool own = frame_payload[2] == module_address.load();
     if (choice != 'S' && (choice != 'D' || !own)) return;
     module_selected.store(choice == 'S' && own);
     if (own) send_verdict(frame_ack);
 }
 
 bool is_selection() {
-    return sound && type == frame_control && length > 0 && (payload[0] & upper_case) == 'A';
+    return is_sound() && frame_type == frame_control && frame_length > 0 &&
+           (frame_payload[0] & upper_case) == 'A';
 }
 
 /// What the module does with a frame while it is selected. A data frame is delivered before its
 /// verdict goes out, since room and delivery are looked at in one step.
 void answer_frame_now() {
-    const bool taken = sound && (type == frame_control || deliver());
-    (taken ? frames_good : frames_bad).fetch_add(1, std::memory_order_relaxed);
-    send_verdict(taken ? frame_ack : frame_nak);
-    if (!taken || type != frame_control) return;
-    if (const auto answer = control_action(); !answer.empty()) com_write(answer);
+    if (is_sound() && frame_type == frame_data && !deliver()) frame_verdict = frame_nak;
+    (is_sound() ? frames_good : frames_bad).fetch_add(1, std::memory_order_relaxed);
+    send_verdict(frame_verdict);
+    if (!is_sound() || frame_type != frame_control) return;
+    if (const auto answer = frame_action(); !answer.empty()) com_write(answer);
 }
 
 }  // namespace
@@ -171,46 +175,47 @@ void answer_frame_now() {
 void frame_receive_byte(std::uint8_t byte) {
     FrameProgress seen = frame_progress.load();
     FrameState next{};
-    // The tick or a reset may change the word meanwhile: then the byte comes behind that.
+    // The tick or a reset may change the word meanwhile: then the byte comes after that.
     do {
-        if (seen.state == FrameState::complete) return;
-        if (seen.state == FrameState::start && !is_start(byte)) return;
-        next = behind(seen.state, byte);
+        if (seen.frame_state == FrameState::complete) return;
+        if (seen.frame_state == FrameState::start && !is_start(byte)) return;
+        next = state_after(seen.frame_state, byte);
     } while (!frame_progress.compare_exchange_weak(seen, {next, frame_timeout_reload.load()}));
-    take(seen.state, byte);
+    take(seen.frame_state, byte);
 }
 
 void handle_frame() {
     if (is_selection() || !module_selected.load())
-        (sound ? frames_good : frames_bad).fetch_add(1, std::memory_order_relaxed);
+        (is_sound() ? frames_good : frames_bad).fetch_add(1, std::memory_order_relaxed);
     if (is_selection())
         select_module();
     else if (module_selected.load())
         answer_frame_now();
     // A limit that still runs does so without harm: the next start byte sets it anew.
     FrameProgress seen = frame_progress.load();
-    while (!frame_progress.compare_exchange_weak(seen, {FrameState::start, seen.timeout})) {
+    while (!frame_progress.compare_exchange_weak(seen, {FrameState::start, seen.frame_timeout})) {
     }
 }
 
-LinkRest framed_turn() {
+TurnWait framed_turn() {
     const int queued = com_queued_in();
-    if (queued < 0) return LinkRest::fault;
-    // As in a plain turn: bytes behind a change of protocol go the new way.
-    if (queued > 0 && !protocol_on.load()) return LinkRest::none;
+    if (queued < 0) return TurnWait::fault;
+    // As in a plain turn: bytes after a change of protocol go the new way.
+    if (queued > 0 && !protocol_on.load()) return TurnWait::none;
     std::array<std::uint8_t, max_answer + 3> bytes;
     if (queued > 0) {
         const auto most = std::min(bytes.size(), static_cast<std::size_t>(queued));
         const int got = com_read(std::span(bytes).first(most));
-        if (got <= 0) return LinkRest::fault;
+        if (got <= 0) return TurnWait::fault;
         for (const std::uint8_t byte : std::span(bytes).first(static_cast<std::size_t>(got))) {
             frame_receive_byte(byte);
-            if (frame_progress.load().state == FrameState::complete) handle_frame();
+            if (frame_progress.load().frame_state == FrameState::complete) handle_frame();
         }
     }
-    if (static_cast<std::size_t>(queued) > bytes.size()) return LinkRest::none;
-    if (queued > 0 && frame_progress.load().state != FrameState::start) return LinkRest::pause;
-    return rts_wanted.load() ? LinkRest::input : LinkRest::change;
+    if (static_cast<std::size_t>(queued) > bytes.size()) return TurnWait::none;
+    if (queued > 0 && frame_progress.load().frame_state != FrameState::start)
+        return TurnWait::pause;
+    return rts_wanted.load() ? TurnWait::input : TurnWait::change;
 }
 
 }  // namespace orvanel

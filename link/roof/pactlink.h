@@ -23,7 +23,7 @@ constexpr std::size_t max_answer = 64;        // payload bytes of an answer fram
 /// next one is built, whatever comes between. Zeros at program start.
 struct AnswerFrame {
     std::array<std::uint8_t, max_answer + 3> bytes;
-    std::uint8_t payload_length;
+    std::uint8_t answer_payload_length;
 };
 extern AnswerFrame answer_frame;
 
@@ -38,6 +38,6 @@ void handle_frame();
 
 /// One turn of frames: reads as much as one frame of an answer's size, and handles what is
 /// complete.
-LinkRest framed_turn();
+TurnWait framed_turn();
 
 }  // namespace orvanel

@@ -31,7 +31,7 @@ std::vector<std::uint8_t> take_some(std::span<const std::uint8_t>& steps, std::s
 
 void check_words() {
     const FrameProgress progress = frame_progress.load();
-    check(progress.state >= FrameState::start && progress.state <= FrameState::sum);
+    check(progress.frame_state >= FrameState::start && progress.frame_state <= FrameState::sum);
     check(packet_size <= max_answer);
     check(answer_frame.payload_length <= max_answer);
     check(rx_count() <= pipe_size);

@@ -81,7 +81,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     put_settings(again);
     check(again == saved);
 
-    // The last line gets an end where something is added behind it.
+    // The last line gets an end where something is added after it.
     for (const std::string& line : lines_without(text, saved))
         check(may_go(line) || text.ends_with(line));
 

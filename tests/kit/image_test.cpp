@@ -109,7 +109,7 @@ TEST_F(KitImage, length_crc_and_stream_length_are_met_by_filler) {
     EXPECT_EQ(stream.size(), 32454U);
     EXPECT_EQ(image_from_stream(stream, eeprom_small), built.image);
     EXPECT_EQ(build("", {32766, -1, -1}).image.size(), 32768U) << messages;
-    // The CRC alone: two bytes behind the last item.
+    // The CRC alone: two bytes after the last item.
     EXPECT_EQ(summary_of(build(source, {-1, 0, -1}).image),
               "32768 bytes, length 0x0E35, CRC 0x0000");
     // A stream can grow by any number of bytes but one.
@@ -271,7 +271,7 @@ TEST_F(KitImage, a_dump_can_be_changed) {
 // Random kits, through the image, its dump and its stream.
 TEST_F(KitImage, random_kits_come_back_whole) {
     std::mt19937 random(12);
-    Bytes streams;  // one behind the other, as a device programs its module anew
+    Bytes streams;  // one after the other, as a device programs its module anew
     for (int round = 0; round < 15; ++round) {
         const std::string source = random_pictures(random) + random_macros(random);
         const BuildOptions options{random() % 2 == 0 ? -1 : 0x4000, random() % 2 == 0 ? -1 : 0x1234,

@@ -95,7 +95,7 @@ TEST(KitPicture, takes_a_colour_for_as_light_as_the_eye_does_and_what_is_clear_f
 TEST(KitPicture, refuses_what_is_damaged_or_too_large_without_taking_memory) {
     const Dots dots = dots_from(shape);
     Bytes png = encode_png(gray_of(dots));
-    // Width and height stand behind the head of the first chunk, and a check of the chunk behind.
+    // Width and height stand after the head of the first chunk, and a check of the chunk after.
     Bytes huge = png;
     huge[18] = huge[22] = 0x27;
     EXPECT_NE(fault_of(huge), "");

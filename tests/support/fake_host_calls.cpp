@@ -5,7 +5,7 @@
 
 namespace orvanel {
 
-void repaint_display(int x1, int y1, int x2, int y2) {
+void repaint_rect(int x1, int y1, int x2, int y2) {
     ++fake_platform.paints;
     if (fake_platform.record_paints) fake_platform.painted.push_back({x1, y1, x2, y2});
 }

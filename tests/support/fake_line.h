@@ -33,7 +33,7 @@ struct FakeLine {
     int waits;                       // calls of wait_for_line
     LineEvent waited_for;            // the last of them
     std::int64_t now_ms;             // the clock; a wait moves it to its end
-    std::function<void()> on_write;  // runs behind each write
+    std::function<void()> on_write;  // runs after each write
     std::function<void()> on_wait;   // runs in each wait: where a test lets the world move
     std::function<void()> on_wake;   // runs in each wake_link
 };

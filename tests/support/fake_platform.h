@@ -20,7 +20,7 @@ struct FakePlatform {
     long idle_sleeps;    // calls of sleep_until_woken
     long bytes_spent;    // calls of spend_byte_time
     bool record_paints;  // keep each rectangle in `painted`
-    long paints;         // calls of repaint_display
+    long paints;         // calls of repaint_rect
     std::vector<PaintedRect> painted;
     long colour_changes;
     long beeps;

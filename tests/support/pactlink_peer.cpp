@@ -22,7 +22,7 @@ constexpr std::uint8_t start_control = 0x12;
 constexpr std::uint8_t ack = 0x06;
 constexpr std::uint8_t nak = 0x15;
 
-// Well behind the module's time-out, which the soak sets to 200 ms: it has dropped a frame that
+// Well after the module's time-out, which the soak sets to 200 ms: it has dropped a frame that
 // doesn't go on.
 constexpr milliseconds dropped_time{700};
 constexpr milliseconds delay{5};

@@ -38,48 +38,49 @@ void power_on_backlight() {
 
 void put_backlight_current(std::uint8_t current) {
     BacklightLight seen = backlight_light.load();
-    while (!backlight_light.compare_exchange_weak(seen, {current, seen.level})) {
+    while (!backlight_light.compare_exchange_weak(seen, {current, seen.backlight_level})) {
     }
 }
 
 void tick_fade() {
-    if (backlight_light.load().current != backlight_goal.load().target) start_fade_timer();
+    if (backlight_light.load().backlight_current != backlight_goal.load().backlight_target)
+        start_fade_timer();
 }
 
 void tick_backlight_limit() {
     BacklightGoal seen = backlight_goal.load();
-    while (seen.off_timer != 0) {
-        const std::uint8_t left = low8(seen.off_timer - 1);
-        const std::uint8_t target = left == 0 ? std::uint8_t{0} : seen.target;
+    while (seen.backlight_off_timer != 0) {
+        const std::uint8_t left = low8(seen.backlight_off_timer - 1);
+        const std::uint8_t target = left == 0 ? std::uint8_t{0} : seen.backlight_target;
         if (backlight_goal.compare_exchange_weak(seen, {target, left})) return;
     }
 }
 
 void backlight_fade_step() {
     BacklightLight seen = backlight_light.load();
-    const std::uint8_t target = backlight_goal.load().target;
-    if (seen.current == target) {
+    const std::uint8_t target = backlight_goal.load().backlight_target;
+    if (seen.backlight_current == target) {
         stop_fade_timer();
         return;
     }
     // A command or a reset may have moved it meanwhile: then this step is theirs.
-    backlight_light.compare_exchange_strong(seen, step_towards(target, seen.current));
+    backlight_light.compare_exchange_strong(seen, step_towards(target, seen.backlight_current));
     colours_changed();
 }
 
 void set_backlight_level(std::uint8_t level) {
     BacklightLight seen = backlight_light.load();
-    while (!backlight_light.compare_exchange_weak(seen, {seen.current, level})) {
+    while (!backlight_light.compare_exchange_weak(seen, {seen.backlight_current, level})) {
     }
 }
 
 void adopt_backlight_level() {
-    const std::uint8_t level = backlight_light.load().level;
+    const std::uint8_t level = backlight_light.load().backlight_level;
     const std::uint8_t percent = level == level_full ? full : level;
     put_backlight_current(percent);
     backlight_brightness.store(percent);
     BacklightGoal seen = backlight_goal.load();
-    while (!backlight_goal.compare_exchange_weak(seen, {percent, seen.off_timer})) {
+    while (!backlight_goal.compare_exchange_weak(seen, {percent, seen.backlight_off_timer})) {
     }
 }
 

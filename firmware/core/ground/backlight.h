@@ -12,18 +12,19 @@ namespace orvanel {
 /// Percent that ESC Y H chose, 0..100.
 extern std::atomic<std::uint8_t> backlight_brightness;
 
-/// Where the fade runs to: `target` in percent, 0 while the light is off, and `off_timer`, the
-/// ticks until it goes off, 0 for no limit. The commands set them, the tick ends them: one word.
+/// Where the fade runs to, `backlight_target` in percent, 0 while the light is off; and
+/// `backlight_off_timer`, the ticks until it goes off, 0 for no limit. The commands set them, the
+/// tick ends them: one word.
 struct alignas(2) BacklightGoal {  // its size: clang's atomics need that to work inline
-    std::uint8_t target, off_timer;
+    std::uint8_t backlight_target, backlight_off_timer;
 };
 extern std::atomic<BacklightGoal> backlight_goal;
 
-/// Where the fade has come: `current` in percent, and `level`, what the colour model shows: 0 dark,
-/// 1 full, else percent. A fade up to 1 percent shows as full. Commands, reset and fade set them:
-/// one word.
+/// Where the fade has come, `backlight_current` in percent; and `backlight_level`, what the colour
+/// model shows: 0 dark, 1 full, else percent. A fade up to 1 percent shows as full. Commands, reset
+/// and fade set them: one word.
 struct alignas(2) BacklightLight {
-    std::uint8_t current, level;
+    std::uint8_t backlight_current, backlight_level;
 };
 extern std::atomic<BacklightLight> backlight_light;
 
@@ -42,7 +43,7 @@ void tick_backlight_limit();
 /// target is reached, else steps and shows the new colours.
 void backlight_fade_step();
 
-/// The user sets what shows by hand, as BacklightLight's `level`; where the fade stands stays. From
+/// The user sets what shows by hand, as `backlight_level`; where the fade stands stays. From
 /// the main thread.
 void set_backlight_level(std::uint8_t level);
 

@@ -26,8 +26,8 @@ constinit std::atomic<std::uint32_t> ports_shown{0};
 
 namespace {
 
-/// The version as two BCD digits and the revision letter, out of the version text: the digit behind
-/// the first 'V', the one behind the next '.', and the letter behind the '.' after that.
+/// The version as two BCD digits and the revision letter, out of the version text: the digit after
+/// the first 'V', the one after the next '.', and the letter after the '.' after that.
 struct Version {
     std::uint8_t number, revision;
 };

@@ -27,7 +27,7 @@ namespace {
 constinit MacroSequence automatic{};
 constinit std::uint8_t auto_macro_period = 0;
 
-/// Steps behind a start. True if that ends the sequence; then nothing else has changed.
+/// Steps after a start. True if that ends the sequence; then nothing else has changed.
 bool step_sequence(MacroSequence& s) {
     switch (s.mode) {
     case 1:
@@ -59,7 +59,7 @@ bool step_sequence(MacroSequence& s) {
     return false;
 }
 
-/// From macro a to macro b: the odd mode `up`, or the even one behind it for b below a.
+/// From macro a to macro b: the odd mode `up`, or the even one after it for b below a.
 MacroSequence sequence_from(std::uint8_t a, std::uint8_t b, std::uint8_t up) {
     return {low8(b >= a ? up : up + 1), std::min(a, b), std::max(a, b), a};
 }

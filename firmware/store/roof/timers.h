@@ -44,7 +44,7 @@ void run_auto_macro();
 /// Starts the next macro of process i, 0..3, steps its sequence and reloads its countdown.
 void run_process_macro(int i);
 
-/// Serves all counters, in a fixed order. Called on the host's main thread every 100 ms, behind the
+/// Serves all counters, in a fixed order. Called on the host's main thread every 100 ms, after the
 /// feeds' share.
 void firmware_tick();
 

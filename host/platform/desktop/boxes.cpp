@@ -41,7 +41,7 @@ class TableDialog final : public QDialog {
 
     /// Where it stands goes to the rules before what was done in it, which may end it. Not with
     /// each move: while a window manager takes it in, the frame is not yet known.
-    void use(int control, int value) {
+    void report_use(int control, int value) {
         keep_corner();
         dialog_used(control, value);
     }
@@ -52,7 +52,7 @@ class TableDialog final : public QDialog {
         keep_corner();
         dialog_boxed();
     }
-    void reject() override { use(cancel_id, 0); }
+    void reject() override { report_use(cancel_id, 0); }
 
   private:
     void keep_corner() const {
@@ -132,7 +132,7 @@ class Builder {
         button->setChecked(dialog_value(id) != 0);
         // The one that is chosen already shows its choice too: a reset may have left old colours.
         QObject::connect(button, &QRadioButton::clicked, &dialog,
-                         [&box = dialog, id] { box.use(id, 1); });
+                         [&box = dialog, id] { box.report_use(id, 1); });
         group->addWidget(button);
         give_focus(button, id);
     }
@@ -147,7 +147,7 @@ class Builder {
         slider->setTickPosition(QSlider::TicksBelow);
         slider->setValue(dialog_value(id));
         QObject::connect(slider, &QSlider::valueChanged, &dialog,
-                         [&box = dialog, id](int position) { box.use(id, position); });
+                         [&box = dialog, id](int position) { box.report_use(id, position); });
         auto* const label = new QLabel(to_qt(control.label));
         label->setBuddy(slider);
         page->addWidget(label, 0, Qt::AlignHCenter);
@@ -179,7 +179,7 @@ class Builder {
         button->setObjectName(QString::number(id));
         button->setDefault(id == focus_id);
         QObject::connect(button, &QPushButton::clicked, &dialog,
-                         [&box = dialog, id] { box.use(id, 0); });
+                         [&box = dialog, id] { box.report_use(id, 0); });
         buttons->addWidget(button);
         give_focus(button, id);
     }

@@ -199,7 +199,7 @@ int run_event_loop() {
     return status;
 }
 
-/// The event loop from its start to its end, with what has to be saved behind it.
+/// The event loop from its start to its end, with what has to be saved after it.
 int run_window() {
     unsaved = true;
     std::atexit(on_exit);

@@ -53,7 +53,7 @@ void add_item(QMenu& menu, const MenuRow& row) {
     actions[id] = action;
 }
 
-/// Fills a menu with the rows from `row` on, and steps behind its end.
+/// Fills a menu with the rows from `row` on, and steps after its end.
 void fill(QMenu& menu, std::span<const MenuRow> rows, std::size_t& row) {
     for (; row < rows.size(); ++row)
         switch (rows[row].part) {

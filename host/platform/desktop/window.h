@@ -10,7 +10,7 @@ namespace orvanel {
 /// Opens the window, starts the module, and feeds it `file` unless that is empty. A QApplication
 /// exists, and settings and EEPROM image stand. SIGINT, SIGTERM and SIGHUP end the event loop
 /// from here on, as closing the window does, until close_end_signals (host/platform/system/wake.h):
-/// one that comes behind the loop does nothing. False if the system lacks what that takes.
+/// one that comes after the loop does nothing. False if the system lacks what that takes.
 /// `serial` is the text of `--serial`, empty for none.
 [[nodiscard]] bool open_window(const std::string& file, const std::string& serial = {});
 

@@ -59,7 +59,7 @@ int new_line(int port) {
 
 /// The device of a line for an operation of link_thread. A line that was opened while the one
 /// before was still open finds the device as if it had been opened anew.
-Device& use(int line) {
+Device& device_for_use(int line) {
     Device& device = device_of_line(line);
     if (line == device.used_line) return device;
     device.used_line = line;
@@ -116,10 +116,10 @@ std::string open_device(int port, std::int32_t baud) {
 
 /// Waits for what the line watches, at most `ms`. True if wake_link has come.
 bool wait_for_any(SerialWait& wait, int ms) {
-    std::array<pollfd, 3> fds{pollfd{link_wake, POLLIN, 0}, wait.peer, wait.door};
+    std::array<pollfd, 3> fds{pollfd{link_wake, POLLIN, 0}, wait.peer, wait.listener};
     if (poll(fds.data(), fds.size(), ms) <= 0) return false;
     wait.peer.revents = fds[1].revents;
-    wait.door.revents = fds[2].revents;
+    wait.listener.revents = fds[2].revents;
     if (fds[0].revents == 0) return false;
     // The flag goes last: who finds it still set left his words before we look at them again, and
     // who finds it clear sets the wake anew.
@@ -132,7 +132,7 @@ bool wait_for_any(SerialWait& wait, int ms) {
 bool watch(int line, LineEvent event, int ms) {
     SerialWait wait = watch_nothing;
     if (line <= 0) return wait_for_any(wait, ms);
-    Device& device = use(line);
+    Device& device = device_for_use(line);
     if (event == LineEvent::input && peer_waits(device)) event = LineEvent::idle;
     if (event == LineEvent::cts && !std::holds_alternative<TtyLine>(device.line)) return true;
     wait = std::visit([event](auto& kind) { return wait_of(kind, event); }, device.line);
@@ -206,40 +206,40 @@ void real_serial_close(int line) {
 
 bool real_serial_set_baud(int line, std::int32_t baud) {
     if (baud <= 0) return false;
-    auto* tty = std::get_if<TtyLine>(&use(line).line);
+    auto* tty = std::get_if<TtyLine>(&device_for_use(line).line);
     return tty == nullptr || set_baud(*tty, baud);
 }
 
 void real_serial_set_rts(int line, bool on) {
-    Device& device = use(line);
+    Device& device = device_for_use(line);
     device.rts = on;
     if (auto* tty = std::get_if<TtyLine>(&device.line)) set_rts(*tty, on);
 }
 
 int real_serial_cts(int line) {
-    auto* tty = std::get_if<TtyLine>(&use(line).line);
+    auto* tty = std::get_if<TtyLine>(&device_for_use(line).line);
     return tty == nullptr ? 0 : cts(*tty);
 }
 
 int real_serial_queued_in(int line) {
-    Device& device = use(line);
+    Device& device = device_for_use(line);
     if (peer_waits(device)) return 0;
     return std::visit([](auto& kind) { return queued_in(kind); }, device.line);
 }
 
 int real_serial_queued_out(int line) {
-    return std::visit([](auto& kind) { return queued_out(kind); }, use(line).line);
+    return std::visit([](auto& kind) { return queued_out(kind); }, device_for_use(line).line);
 }
 
 int real_serial_read(int line, std::span<std::uint8_t> into) {
-    Device& device = use(line);
+    Device& device = device_for_use(line);
     if (into.empty() || peer_waits(device)) return 0;
     return std::visit([into](auto& kind) { return read(kind, into); }, device.line);
 }
 
 int real_serial_write(int line, std::span<const std::uint8_t> data) {
     if (data.empty()) return 0;
-    return std::visit([data](auto& kind) { return write(kind, data); }, use(line).line);
+    return std::visit([data](auto& kind) { return write(kind, data); }, device_for_use(line).line);
 }
 
 void real_wait_for_line(int line, LineEvent event, int ms) {

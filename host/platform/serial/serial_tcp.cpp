@@ -98,14 +98,14 @@ Peer look_at_peer(TcpLine& line) {
     return Peer::none;
 }
 
-/// Takes who waits at the door, or sends him away. While a peer is leaving he has to wait.
-void open_door(TcpLine& line) {
+/// Takes the peer that wants to connect, or refuses it. While one is leaving it has to wait.
+void accept_peer(TcpLine& line) {
     if (steady_clock::now() < line.next_accept) return;
     for (Peer peer = look_at_peer(line); peer != Peer::leaving; peer = look_at_peer(line)) {
         const int fd = accept4(line.listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
         if (fd < 0) {
             if (errno == EINTR || errno == ECONNABORTED) continue;
-            // Without a descriptor to spare he stays at the door, which would tell of him without
+            // Without a descriptor to spare he stays in the queue, which would tell of him without
             // end.
             if (errno != EAGAIN) line.next_accept = steady_clock::now() + retry_time;
             return;
@@ -143,7 +143,7 @@ void close_line(TcpLine& line) {
 int queued_in(TcpLine& line) {
     const int count = unread(line);
     if (count > 0) return count;
-    if (look_at_peer(line) != Peer::there) open_door(line);
+    if (look_at_peer(line) != Peer::there) accept_peer(line);
     return unread(line);
 }
 
@@ -178,12 +178,12 @@ SerialWait wait_of(TcpLine& line, LineEvent event) {
     if (shut.count() > 0)
         wait.look_ms = static_cast<int>(shut.count());
     else if (peer != Peer::leaving)
-        wait.door = {line.listener, POLLIN, 0};
+        wait.listener = {line.listener, POLLIN, 0};
     return wait;
 }
 
 bool settle(TcpLine& line, LineEvent event, const SerialWait& wait) {
-    if (wait.door.revents != 0) open_door(line);
+    if (wait.listener.revents != 0) accept_peer(line);
     if (event == LineEvent::input) return unread(line) > 0;
     return wait.peer.revents != 0;
 }

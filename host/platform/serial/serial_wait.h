@@ -19,9 +19,9 @@
 namespace orvanel {
 
 struct SerialWait {
-    bool ready;         // the event has come already; the rest says nothing
-    int look_ms;        // ask again after this time, whatever comes
-    pollfd peer, door;  // fd -1: not watched
+    bool ready;             // the event has come already; the rest says nothing
+    int look_ms;            // ask again after this time, whatever comes
+    pollfd peer, listener;  // fd -1: not watched
 };
 
 constexpr int no_look = 60'000;  // nothing but descriptors tells; any time will do

@@ -19,7 +19,7 @@ constexpr Control controls[]{
     {ControlKind::button, close_button, "Close"},
 };
 
-void use(int control, int /*value*/) {
+void control_used(int control, int /*value*/) {
     if (control == close_button) end_dialog();
 }
 
@@ -27,9 +27,11 @@ int value_of(int /*control*/) { return 0; }
 
 void stay(int /*x*/, int /*y*/) {}
 
-constexpr Dialog dialog{
-    5000, "About Orvanel42 simulation", controls, close_button, close_button, true, value_of, use,
-    stay};
+constexpr Dialog dialog{5000,         "About Orvanel42 simulation",
+                        controls,     close_button,
+                        close_button, true,
+                        value_of,     control_used,
+                        stay};
 
 }  // namespace
 

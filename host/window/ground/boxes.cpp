@@ -31,7 +31,7 @@ void drop_boxes() {
 
 bool box_is_open() { return open_boxes > 0; }
 
-bool put_off(std::function<void()> action) {
+bool postpone(std::function<void()> action) {
     if (box_is_open()) waiting.push_back(std::move(action));
     return box_is_open();
 }

@@ -20,6 +20,6 @@ void drop_boxes();
 
 /// True while a box is open: the action has been put aside and runs once the last box is closed.
 /// False if nothing keeps it from running now.
-bool put_off(std::function<void()> action);
+bool postpone(std::function<void()> action);
 
 }  // namespace orvanel

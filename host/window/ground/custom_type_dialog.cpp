@@ -93,7 +93,7 @@ void choose(int button) {
     show_choice();
 }
 
-void use(int control, int value) {
+void control_used(int control, int value) {
     switch (control) {
     case light_slider:
         return move_slider(value);
@@ -124,14 +124,14 @@ void keep_place(int x, int y) {
 constexpr Dialog dialog{6000,          "LCD Custom Type - no standard",
                         controls,      ok_button,
                         cancel_button, false,
-                        value_of,      use,
+                        value_of,      control_used,
                         keep_place};
 
 }  // namespace
 
 void open_custom_type_dialog() {
     if (opened_dialog() != nullptr) return;
-    const std::uint8_t level = backlight_light.load().level;
+    const std::uint8_t level = backlight_light.load().backlight_level;
     kept = {lcd_type, lcd_polarizer, lcd_backlight, skin_model, level};
     skin_model = custom_model;
     slider_position = level == level_full ? slider_end : level;

@@ -13,11 +13,11 @@
 namespace orvanel {
 
 enum class ControlKind : std::uint8_t {
-    group,  // a frame with a label around the radio buttons behind it; no id
+    group,  // a frame with a label around the radio buttons after it; no id
     radio,
     slider,  // 0..100 in pages of 25, its label above, "0%" and "100%" at its ends
     label,
-    picture,  // the About bitmap (host/window/about_picture.h), centred, 10 pixels below the top
+    picture,  // the About bitmap (data/about.bmp), centred, 10 pixels below the top
     button,
 };
 

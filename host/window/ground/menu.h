@@ -12,7 +12,7 @@
 namespace orvanel {
 
 enum class MenuPart : std::uint8_t {
-    submenu,  // `label` opens a menu: the rows behind it, up to its `end`
+    submenu,  // `label` opens a menu: the rows after it, up to its `end`
     item,     // `id` and `label`; a tab in it separates the name of its shortcut
     separator,
     end,

@@ -157,7 +157,7 @@ constexpr Action actions[]{
 void menu_command(int id) {
     const auto* const found = std::ranges::find_if(
         actions, [id](const Action& a) { return id >= a.first && id <= a.last; });
-    if (found == std::end(actions) || put_off([id] { menu_command(id); })) return;
+    if (found == std::end(actions) || postpone([id] { menu_command(id); })) return;
     found->run(id - found->first);
 }
 

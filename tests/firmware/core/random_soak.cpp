@@ -31,7 +31,7 @@ namespace {
 
 using namespace orvanel;
 
-/// A command and how many parameters it reads; behind them come a string, or raw bytes.
+/// A command and how many parameters it reads; after them come a string, or raw bytes.
 struct Form {
     std::string_view letters;
     int params;

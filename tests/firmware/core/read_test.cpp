@@ -88,7 +88,7 @@ TEST_F(ReadLayer, an_empty_source_and_a_tick_sleep_5_ms_each) {
     EXPECT_FALSE(tick_yield_pending);
 }
 
-/// An image with these bytes behind the tables, and normal macro n at `macros[n]`.
+/// An image with these bytes after the tables, and normal macro n at `macros[n]`.
 void image_with(std::initializer_list<std::vector<std::uint8_t>> macros) {
     std::vector<std::uint8_t> image(0x0E30, 0xFF);
     std::size_t record = normal_macro_table;

@@ -255,7 +255,7 @@ TEST_F(Store, the_backlight_fades_in_steps_of_two_to_where_it_was_sent) {
         firmware_tick();
         while (fake_platform.fade_running) {
             backlight_fade_step();
-            levels.push_back(backlight_light.load().level);
+            levels.push_back(backlight_light.load().backlight_level);
         }
         return levels;
     };
@@ -266,28 +266,28 @@ TEST_F(Store, the_backlight_fades_in_steps_of_two_to_where_it_was_sent) {
     run_stream(bytes("#YH254;"));
     firmware_tick();
     backlight_fade_step();
-    EXPECT_EQ(backlight_light.load().level, 0) << "dark in one step";
+    EXPECT_EQ(backlight_light.load().backlight_level, 0) << "dark in one step";
     backlight_goal = BacklightGoal{1, 0};
     backlight_fade_step();
-    EXPECT_EQ(backlight_light.load().level, 1) << "one percent going up shows as full";
+    EXPECT_EQ(backlight_light.load().backlight_level, 1) << "one percent going up shows as full";
     set_backlight_level(0);
     params[0] = 255;
     set_brightness();
     backlight_fade_step();
-    EXPECT_EQ(backlight_light.load().level, 1) << "full in one step";
+    EXPECT_EQ(backlight_light.load().backlight_level, 1) << "full in one step";
     run_stream(bytes("#YH200;"));
-    EXPECT_EQ(backlight_goal.load().target, 100);
+    EXPECT_EQ(backlight_goal.load().backlight_target, 100);
     run_stream(bytes("#YL\3"));
     for (int i = 0; i < 3; ++i)
         firmware_tick();
-    EXPECT_EQ(backlight_goal.load().target, 0) << "the time limit has run out";
+    EXPECT_EQ(backlight_goal.load().backlight_target, 0) << "the time limit has run out";
     run_stream(bytes("#YL\3#YH50;"));
-    EXPECT_EQ(backlight_goal.load().off_timer, 0) << "a brightness cancels the limit";
+    EXPECT_EQ(backlight_goal.load().backlight_off_timer, 0) << "a brightness cancels the limit";
     run_stream(bytes("#YL\1"));
-    EXPECT_EQ(backlight_goal.load().target, 100) << "a reset forgets the brightness";
+    EXPECT_EQ(backlight_goal.load().backlight_target, 100) << "a reset forgets the brightness";
     run_stream(bytes("#YH50;#YL\1"));
-    EXPECT_EQ(backlight_goal.load().off_timer, 0) << "1 is on, without a limit";
-    EXPECT_EQ(backlight_goal.load().target, 50);
+    EXPECT_EQ(backlight_goal.load().backlight_off_timer, 0) << "1 is on, without a limit";
+    EXPECT_EQ(backlight_goal.load().backlight_target, 50);
 }
 
 TEST_F(Store, a_wait_sleeps_in_tenths_and_a_restart_ends_it) {

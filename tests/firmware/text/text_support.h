@@ -38,7 +38,7 @@ inline void fresh_text() {
     fake_platform.painted.clear();
 }
 
-/// A font image by its parts; `widths` holds one entry a code, `bits` the glyphs one behind the
+/// A font image by its parts; `widths` holds one entry a code, `bits` the glyphs one after the
 /// other.
 struct TestFont {
     std::uint8_t first, height, line_gap;

@@ -179,7 +179,7 @@ TEST_F(Touch, menus_end_where_their_slots_or_texts_do) {
     // A text without rows opens nothing and asks for nothing; its codes go out all the same.
     EXPECT_EQ(run({send("#NT0,#AM0,0,40,20,65,66,10,go\r"), touch(10, 10)}), " A<1>A");
     EXPECT_EQ(menu_items, 0);
-    // 300 rows behind a label are cut at the buffer's end, and no other menu's text is read.
+    // 300 rows after a label are cut at the buffer's end, and no other menu's text is read.
     EXPECT_EQ(run({send("#AM0,0,40,20,65,66,48,go|" + std::string(400, '|') +
                         "\r#AM60,0,100,20,67,68,10,go|x\r"),
                    touch(10, 10), lift, touch(80, 10), touch(70, 24), lift}),

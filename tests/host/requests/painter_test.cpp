@@ -58,7 +58,7 @@ TEST(Painter, a_drawing_command_goes_on_when_its_rectangle_is_painted) {
     const std::uint32_t served_before = paints_served();
     std::atomic<bool> went_on = false;
     std::thread firmware([&went_on] {
-        repaint_display(13, 0, 239, 127);
+        repaint_rect(13, 0, 239, 127);
         went_on = true;
     });
     wait_for_first_request();
@@ -75,7 +75,7 @@ TEST(Painter, a_drawing_command_goes_on_when_its_rectangle_is_painted) {
 TEST(Painter, the_main_thread_paints_without_a_ticket) {
     fresh_painter(2);
     screen_scale_percent = 150;
-    repaint_display(0, 5, 0, 5);
+    repaint_rect(0, 5, 0, 5);
     screen_scale_percent = 100;
     ASSERT_EQ(painted.size(), 1u);
     EXPECT_TRUE(same(painted[0], {0, 15, 3, 18}));
@@ -102,7 +102,7 @@ TEST(Painter, sealing_lets_the_waiter_go_on_and_nobody_waits_ever_after) {
     fresh_painter(1);
     std::thread firmware([] {
         for (int i = 0; i < 3; ++i)
-            repaint_display(0, 0, 7, 7);
+            repaint_rect(0, 0, 7, 7);
     });
     wait_for_first_request();
     seal_painter();
@@ -111,7 +111,7 @@ TEST(Painter, sealing_lets_the_waiter_go_on_and_nobody_waits_ever_after) {
     EXPECT_TRUE(painted.empty());
 
     fresh_painter(1);
-    std::thread next_run([] { repaint_display(0, 0, 7, 7); });
+    std::thread next_run([] { repaint_rect(0, 0, 7, 7); });
     wait_for_first_request();
     serve_repaint();
     next_run.join();
@@ -124,7 +124,7 @@ TEST(Painter, every_request_of_a_flood_is_painted_once) {
     std::atomic<bool> done = false;
     std::thread firmware([&done] {
         for (int i = 0; i < requests; ++i)
-            repaint_display(i % 240, i % 128, 239, 127);
+            repaint_rect(i % 240, i % 128, 239, 127);
         done = true;
     });
     while (!done)

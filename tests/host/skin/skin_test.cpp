@@ -44,7 +44,7 @@ std::uint32_t pixel_of(const Frame& frame, int x, int y) {
     return frame[static_cast<std::size_t>(y * window_width() + x)];
 }
 
-/// Random dots in all four images; the 16 bits behind a row of an upright one stay 0.
+/// Random dots in all four images; the 16 bits after a row of an upright one stay 0.
 void fill_images(unsigned seed) {
     std::mt19937_64 random{seed};
     for (UprightImage* image : {&lcd_image, &lcd_image_flash})

@@ -138,14 +138,14 @@ TEST_F(ComPort, a_device_that_is_taken_by_the_former_port_is_given_back_first) {
 TEST_F(ComPort, faults_read_nothing_and_pass) {
     receive({'x'});
     fake_line.line_error = true;
-    EXPECT_EQ(link_turn(), LinkRest::fault);
+    EXPECT_EQ(link_turn(), TurnWait::fault);
     EXPECT_EQ(rx_count(), 0);
     link_turn();
     EXPECT_EQ(rx_count(), 1) << "a line error costs one turn";
     fake_line.faulty = true;
     receive({'y'});
     tx_pipe_put('z');
-    EXPECT_EQ(link_turn(), LinkRest::fault);
+    EXPECT_EQ(link_turn(), TurnWait::fault);
     fake_line.faulty = false;
     EXPECT_EQ(answer_to({}), Bytes{'z'});
     EXPECT_EQ(rx_count(), 2);
@@ -184,13 +184,13 @@ TEST_F(ComPort, a_full_device_keeps_what_it_has_no_room_for) {
     fake_line.room = 10;
     tx_pipe_put_block(bytes("0123456789abcdef"));
     receive({'x'});
-    EXPECT_EQ(link_turn(), LinkRest::pause);
-    EXPECT_EQ(link_turn(), LinkRest::output);
+    EXPECT_EQ(link_turn(), TurnWait::pause);
+    EXPECT_EQ(link_turn(), TurnWait::output);
     EXPECT_EQ(rx_count(), 1) << "reading goes on";
     EXPECT_EQ(sent(), bytes("0123456789"));
     fake_line.room = 4;
     fake_line.cts = 1;
-    EXPECT_EQ(link_turn(), LinkRest::change) << "a device with room is no end of the wait";
+    EXPECT_EQ(link_turn(), TurnWait::change) << "a device with room is no end of the wait";
     fake_line.cts = 0;
     choose_protocol(true);
     link_turn();
@@ -252,27 +252,27 @@ TEST_F(ComPort, the_rest_of_a_block_leaves_before_the_line_is_closed) {
     EXPECT_EQ(sent(), bytes("abcd"));
 }
 
-TEST_F(ComPort, behind_a_turn_it_says_what_there_is_to_wait_for) {
-    EXPECT_EQ(link_turn(), LinkRest::input);
+TEST_F(ComPort, after_a_turn_it_says_what_there_is_to_wait_for) {
+    EXPECT_EQ(link_turn(), TurnWait::input);
     receive({'x'});
-    EXPECT_EQ(link_turn(), LinkRest::pause) << "more bytes may be on their way";
+    EXPECT_EQ(link_turn(), TurnWait::pause) << "more bytes may be on their way";
     receive(Bytes(1000));
-    EXPECT_EQ(link_turn(), LinkRest::none);
+    EXPECT_EQ(link_turn(), TurnWait::none);
     tx_pipe_put_block(Bytes(5000));
-    EXPECT_EQ(link_turn(), LinkRest::none);
-    EXPECT_EQ(link_turn(), LinkRest::input);
+    EXPECT_EQ(link_turn(), TurnWait::none);
+    EXPECT_EQ(link_turn(), TurnWait::input);
     fake_line.cts = 1;
     tx_pipe_put('x');
-    EXPECT_EQ(link_turn(), LinkRest::change);
+    EXPECT_EQ(link_turn(), TurnWait::change);
     protocol_on = true;
-    EXPECT_EQ(link_turn(), LinkRest::input);
+    EXPECT_EQ(link_turn(), TurnWait::input);
     receive({0x11});
-    EXPECT_EQ(link_turn(), LinkRest::pause) << "amid a frame";
-    EXPECT_EQ(link_turn(), LinkRest::input);
+    EXPECT_EQ(link_turn(), TurnWait::pause) << "amid a frame";
+    EXPECT_EQ(link_turn(), TurnWait::input);
     com_rts_off();
-    EXPECT_EQ(link_turn(), LinkRest::change);
+    EXPECT_EQ(link_turn(), TurnWait::change);
     com_select(0, 9600);
-    EXPECT_EQ(link_turn(), LinkRest::wake);
+    EXPECT_EQ(link_turn(), TurnWait::wake);
 }
 
 }  // namespace

@@ -165,7 +165,7 @@ TEST_F(Pactlink, a_frame_that_stalls_is_dropped_after_its_time) {
         EXPECT_EQ(answer_to(tail), ack) << cut;
         answer_to(head);
         ticks(4);
-        EXPECT_EQ(frame_progress.load().state, FrameState::start);
+        EXPECT_EQ(frame_progress.load().frame_state, FrameState::start);
         EXPECT_EQ(answer_to(tail), silence) << cut;
     }
     for (const std::uint8_t byte : whole) {
@@ -183,10 +183,10 @@ TEST_F(Pactlink, a_frame_that_stalls_is_dropped_after_its_time) {
 
 TEST_F(Pactlink, an_answered_frame_stops_its_limit_and_a_dropped_one_does_not) {
     answer_to(data_frame({'A'}));
-    EXPECT_EQ(frame_progress.load().timeout, 0);
+    EXPECT_EQ(frame_progress.load().frame_timeout, 0);
     module_selected = false;
     answer_to(data_frame({'A'}));
-    EXPECT_EQ(frame_progress.load().timeout, 200);
+    EXPECT_EQ(frame_progress.load().frame_timeout, 200);
     answer_to({0x12, 3});
     ticks(19);
     EXPECT_EQ(answer_to({'A', 'S', 7, 0xB0}), ack) << "the next frame has its own";
@@ -207,7 +207,7 @@ TEST_F(Pactlink, a_turn_reads_the_bytes_of_one_answer_and_finds_all_frames_in_th
     for (int i = 0; i < 20; ++i)
         many = joined({many, control_frame({'?'})});
     receive(many);
-    EXPECT_EQ(link_turn(), LinkRest::none);
+    EXPECT_EQ(link_turn(), TurnWait::none);
     EXPECT_EQ(fake_line.in.size(), many.size() - 67);
     EXPECT_EQ(sent(), Bytes(16, 0x06));
     EXPECT_EQ(answer_to({}), Bytes(4, 0x06));

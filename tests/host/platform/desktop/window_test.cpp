@@ -319,13 +319,13 @@ TEST_F(Window, shows_the_choice_of_the_dialog_at_once_and_lets_the_menu_wait) {
     dialog()->findChild<QRadioButton*>("6012")->click();
     EXPECT_EQ(lcd_type, 2);
     dialog()->findChild<QSlider*>("6040")->setValue(0);
-    EXPECT_EQ(backlight_light.load().level, 0);
+    EXPECT_EQ(backlight_light.load().backlight_level, 0);
     menu_command(item_zoom + 2);
     zoom_by_wheel(1);
     EXPECT_EQ(view_zoom, 2) << "the box is open";
     dialog()->findChild<QPushButton*>("6051")->click();
     EXPECT_EQ(dialog(), nullptr);
-    EXPECT_EQ(backlight_light.load().level, 1);
+    EXPECT_EQ(backlight_light.load().backlight_level, 1);
     EXPECT_EQ(view_zoom, 3);
     zoom_by_wheel(9);
     EXPECT_EQ(view_zoom, 8);
@@ -440,7 +440,7 @@ TEST_F(Window, feeds_resets_ticks_and_paints_at_once) {
         request_restart(static_cast<std::uint8_t>(resets & 3));
     });
     every(1, [&] {
-        repaint_display(main_paints % 240, 0, 239, main_paints % 128);
+        repaint_rect(main_paints % 240, 0, 239, main_paints % 128);
         ++main_paints;
     });
     EXPECT_TRUE(run_until([&] {

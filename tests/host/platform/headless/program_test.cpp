@@ -134,7 +134,7 @@ TEST_F(ScenarioProgram, settle_looks_a_last_time_at_its_end) {
     EXPECT_EQ(get("err"), "a.scn:2: error: the module was not quiet within 20 ms: no byte was "
                           "delivered for 19 ms, 0 wait in rx_pipe, 0 in the feed, "
                           "0 on the line\n");
-    // 300 ms of ESC X are quiet, but not while a byte waits behind them.
+    // 300 ms of ESC X are quiet, but not while a byte waits after them.
     EXPECT_EQ(printed("send 1B \"X\" 03\nwait 1\nsettle 100\ntime"), "time 105\n");
     // The tick during the wait makes the read of that byte sleep 5 ms.
     EXPECT_EQ(printed("send 1B \"X\" 03 \"x\"\nsettle\ntime"), "time 330\n");
