@@ -33,7 +33,7 @@ void check_words() {
     const FrameProgress progress = frame_progress.load();
     check(progress.frame_state >= FrameState::start && progress.frame_state <= FrameState::sum);
     check(packet_size <= max_answer);
-    check(answer_frame.payload_length <= max_answer);
+    check(answer_frame.answer_payload_length <= max_answer);
     check(rx_count() <= pipe_size);
 }
 
