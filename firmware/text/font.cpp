@@ -50,6 +50,24 @@ std::uint8_t byte_at(std::span<const std::uint8_t> memory, std::int32_t at) {
     return index < memory.size() ? memory[index] : std::uint8_t{0};
 }
 
+/// Makes `font` the one whose header lies at `start` of its memory, but for the number. False, and
+/// nothing changed, if there is none.
+bool take_header(bool builtin, std::int32_t start, FontRef& font) {
+    const auto header = [memory = font_memory(builtin), start](std::int32_t i) {
+        return byte_at(memory, start + i);
+    };
+    if (header(0) != 'F' || header(1) != 'H' || header(2) != '7') return false;
+    font.first = header(4);
+    font.last = header(5);
+    font.width = header(6);
+    font.height = header(7);
+    font.line_gap = header(10);
+    font.builtin = builtin;
+    font.width_table = start + header_bytes;
+    font.glyphs = start + le16(header(8), header(9));
+    return true;
+}
+
 /// Forgets the number alone: when nothing can be selected, a reset leaves the font in use as it
 /// is.
 void select_anew(std::uint8_t n, FontRef& font) {
@@ -65,27 +83,21 @@ void select_font(std::uint8_t n, FontRef& font) {
     n = masked(n, 15);
     if (n == font.id) return;
     font.id = n;
-    const bool builtin = n == 0;
     std::int32_t start = 0;
-    if (!builtin) {
+    if (n != 0) {
         // The table is read at the image cursor, which stays behind the entry.
         eeprom_seek(static_cast<std::uint16_t>(font_table + 2 * n));
         start = eeprom_read16();
-        if (start == no_entry) return remark(Remark::missing_font, n);
     }
-    const auto header = [memory = font_memory(builtin), start](std::int32_t i) {
-        return byte_at(memory, start + i);
-    };
-    if (header(0) != 'F' || header(1) != 'H' || header(2) != '7')
-        return remark(Remark::missing_font, n);
-    font.first = header(4);
-    font.last = header(5);
-    font.width = header(6);
-    font.height = header(7);
-    font.line_gap = header(10);
-    font.builtin = builtin;
-    font.width_table = start + header_bytes;
-    font.glyphs = start + le16(header(8), header(9));
+    if (start == no_entry || !take_header(n == 0, start, font)) remark(Remark::missing_font, n);
+}
+
+bool find_font(std::uint8_t n, FontRef& font) {
+    const int entry = font_table + 2 * n;
+    const std::int32_t start = n == 0 ? 0 : le16(eeprom_at(entry), eeprom_at(entry + 1));
+    if (start == no_entry || !take_header(n == 0, start, font)) return false;
+    font.id = n;
+    return true;
 }
 
 GlyphEntry glyph_entry(const FontRef& font, std::uint8_t code) {

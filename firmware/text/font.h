@@ -34,6 +34,10 @@ extern FontRef terminal_font;
 /// or with a wrong magic, changes the id alone: the font in use stays in use.
 void select_font(std::uint8_t n, FontRef& font);
 
+/// Font n, 0..15, as select_font would have it, without selecting it: nothing changes but `font`.
+/// False if there is none.
+bool find_font(std::uint8_t n, FontRef& font);
+
 /// A code's entry of the width table; code lies in first..last.
 struct GlyphEntry {
     std::uint8_t width;    // dots, 0: no glyph

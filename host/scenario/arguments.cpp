@@ -8,6 +8,7 @@
 #include "host/scenario/report.h"
 #include "host/window/ground/dialog.h"
 
+#include <array>
 #include <filesystem>
 #include <utility>
 
@@ -86,8 +87,9 @@ std::string take_message(std::string_view& rest, BridgeMessage& message) {
     return {};
 }
 
-/// A text in double quotes, as codes of the module. Not empty.
-std::string take_module_text(std::string_view& rest, std::vector<std::uint8_t>& codes) {
+/// A text in double quotes, as codes of the module.
+std::string take_module_text(std::string_view& rest, std::vector<std::uint8_t>& codes,
+                             bool may_be_empty = false) {
     rest = trimmed(rest);
     if (rest.empty() || rest.front() != '"') return "a text in double quotes is missing";
     std::size_t end = 1;
@@ -96,7 +98,7 @@ std::string take_module_text(std::string_view& rest, std::vector<std::uint8_t>& 
     std::string_view quoted = rest.substr(0, end + 1);
     std::vector<std::uint8_t> bytes;
     std::string fault = take_bytes(quoted, bytes);
-    if (fault.empty() && bytes.empty()) fault = "the text is empty";
+    if (fault.empty() && bytes.empty() && !may_be_empty) fault = "the text is empty";
     if (!fault.empty()) return fault;
     rest.remove_prefix(end + 1);
     codes.clear();
@@ -106,6 +108,39 @@ std::string take_module_text(std::string_view& rest, std::vector<std::uint8_t>& 
 bool begins_with_digit(std::string_view rest) {
     rest = trimmed(rest);
     return !rest.empty() && rest.front() >= '0' && rest.front() <= '9';
+}
+
+std::string take_rectangle(std::string_view& rest, DrawArea& area) {
+    std::array<std::int64_t, 4> corners{};
+    for (std::size_t i = 0; i < corners.size(); ++i)
+        if (std::string fault = take_number(rest, 0, i % 2 == 0 ? last_x : last_y, corners[i]);
+            !fault.empty())
+            return fault;
+    area = {static_cast<int>(corners[0]), static_cast<std::uint8_t>(corners[1]),
+            static_cast<int>(corners[2]), static_cast<std::uint8_t>(corners[3])};
+    const bool ordered = area.x1 <= area.x2 && area.y1 <= area.y2;
+    return ordered ? "" : "the corners are out of order: left, top, right, bottom";
+}
+
+std::string take_where(std::string_view& rest, TextWhere& where) {
+    for (;;) {
+        std::string_view ahead = rest;
+        const std::string_view word = take_word(ahead);
+        if (word != "in" && word != "near" && word != "whole") return {};
+        rest = ahead;
+        std::string fault;
+        if (word == "whole") {
+            where.whole = true;
+        } else if (word == "near") {
+            fault = take_module_text(rest, where.near);
+        } else if (take_word(ahead) == "any" && take_word(ahead) == "phase") {
+            where.any_phase = true;
+            rest = ahead;
+        } else {
+            fault = take_rectangle(rest, where.inside.emplace());
+        }
+        if (!fault.empty()) return fault;
+    }
 }
 
 std::string take_target(std::string_view& rest, const Argument& a, Target& target) {
@@ -202,6 +237,10 @@ std::string take_argument(std::string_view& rest, const Argument& a, Arguments& 
         return take_target(rest, a, into.target);
     case Take::lasting:
         return take_lasting(rest, a, into);
+    case Take::text:
+        return take_module_text(rest, into.bytes, a.least == 0);
+    case Take::where:
+        return take_where(rest, into.where);
     case Take::goal:
         return take_goal(rest, a, into);
     }

@@ -2,10 +2,12 @@
 
 #pragma once
 
+#include "firmware/core/ground/draw_area.h"
 #include "host/bridge/bridge.h"
 #include "host/scenario/picture.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,6 +33,8 @@ enum class Take : std::uint8_t {
     within,   // `within MS` or nothing, then `otherwise`
     target,   // "LABEL", a number or X Y
     lasting,  // `for MS` or nothing, then `otherwise`
+    text,     // "TEXT" as codes of the module, into `bytes`; may be empty if `least` is 0
+    where,    // `in X1 Y1 X2 Y2`, `near "TEXT"`, `whole`, `in any phase`: any of these
     goal,     // `to VALUE`, `to PERCENT %`, or `to X Y` from a dot
 };
 
@@ -57,6 +61,14 @@ struct Argument {
 /// Arguments::number of `dialog close`.
 constexpr std::int64_t dialog_close = -1;
 
+/// Where on the glass a text is looked for, and as what.
+struct TextWhere {
+    std::optional<DrawArea> inside;
+    std::vector<std::uint8_t> near;  // next to this text; empty: anywhere
+    bool whole;                      // not as a part of a longer text
+    bool any_phase;                  // of the flash, not the present one alone
+};
+
 /// The arguments of the running command.
 struct Arguments {
     std::vector<std::uint8_t> bytes;
@@ -69,6 +81,7 @@ struct Arguments {
     std::int64_t value;  // of a control, 1 if none was given; of a bar, or percent of its scale
     bool percent;
     Target target;
+    TextWhere where;
     std::int64_t within_ms;
     BridgeMessage message;
 };

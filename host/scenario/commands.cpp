@@ -19,6 +19,7 @@
 #include "host/scenario/expectations.h"
 #include "host/scenario/module_tables.h"
 #include "host/scenario/report.h"
+#include "host/scenario/text_commands.h"
 #include "host/scenario/touch_commands.h"
 #include "host/scenario/waits.h"
 #include "host/scenario/window_commands.h"
@@ -220,6 +221,10 @@ constexpr Argument place{Take::place, 0, 255, 0};
 constexpr Argument three_hex{Take::message, 0, 0, required};
 constexpr Argument setting_name{Take::word, 0, 0, required};
 constexpr Argument target{Take::target, 0, 255, required};
+constexpr Argument module_text_or_none{Take::text, 0, 0, required};
+constexpr Argument text{Take::text, 1, 0, required};
+constexpr Argument where{Take::where, 0, 0, required};
+constexpr Argument terminal_row{Take::number, 1, 16, required};
 constexpr Argument lasting{Take::lasting, 0, max_wait_ms, 0};
 constexpr Argument goal{Take::goal, 0, 255, required};
 constexpr Argument within{Take::within, 0, max_wait_ms, await_ms};
@@ -272,6 +277,11 @@ constexpr ScenarioCommand commands[]{
     {"backlight",      "",                                {},                      print_backlight},
     {"title",          "",                                {},                      print_title},
     {"area-at",        "X Y",                              {dot},                    print_area_at},
+    {"expect-text",    "\"TEXT\" [in X1 Y1 X2 Y2] [near \"TEXT\"] [whole] [in any phase]", {text, where}, expect_text_command},
+    {"expect-no-text", "\"TEXT\" [in X1 Y1 X2 Y2] [near \"TEXT\"] [whole] [in any phase]", {text, where}, expect_no_text_command},
+    {"await-text",     "\"TEXT\" [in X1 Y1 X2 Y2] [near \"TEXT\"] [whole] [in any phase] [within MS]", {text, where, within}, await_text_command},
+    {"expect-terminal", "ROW \"TEXT\"",                   {terminal_row, module_text_or_none}, expect_terminal_command},
+    {"texts",          "[main or flash]",                 {shown},                 print_texts},
     {"areas",          "",                                {},                      print_areas},
     {"bars",           "",                                {},                      print_bars},
     {"menu-rows",      "",                                {},                      print_menu_rows},

@@ -45,11 +45,11 @@ std::string state_of(const TouchArea& area) {
     return "";
 }
 
-std::string area_line(int index) {
+std::string area_line(int index, const Label& label) {
     const TouchArea& area = touch_area(index);
     return "area " + std::to_string(index + 1) + ' ' + word_of(area.type) +
            corners(rectangle_of(area)) + ' ' + std::to_string(area.down_code) + ' ' +
-           std::to_string(area.up_code) + ' ' + module_text(label_of(area)) + state_of(area);
+           std::to_string(area.up_code) + ' ' + module_text(label) + state_of(area);
 }
 
 std::string bar_line(int slot) {
@@ -74,8 +74,9 @@ void print_table(const std::string& name, const std::vector<std::string>& lines)
 void print_areas(const Arguments& /*a*/) {
     const ModuleHalt halt;
     std::vector<std::string> lines;
+    const std::vector<Label> labels = area_labels();
     for (int i = 0; i < area_count; ++i)
-        lines.push_back(area_line(i));
+        lines.push_back(area_line(i, labels[static_cast<std::size_t>(i)]));
     print_table("areas", lines);
 }
 

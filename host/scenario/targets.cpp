@@ -5,6 +5,8 @@
 #include "firmware/touch/menu.h"
 #include "firmware/touch/menu_definitions.h"
 #include "firmware/touch/tracking.h"
+#include "host/reading/read.h"
+#include "host/scenario/glass.h"
 #include "host/scenario/module_text.h"
 
 #include <algorithm>
@@ -13,13 +15,15 @@
 #include <cstdlib>
 #include <limits>
 #include <span>
+#include <tuple>
+#include <utility>
 
 namespace orvanel {
 
 namespace {
 
-using DotRow = std::bitset<screen_width>;
-using DotSet = std::array<DotRow, screen_height>;
+using RowOfDots = std::bitset<screen_width>;
+using DotSet = std::array<RowOfDots, screen_height>;
 
 /// The dots strictly inside a rectangle: a finger on an edge touches nothing.
 DotSet inside_of(const TouchArea& area) {
@@ -42,13 +46,13 @@ DotSet touchable_part(int index) {
 }
 
 bool is_empty(const DotSet& dots) {
-    return std::ranges::all_of(dots, [](const DotRow& row) { return row.none(); });
+    return std::ranges::all_of(dots, [](const RowOfDots& row) { return row.none(); });
 }
 
 /// Without the dots at its edge.
 DotSet eroded(const DotSet& dots) {
     DotSet inner{};
-    const auto kept = [](const DotRow& row) { return row & row << 1 & row >> 1; };
+    const auto kept = [](const RowOfDots& row) { return row & row << 1 & row >> 1; };
     for (std::size_t y = 1; y + 1 < dots.size(); ++y)
         inner[y] = kept(dots[y - 1]) & kept(dots[y]) & kept(dots[y + 1]);
     return inner;
@@ -77,9 +81,23 @@ std::string in_single_quotes(std::span<const std::uint8_t> codes) {
     return text;
 }
 
+bool is_tapped_by_name(const TouchArea& area) {
+    return area.type != AreaType::none && area.type != AreaType::list && area.type != AreaType::bar;
+}
+
+Label text_inside(const DrawArea& r, std::span<const ReadText> texts) {
+    Label label;
+    for (const ReadText& text : texts) {
+        const DrawArea& a = text.place.area;
+        if (a.x1 < r.x1 || a.x2 > r.x2 || a.y1 < r.y1 || a.y2 > r.y2) continue;
+        if (!label.empty()) label.push_back(' ');
+        label.insert(label.end(), text.codes.begin(), text.codes.end());
+    }
+    return label;
+}
+
 /// `'Start' (65)`, or what else tells an area from others.
-std::string name_of(const TouchArea& area) {
-    const auto label = label_of(area);
+std::string name_of(const TouchArea& area, const Label& label) {
     std::string name = in_single_quotes(label);
     if (label.empty()) {
         const bool has_word = area.type == AreaType::draw || area.type == AreaType::report;
@@ -105,45 +123,41 @@ std::string there_are(std::span<const std::string> names, const char* nothing) {
     return (names.size() == 1 ? "there is " : "there are ") + listed(names);
 }
 
-bool is_tapped_by_name(const TouchArea& area) {
-    return area.type != AreaType::none && area.type != AreaType::list && area.type != AreaType::bar;
-}
-
 std::string wish_of(const Target& target) {
     return target.by == By::label ? in_single_quotes(target.label)
                                   : "with code " + std::to_string(target.number);
 }
 
 /// The rows of the table that the target names.
-std::vector<int> named_areas(const Target& target) {
+std::vector<int> named_areas(const Target& target, std::span<const Label> labels) {
     std::vector<int> rows;
     const auto take = [&rows](auto matches) {
         for (int i = 0; i < area_count; ++i)
-            if (is_tapped_by_name(touch_area(i)) && matches(touch_area(i))) rows.push_back(i);
+            if (is_tapped_by_name(touch_area(i)) && matches(i)) rows.push_back(i);
     };
     if (target.by == By::label) {
-        take([&](const TouchArea& area) { return label_of(area) == target.label; });
+        take([&](int i) { return labels[static_cast<std::size_t>(i)] == target.label; });
         return rows;
     }
-    take([&](const TouchArea& area) { return area.down_code == target.number; });
-    if (rows.empty()) take([&](const TouchArea& area) { return area.up_code == target.number; });
+    take([&](int i) { return touch_area(i).down_code == target.number; });
+    if (rows.empty()) take([&](int i) { return touch_area(i).up_code == target.number; });
     return rows;
 }
 
 /// The dot for the area in row `index`, if a finger hits it anywhere.
-FoundDot dot_in(int index) {
+FoundDot dot_in(int index, const std::string& name) {
     const TouchArea& area = touch_area(index);
     const bool of_menu = area.type == AreaType::opener || area.type == AreaType::list;
     if (open_menu_slot != no_menu_slot && !of_menu)
         return {{},
-                name_of(area) + " hears no finger while a menu list is open: 'choose' a row, "
-                                "or tap the list's opener"};
+                name + " hears no finger while a menu list is open: 'choose' a row, "
+                       "or tap the list's opener"};
     const DotSet part = touchable_part(index);
     if (!is_empty(part)) return {middle_of(part, rectangle_of(area)), {}};
     const bool thin = area.x2 - area.x1 < 2 || area.y2 - area.y1 < 2;
     return {{},
-            name_of(area) + (thin ? " has no dot inside its edges, so no finger hits it"
-                                  : " can't be touched: other areas lie over all of it")};
+            name + (thin ? " has no dot inside its edges, so no finger hits it"
+                         : " can't be touched: other areas lie over all of it")};
 }
 
 /// The touch area of a bar, -1 if it has none.
@@ -153,9 +167,11 @@ int area_of_bar(int slot) {
     return -1;
 }
 
+constexpr int bar_count = static_cast<int>(std::tuple_size_v<decltype(bar_slots)>);
+
 std::vector<std::string> touchable_bars() {
     std::vector<std::string> names;
-    for (int slot = 0; slot < static_cast<int>(bar_slots.size()); ++slot)
+    for (int slot = 0; slot < bar_count; ++slot)
         if (area_of_bar(slot) >= 0 && bar_in_slot(slot).dir != 0)
             names.push_back(std::to_string(slot + 1));
     return names;
@@ -199,7 +215,7 @@ FoundDrag drag_in(int slot, BarGoal goal) {
     const std::string name = "bar " + std::to_string(slot + 1);
     const int row = area_of_bar(slot);
     if (row < 0) return {{}, {}, name + " isn't made for a finger (A B makes it so)"};
-    if (FoundDot any = dot_in(row); !any.fault.empty()) return {{}, {}, any.fault};
+    if (FoundDot any = dot_in(row, name); !any.fault.empty()) return {{}, {}, any.fault};
     const DotSet part = touchable_part(row);
     const std::bitset<256> values = reached_values(bar, part);
     const int highest = bar.low + bar.steps - 1;
@@ -223,13 +239,53 @@ FoundDrag drag_in(int slot, BarGoal goal) {
     return found;
 }
 
+/// The touchable bar that is nearest to a text on the glass, which has no bar's name of its own.
+FoundDrag find_labelled_drag(const Label& label, BarGoal goal) {
+    const std::vector<TextPlace> places = find_text(present_glass(), label, whole_screen);
+    const std::string wish = in_single_quotes(label);
+    if (places.empty()) return {{}, {}, wish + " can't be read on the glass"};
+    int nearest = std::numeric_limits<int>::max();
+    std::vector<int> slots;
+    for (int slot = 0; slot < bar_count; ++slot) {
+        const BarGraph& bar = bar_in_slot(slot);
+        if (bar.dir == 0 || area_of_bar(slot) < 0) continue;
+        for (const TextPlace& place : places) {
+            const DrawArea area{bar.x1, bar.y1, bar.x2, bar.y2};
+            const int distance = distance_between(place.area, area);
+            if (!is_near(place.area, area) || distance > nearest) continue;
+            if (distance < nearest) slots.clear();
+            nearest = distance;
+            if (slots.empty() || slots.back() != slot) slots.push_back(slot);
+        }
+    }
+    if (slots.size() == 1) return drag_in(slots.front(), goal);
+    if (slots.empty())
+        return {{},
+                {},
+                "no bar is near " + wish + "; " +
+                    there_are(touchable_bars(), "there is none that a finger moves")};
+    return {{},
+            {},
+            std::to_string(slots.size()) + " bars are equally near " + wish +
+                "; name one by its number"};
+}
+
 }  // namespace
 
-std::vector<std::uint8_t> label_of(const TouchArea& area) {
-    std::vector<std::uint8_t> label(area.label.text.begin(),
-                                    area.label.text.begin() + area.label.length);
-    std::ranges::replace(label, std::uint8_t{'\n'}, std::uint8_t{' '});
-    return label;
+std::vector<Label> area_labels() {
+    std::vector<Label> labels;
+    std::optional<std::vector<ReadText>> texts;  // a look costs more than all the rest
+    for (int i = 0; i < area_count; ++i) {
+        const TouchArea& area = touch_area(i);
+        Label label(area.label.text.begin(), area.label.text.begin() + area.label.length);
+        std::ranges::replace(label, std::uint8_t{'\n'}, std::uint8_t{' '});
+        if (label.empty() && is_tapped_by_name(area)) {
+            if (!texts) texts = read_texts(present_glass());
+            label = text_inside(rectangle_of(area), *texts);
+        }
+        labels.push_back(std::move(label));
+    }
+    return labels;
 }
 
 std::string word_of(AreaType type) {
@@ -242,12 +298,16 @@ std::string deaf_to_fingers() { return touch_enabled ? "" : "touch is switched o
 
 FoundDot find_tap(const Target& target) {
     if (target.by == By::dot) return {{target.x, target.y}, {}};
-    const std::vector<int> rows = named_areas(target);
-    if (rows.size() == 1) return dot_in(rows.front());
+    const std::vector<Label> labels = area_labels();
+    const std::vector<int> rows = named_areas(target, labels);
+    const auto name = [&labels](int i) {
+        return name_of(touch_area(i), labels[static_cast<std::size_t>(i)]);
+    };
+    if (rows.size() == 1) return dot_in(rows.front(), name(rows.front()));
     std::vector<std::string> names;
     for (int i = 0; i < area_count; ++i)
         if (is_tapped_by_name(touch_area(i)) && (rows.empty() || std::ranges::count(rows, i) > 0))
-            names.push_back(name_of(touch_area(i)));
+            names.push_back(name(i));
     if (rows.empty())
         return {{},
                 "no key " + wish_of(target) + "; " +
@@ -289,7 +349,7 @@ FoundDot find_row(const Target& target) {
     const DrawArea band = menu_row_rectangle(rows.front());
     for (int y = 0; y < screen_height; ++y)
         if (y < band.y1 || y > band.y2) part[static_cast<std::size_t>(y)].reset();
-    for (DotRow& row : part)
+    for (RowOfDots& row : part)
         for (int x = 0; x < screen_width; ++x)
             if (x < band.x1 || x > band.x2) row.reset(static_cast<std::size_t>(x));
     if (is_empty(part)) return {{}, "row " + wish + " lies off the glass or is covered"};
@@ -297,10 +357,9 @@ FoundDot find_row(const Target& target) {
 }
 
 FoundDrag find_drag(const Target& target, BarGoal goal) {
+    if (target.by == By::label) return find_labelled_drag(target.label, goal);
     const int slot = target.number - 1;
-    const bool exists =
-        slot >= 0 && slot < static_cast<int>(bar_slots.size()) && bar_in_slot(slot).dir != 0;
-    if (exists) return drag_in(slot, goal);
+    if (slot >= 0 && slot < bar_count && bar_in_slot(slot).dir != 0) return drag_in(slot, goal);
     return {{},
             {},
             "no bar " + std::to_string(target.number) + "; " +

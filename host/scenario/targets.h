@@ -25,8 +25,10 @@ struct FoundDot {
     std::string fault;
 };
 
-/// What an area says: its own label, or what can be read in it. Lines are parted by a blank.
-std::vector<std::uint8_t> label_of(const TouchArea& area);
+/// What each area says, row by row of the table: the label that it was defined with, or where there
+/// is none what can be read inside it. Lines and texts are parted by a blank.
+using Label = std::vector<std::uint8_t>;
+std::vector<Label> area_labels();
 
 /// The word of a type, as `areas` prints it.
 std::string word_of(AreaType type);
