@@ -61,13 +61,13 @@ BENCHMARK(interpreter_plain_text);
 /// Commands out of the image: macro 0 draws points and starts itself again by a tail call.
 void interpreter_macros(benchmark::State& state) {
     constexpr std::size_t commands = 1000;
-    std::vector<std::uint8_t> image(0x0E30, 0xFF);
+    std::vector<std::uint8_t> image(data_start, erased_byte);
     for (std::size_t i = 0; i < commands; ++i)
         image.insert(image.end(), {0x1B, 'G', 'P', static_cast<std::uint8_t>(i % 240),
                                    static_cast<std::uint8_t>(i % 128)});
-    const std::array<std::size_t, 2> record{0x0E30, 5 * commands};
+    const std::array<std::size_t, 2> record{data_start, 5 * commands};
     for (std::size_t i = 0; i < 4; ++i)
-        image[0x0230 + i] = static_cast<std::uint8_t>(record[i / 2] >> 8 * (i % 2));
+        image[normal_macro_table + i] = static_cast<std::uint8_t>(record[i / 2] >> 8 * (i % 2));
     fresh_module();
     eeprom_reset_to(eeprom_small, image);
     const std::vector<std::uint8_t> stream = repeated(std::string("\x1BMN\0", 4));

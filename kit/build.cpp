@@ -48,7 +48,7 @@ bool is_text(const Bytes& content) {
 
 /// Of an image that a file of `size` bytes begins.
 std::string cut_of(const Bytes& image, std::size_t size) {
-    const int end = pair_at(image, 0) + 2;  // behind the CRC
+    const int end = pair_at(image, image_length_at) + crc_size;  // behind the CRC
     if (size >= image.size() || end - 2 == unprogrammed || end <= static_cast<int>(size)) return {};
     return "the file ends at " + std::to_string(size) + ", its image with its CRC at " +
            std::to_string(end);

@@ -18,7 +18,7 @@ using MacroId = std::pair<Kind, int>;
 std::vector<MacroId> starts_of(std::span<const std::uint8_t> macro) {
     std::vector<MacroId> starts;
     while (!macro.empty()) {
-        const bool command = macro[0] == 0x1B || macro[0] == '#';
+        const bool command = macro[0] == lead_in_esc || macro[0] == lead_in_hash;
         const std::optional<Parsed> parsed = command ? parse_command(macro) : std::nullopt;
         if (command && !parsed) break;
         if (parsed && parsed->form != nullptr && parsed->form->group == 'M') {
@@ -90,7 +90,7 @@ void find_overlaps(const std::vector<Object>& objects, int crc_at,
     for (const Object& object : objects)
         if (object.fault.empty())
             stretches.push_back({object.offset, object.offset + object.size, title_of(object)});
-    if (crc_at >= 0) stretches.push_back({crc_at, crc_at + 2, "the CRC"});
+    if (crc_at >= 0) stretches.push_back({crc_at, crc_at + crc_size, "the CRC"});
     std::stable_sort(stretches.begin(), stretches.end(), [](const Stretch& a, const Stretch& b) {
         return std::pair(a.first, a.end) < std::pair(b.first, b.end);
     });
@@ -110,13 +110,13 @@ void find_overlaps(const std::vector<Object>& objects, int crc_at,
 
 std::vector<std::string> findings_of(std::span<const std::uint8_t> image) {
     std::vector<std::string> findings;
-    const int length = pair_at(image, 0);
-    const bool has_crc = length != unprogrammed && length + 2 <= std::ssize(image);
+    const int length = pair_at(image, image_length_at);
+    const bool has_crc = length != unprogrammed && length + crc_size <= std::ssize(image);
     if (length == unprogrammed) {
         findings.emplace_back("the image is not programmed: its length is 0xFFFF");
     } else if (!has_crc) {
         findings.push_back("the image is overfull: its length and CRC end at " +
-                           std::to_string(length + 2) + ", and the EEPROM has " +
+                           std::to_string(length + crc_size) + ", and the EEPROM has " +
                            std::to_string(image.size()) + " bytes");
     } else {
         const int stored = pair_at(image, length);
@@ -128,7 +128,7 @@ std::vector<std::string> findings_of(std::span<const std::uint8_t> image) {
     for (const Object& object : objects) {
         if (!object.fault.empty())
             findings.push_back(title_of(object) + " is unusable: " + object.fault);
-        else if (has_crc && object.offset + object.size > length + 2)
+        else if (has_crc && object.offset + object.size > length + crc_size)
             findings.push_back(title_of(object) + " ends at " + hex4(object.offset + object.size) +
                                ", behind the length that the CRC covers");
     }

@@ -10,8 +10,6 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::uint8_t esc = 0x1B;
-constexpr std::uint8_t hash = '#';
 constexpr std::size_t bytes_a_line = 32;
 
 /// One command on its way to bytes.
@@ -48,6 +46,15 @@ std::string parameters_of(const Form& form, std::string_view tail, const char* b
             (i == 0 ? "" : between) + std::string(form.params[static_cast<std::size_t>(i)].name);
     if (!words.empty() && !tail.empty()) words += between;
     return words.append(tail);
+}
+
+/// The names of the raw parameters, but for the data of a write, which stand in another's place.
+std::string raw_names_of(const Form& form) {
+    std::string names;
+    for (const Parameter& parameter : form.row->parameters)
+        if (is_raw(parameter.read) && parameter.read != Read::raw_data)
+            names += (names.empty() ? "" : ",") + std::string(parameter.names[0]);
+    return names;
 }
 
 /// What a command takes, for messages.
@@ -88,8 +95,7 @@ int take_param(Writer& writer, const Param& param, int most) {
 void put_string(Writer& writer) {
     const Scanner start = start_of_tail(writer);
     const Bytes text = take_text(*writer.scanner);
-    const auto ends = [](std::uint8_t c) { return c == 0 || c == '\n' || c == '\r'; };
-    if (std::any_of(text.begin(), text.end(), ends))
+    if (std::any_of(text.begin(), text.end(), ends_text))
         fail(start, "the text ends at its first zero, line feed or return; leave that out");
     append(*writer.bytes, text);
     writer.bytes->push_back(writer.numbers ? '\n' : 0);
@@ -101,7 +107,7 @@ void put_picture(Writer& writer) {
     Bytes picture;
     if (take_name(scanner) == "picture") {
         const int number = take_sum(scanner, *writer.assembly->names, Kind::picture, "picture", 0,
-                                    most_of(Kind::picture));
+                                    table_of(Kind::picture).max);
         picture = writer.assembly->picture(number);
         if (picture.empty()) fail(start, "there is no picture " + std::to_string(number));
     } else {
@@ -199,7 +205,7 @@ void assemble_command(Scanner& scanner, std::uint8_t lead_in, const Assembly& as
     bytes.push_back(lead_in);
     bytes.push_back(static_cast<std::uint8_t>(form.group));
     if (form.op != 0) bytes.push_back(static_cast<std::uint8_t>(form.op));
-    Writer writer{&scanner, &assembly, &form, lead_in == hash, true, &bytes};
+    Writer writer{&scanner, &assembly, &form, lead_in == lead_in_hash, true, &bytes};
     const int count = param_count(form);
     for (int i = 0; i < count; ++i) {
         const int value = take_param(writer, form.params[static_cast<std::size_t>(i)], 255);
@@ -259,7 +265,7 @@ std::string tail_text(const Parsed& parsed, std::span<const std::uint8_t> tail) 
 /// The command as a line, in the plainest way.
 std::string line_of(const Parsed& parsed, std::span<const std::uint8_t> bytes) {
     const Form& form = *parsed.form;
-    std::string line = bytes[0] == hash ? "#" : "ESC ";
+    std::string line = bytes[0] == lead_in_hash ? "#" : "ESC ";
     line += form.group;
     if (form.op != 0) line += form.op;
     std::string values;
@@ -290,10 +296,11 @@ bool gives(const std::string& text, std::span<const std::uint8_t> bytes) {
 void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& bytes) {
     Scanner scanner{&line, 0};
     if (peek(scanner) == 0) return;
-    if (take_char(scanner, '#')) return assemble_command(scanner, hash, assembly, bytes);
+    if (take_char(scanner, '#')) return assemble_command(scanner, lead_in_hash, assembly, bytes);
     const Scanner start = scanner;
     const std::string_view word = take_name(scanner);
-    if (word == "ESC" || word == "esc") return assemble_command(scanner, esc, assembly, bytes);
+    if (word == "ESC" || word == "esc")
+        return assemble_command(scanner, lead_in_esc, assembly, bytes);
     if (word != "text" && word != "bytes")
         fail(start, "expected a command behind # or ESC, text, or bytes");
     const Scanner pieces = scanner;
@@ -303,12 +310,9 @@ void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& byte
 }
 
 std::string command_list() {
-    constexpr std::string_view tails[]{"",     "text",  "picture",
-                                       "byte", "bytes", "address,length,letter"};
     std::string list;
     for (const Form& form : all_forms()) {
-        const std::string words =
-            parameters_of(form, tails[static_cast<std::size_t>(form.tail)], ",");
+        const std::string words = parameters_of(form, raw_names_of(form), ",");
         (list += '#') += form.group;
         if (form.op != 0) list += form.op;
         if (!words.empty()) (list += ' ') += words;
@@ -320,7 +324,9 @@ std::string command_list() {
 std::vector<std::string> lines_from(std::span<const std::uint8_t> bytes) {
     std::vector<std::string> lines;
     while (!bytes.empty()) {
-        const auto is_lead_in = [](std::uint8_t c) { return c == esc || c == hash; };
+        const auto is_lead_in = [](std::uint8_t c) {
+            return c == lead_in_esc || c == lead_in_hash;
+        };
         const auto start = std::find_if(bytes.begin(), bytes.end(), is_lead_in);
         const auto plain = static_cast<std::size_t>(start - bytes.begin());
         append_plain(lines, bytes.first(plain));
@@ -332,7 +338,7 @@ std::vector<std::string> lines_from(std::span<const std::uint8_t> bytes) {
         if (parsed && parsed->form != nullptr) line = line_of(*parsed, command);
         if (!line.empty() && gives(line, command))
             lines.push_back(line);
-        else if (command[0] == hash)
+        else if (command[0] == lead_in_hash)
             append_plain(lines, command);
         else
             for (std::size_t at = 0; at < command.size(); at += bytes_a_line)

@@ -65,18 +65,20 @@ void mark_known(Image image, const ObjectMap& objects, std::vector<bool>& known)
         if (first < end) std::fill(known.begin() + first, known.begin() + end, true);
     };
     for (const auto& [id, object] : objects) {
-        const int entry = table_of(object.kind) + entry_size(object.kind) * object.number;
-        mark(entry, entry_size(object.kind));
+        mark(entry_at(object.kind, object.number), table_of(object.kind).entry_size);
         mark(object.offset, object.size);
     }
-    mark(0, 2);
-    if (const int length = pair_at(image, 0); length != unprogrammed) mark(length, 2);
+    mark(image_length_at, 2);
+    if (const int length = pair_at(image, image_length_at); length != unprogrammed)
+        mark(length, crc_size);
 }
 
 std::string other_bytes(Image before, Image after, const std::vector<bool>& known) {
     std::string text;
     const std::size_t size = std::max(before.size(), after.size());
-    const auto at = [](Image image, std::size_t i) { return i < image.size() ? image[i] : 0xFF; };
+    const auto at = [](Image image, std::size_t i) {
+        return i < image.size() ? image[i] : erased_byte;
+    };
     const auto differs = [&](std::size_t i) {
         return i < size && !known[i] && at(before, i) != at(after, i);
     };

@@ -7,8 +7,6 @@ namespace orvanel {
 
 namespace {
 
-constexpr int two_images = 0x80;  // in the height byte
-
 // The order in which an 8 x 8 grid fills as the picture gets darker.
 constexpr std::array<std::array<std::uint8_t, 8>, 8> fill_order{{
     {0, 32, 8, 40, 2, 34, 10, 42},
@@ -88,9 +86,9 @@ GrayPicture gray_of(const Dots& dots) {
 }
 
 Bytes picture_bytes(const Dots& dots, const Dots* second) {
-    const int height = second == nullptr ? dots.height : two_images | 2 * dots.height;
+    const int height = second == nullptr ? dots.height : two_images_of(dots.height);
     Bytes bytes;
-    bytes.reserve(2 + 2 * dots.rows.size());
+    bytes.reserve(picture_head_size + 2 * dots.rows.size());
     bytes.push_back(static_cast<std::uint8_t>(dots.width));
     bytes.push_back(static_cast<std::uint8_t>(height));
     bytes.insert(bytes.end(), dots.rows.begin(), dots.rows.end());
@@ -99,15 +97,15 @@ Bytes picture_bytes(const Dots& dots, const Dots* second) {
 }
 
 bool read_picture_bytes(std::span<const std::uint8_t> bytes, PictureView& view, std::size_t& size) {
-    if (bytes.size() < 2) return false;
+    if (bytes.size() < picture_head_size) return false;
     const int width = bytes[0];
-    const bool both = bytes[1] > two_images;
-    const int rows = both ? bytes[1] - two_images : bytes[1];
+    const bool both = has_two_images(bytes[1]);
+    const int rows = picture_rows(bytes[1]);
     if (width == 0 || rows == 0 || (both && rows % 2 != 0)) return false;
     Dots all = blank_dots(width, rows);
-    size = 2 + all.rows.size();
+    size = picture_head_size + all.rows.size();
     if (bytes.size() < size) return false;
-    std::copy_n(bytes.begin() + 2, all.rows.size(), all.rows.begin());
+    std::copy_n(bytes.begin() + picture_head_size, all.rows.size(), all.rows.begin());
     if (!is_clean(all)) return false;
     const int height = both ? rows / 2 : rows;
     view.first = rows_of(all, 0, height);

@@ -3,22 +3,18 @@
 
 #pragma once
 
+#include "firmware/core/language/eeprom_layout.h"
 #include "kit/picture_file.h"
 
 #include <span>
 
 namespace orvanel {
 
-constexpr int widest_picture = 255;  // dots
-constexpr int tallest_picture = 128;
-
 /// Rows of dots, each on bytes of its own, the leftmost dot in bit 7, top row first.
 struct Dots {
     int width, height;
     Bytes rows;
 };
-
-constexpr int stride_of(int width) { return (width + 7) / 8; }
 
 /// All clear.
 Dots blank_dots(int width, int height);

@@ -112,7 +112,8 @@ void add_object(Dump& dump, const Object& object) {
     }
     // Objects come in the order of their places, so only the last one can be in the way.
     // Room for a CRC stays behind it, wherever the image has its own.
-    if (object.offset < dump.cursor || object.offset + object.size + 2 > std::ssize(dump.image))
+    if (object.offset < dump.cursor ||
+        object.offset + object.size + crc_size > std::ssize(dump.image))
         return;
     const std::string body = body_text(dump, object);
     if (body.empty()) return;
@@ -127,8 +128,8 @@ void add_object(Dump& dump, const Object& object) {
 
 /// The length as a setting, if the image's own fits what the items take; and whether its CRC holds.
 void add_length(Dump& dump) {
-    const int length = pair_at(dump.image, 0);
-    const bool sound = length >= dump.cursor && length + 2 <= std::ssize(dump.image);
+    const int length = pair_at(dump.image, image_length_at);
+    const bool sound = length >= dump.cursor && length + crc_size <= std::ssize(dump.image);
     // Else any length will do; the bytes at the end of the source put the real one in its place.
     dump.kit.length = sound ? length : -1;
     dump.crc_holds = sound && pair_at(dump.image, length) ==
@@ -141,8 +142,8 @@ void add_crc(Dump& dump) {
     dump.kit.crc = -1;
     if (!dump.crc_holds || dump.kit.length < dump.cursor + 2) return;
     const auto filler = static_cast<std::size_t>(dump.kit.length - 2);
-    const bool erased = dump.image[filler] == 0xFF && dump.image[filler + 1] == 0xFF;
-    const bool alone = dump.kit.length - 2 == dump.cursor || dump.image[filler - 1] == 0xFF;
+    const bool erased = dump.image[filler] == erased_byte && dump.image[filler + 1] == erased_byte;
+    const bool alone = dump.kit.length - 2 == dump.cursor || dump.image[filler - 1] == erased_byte;
     if (!erased && alone) dump.kit.crc = pair_at(dump.image, dump.kit.length);
 }
 
@@ -167,7 +168,7 @@ void add_patches(Dump& dump, Image made) {
     if (!dump.crc_holds) return add_patches(dump, made, 0, made.size());
     const auto crc = static_cast<std::size_t>(dump.kit.length);
     add_patches(dump, made, 0, dump.kit.crc < 0 ? crc : crc - 2);
-    add_patches(dump, made, crc + 2, made.size());
+    add_patches(dump, made, crc + crc_size, made.size());
 }
 
 std::string patch_text(const Patch& patch) {

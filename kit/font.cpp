@@ -9,12 +9,6 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t head_size = 16;
-constexpr std::size_t entry_size = 3;
-constexpr int widest_glyph = 255;
-constexpr int tallest_font = 255;
-constexpr std::size_t largest_offset = 0xFFFF;
-
 void append_pair(Bytes& bytes, std::size_t value) {
     bytes.push_back(static_cast<std::uint8_t>(value & 0xFF));
     bytes.push_back(static_cast<std::uint8_t>(value >> 8));
@@ -38,12 +32,12 @@ int widest_of(const Font& font) {
 
 std::string fault_of(const Font& font) {
     if (font.glyphs.empty()) return "has none of the characters that are wanted";
-    if (font.height < 1 || font.height > tallest_font)
+    if (font.height < 1 || font.height > max_font_height)
         return "has glyphs of " + std::to_string(font.height) + " rows; 1 to " +
-               std::to_string(tallest_font) + " are possible";
-    if (const int widest = widest_of(font); widest > widest_glyph)
+               std::to_string(max_font_height) + " are possible";
+    if (const int widest = widest_of(font); widest > max_glyph_width)
         return "has a glyph " + std::to_string(widest) + " dots wide; " +
-               std::to_string(widest_glyph) + " are possible";
+               std::to_string(max_glyph_width) + " are possible";
     return {};
 }
 
@@ -104,13 +98,13 @@ Bytes font_bytes(const Font& font, std::string& fault) {
     const int first = font.glyphs.begin()->first, last = font.glyphs.rbegin()->first;
     const int cell = font.cell_width > 0 ? font.cell_width : widest_of(font);
     const std::size_t glyphs_at =
-        head_size + entry_size * static_cast<std::size_t>(last - first + 1);
-    Bytes bytes{'F', 'H', '7'};
+        font_head_size + glyph_entry_size * static_cast<std::size_t>(last - first + 1);
+    Bytes bytes(font_magic.begin(), font_magic.end());
     for (const int value : {font.format, first, last, cell, font.height})
         bytes.push_back(static_cast<std::uint8_t>(value));
     append_pair(bytes, glyphs_at);
     bytes.push_back(static_cast<std::uint8_t>(font.gap));
-    bytes.resize(head_size);
+    bytes.resize(font_head_size);
     Bytes bits;
     for (int code = first; code <= last; ++code) {
         const auto found = font.glyphs.find(code);
@@ -119,7 +113,7 @@ Bytes font_bytes(const Font& font, std::string& fault) {
         bytes.push_back(static_cast<std::uint8_t>(glyph.width));
         append_pair(bytes, glyph.width == 0 ? 0 : bits.size());
         bits.insert(bits.end(), glyph.rows.begin(), glyph.rows.end());
-        if (bits.size() > largest_offset) {
+        if (bits.size() > max_glyph_offset) {
             fault = "takes more than 65535 bytes; take fewer characters or a smaller size";
             return {};
         }
@@ -129,14 +123,22 @@ Bytes font_bytes(const Font& font, std::string& fault) {
 }
 
 bool read_font_head(std::span<const std::uint8_t> bytes, FontHead& head) {
-    if (bytes.size() < head_size || bytes[0] != 'F' || bytes[1] != 'H' || bytes[2] != '7')
-        return false;
-    head = {bytes[4], bytes[5], bytes[6], bytes[7], bytes[10], bytes[3], pair_at(bytes, 8), 0, 0};
+    if (bytes.size() < font_head_size || !has_font_magic(bytes)) return false;
+    head = {bytes[font_first_at],
+            bytes[font_last_at],
+            bytes[font_width_at],
+            bytes[font_height_at],
+            bytes[font_gap_at],
+            bytes[font_format_at],
+            pair_at(bytes, font_glyphs_at),
+            0,
+            0};
     const int entries = std::max(0, head.last - head.first + 1);
-    head.size = head_size + entry_size * static_cast<std::size_t>(entries);
+    head.size = font_head_size + glyph_entry_size * static_cast<std::size_t>(entries);
     if (head.size > bytes.size()) return false;
-    for (std::size_t at = head_size;
-         at < head_size + entry_size * static_cast<std::size_t>(entries); at += entry_size) {
+    for (std::size_t at = font_head_size;
+         at < font_head_size + glyph_entry_size * static_cast<std::size_t>(entries);
+         at += glyph_entry_size) {
         if (bytes[at] == 0) continue;
         ++head.glyph_count;
         const auto rows = static_cast<std::size_t>(stride_of(bytes[at]) * head.height);
@@ -150,7 +152,8 @@ bool read_font_bytes(std::span<const std::uint8_t> bytes, Font& font, std::size_
     if (!read_font_head(bytes, head) || head.size > bytes.size()) return false;
     font = {head.height, head.height, head.cell_width, head.gap, head.format, {}};
     for (int code = head.first; code <= head.last; ++code) {
-        const std::size_t at = head_size + entry_size * static_cast<std::size_t>(code - head.first);
+        const std::size_t at =
+            font_head_size + glyph_entry_size * static_cast<std::size_t>(code - head.first);
         if (bytes[at] == 0) continue;
         Dots glyph = blank_dots(bytes[at], head.height);
         const std::size_t start = head.glyphs_at + pair_at(bytes, at + 1);

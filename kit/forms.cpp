@@ -6,148 +6,44 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::uint8_t esc = 0x1B;
+constexpr Tail tail_of(Read read) {
+    switch (read) {
+    case Read::raw_string:
+    case Read::raw_text:
+        return Tail::string;
+    case Read::raw_picture:
+        return Tail::picture;
+    case Read::raw_byte:
+        return Tail::byte;
+    case Read::raw_bytes:
+        return Tail::counted;
+    case Read::raw_word:
+        return Tail::eeprom;
+    default:
+        return Tail::none;
+    }
+}
 
-// clang-format off
-constexpr Param number(const char* name) { return {name, Kind::number}; }
-constexpr Param n = number("n"), x = number("x"), y = number("y"),
-    x1 = number("x1"), y1 = number("y1"), x2 = number("x2"), y2 = number("y2"),
-    zx = number("zoom x"), zy = number("zoom y"), bar = number("bar"), time = number("time"),
-    erase = number("erase"), group = number("group"), least = number("least"),
-    most = number("most"), kind = number("kind"), pattern = number("pattern"),
-    process = number("process"), row = number("row"),
-    font{"font", Kind::font}, picture{"picture", Kind::picture},
-    normal{"macro", Kind::normal}, first{"first macro", Kind::normal},
-    last{"last macro", Kind::normal}, touch{"macro", Kind::touch}, menu{"macro", Kind::menu},
-    code{"code", Kind::touch}, down{"down code", Kind::touch}, up{"up code", Kind::touch},
-    list{"list code", Kind::menu};
+constexpr Form form_of(const CommandRow& row) {
+    Form form{row.group, row.op, Tail::none, {}, &row};
+    std::size_t count = 0;
+    for (const Parameter& parameter : row.parameters) {
+        for (int i = 0; i < numbers_of(parameter.read); ++i)
+            form.params[count++] = {parameter.names[static_cast<std::size_t>(i)], parameter.kind};
+        if (!is_raw(parameter.read)) continue;
+        form.tail = tail_of(parameter.read);
+        // The bytes of a kit count themselves.
+        if (form.tail == Tail::counted) form.params[--count] = {};
+        break;
+    }
+    return form;
+}
 
-constexpr Form forms[]{
-    {'!', 0,    Tail::none,     {n}},
-    {'&', 'E',  Tail::eeprom,   {}},
-    {'+', 0,    Tail::none,     {n}},
-    {'=', 0,    Tail::none,     {}},
-    {'@', 0,    Tail::none,     {}},
-    {'?', 0,    Tail::none,     {}},
-    {'X', 0,    Tail::none,     {time}},
-    {'A', 'A',  Tail::none,     {n}},
-    {'A', 'B',  Tail::none,     {bar}},
-    {'A', 'D',  Tail::none,     {x1, y1, x2, y2, number("pen")}},
-    {'A', 'E',  Tail::none,     {number("border")}},
-    {'A', 'F',  Tail::none,     {font}},
-    {'A', 'G',  Tail::none,     {group}},
-    {'A', 'H',  Tail::none,     {x1, y1, x2, y2}},
-    {'A', 'I',  Tail::none,     {n}},
-    {'A', 'J',  Tail::string,   {x, y, picture, down, up}},
-    {'A', 'K',  Tail::string,   {x1, y1, x2, y2, down, up}},
-    {'A', 'L',  Tail::none,     {code, erase}},
-    {'A', 'M',  Tail::string,   {x1, y1, x2, y2, down, up, list}},
-    {'A', 'N',  Tail::none,     {code}},
-    {'A', 'P',  Tail::none,     {code, n}},
-    {'A', 'Q',  Tail::none,     {n}},
-    {'A', 'R',  Tail::none,     {group}},
-    {'A', 'S',  Tail::none,     {n}},
-    {'A', 'T',  Tail::string,   {x1, y1, x2, y2, down, up}},
-    {'A', 'U',  Tail::string,   {x, y, picture, down, up}},
-    {'A', 'V',  Tail::none,     {x, y, erase}},
-    {'A', 'W',  Tail::none,     {n}},
-    {'A', 'X',  Tail::none,     {code}},
-    {'A', 'Y',  Tail::none,     {n}},
-    {'A', 'Z',  Tail::none,     {zx, zy}},
-    {'B', 'A',  Tail::none,     {bar, number("value")}},
-    {'B', 'D',  Tail::none,     {bar, erase}},
-    {'B', 'L',  Tail::none,     {bar, x1, y1, x2, y2, least, most, kind, pattern}},
-    {'B', 'O',  Tail::none,     {bar, x1, y1, x2, y2, least, most, kind, pattern}},
-    {'B', 'R',  Tail::none,     {bar, x1, y1, x2, y2, least, most, kind, pattern}},
-    {'B', 'U',  Tail::none,     {bar, x1, y1, x2, y2, least, most, kind, pattern}},
-    {'B', 'S',  Tail::none,     {bar}},
-    {'B', 'Z',  Tail::none,     {bar}},
-    {'C', 'B',  Tail::none,     {}},
-    {'C', 'S',  Tail::none,     {x1, y1, x2, y2}},
-    {'C', 'K',  Tail::none,     {x, y}},
-    {'C', 'R',  Tail::none,     {}},
-    {'D', 'A',  Tail::none,     {}},
-    {'D', 'E',  Tail::none,     {}},
-    {'D', 'C',  Tail::none,     {}},
-    {'D', 'N',  Tail::none,     {}},
-    {'D', 'I',  Tail::none,     {}},
-    {'D', 'L',  Tail::none,     {}},
-    {'D', 'S',  Tail::none,     {}},
-    {'G', 'D',  Tail::none,     {x1, y1, x2, y2}},
-    {'G', 'P',  Tail::none,     {x, y}},
-    {'G', 'R',  Tail::none,     {x1, y1, x2, y2}},
-    {'G', 'V',  Tail::none,     {number("link mode")}},
-    {'G', 'W',  Tail::none,     {x, y}},
-    {'G', 'Z',  Tail::none,     {number("width"), number("height")}},
-    {'K', 'A',  Tail::none,     {number("address")}},
-    {'M', 'N',  Tail::none,     {normal}},
-    {'M', 'T',  Tail::none,     {touch}},
-    {'M', 'M',  Tail::none,     {menu}},
-    {'M', 'A',  Tail::none,     {first, last, time}},
-    {'M', 'J',  Tail::none,     {first, last, time}},
-    {'M', 'E',  Tail::none,     {first, last, time}},
-    {'M', 'G',  Tail::none,     {normal, time}},
-    {'M', 'D',  Tail::none,     {process, kind, first, last, time}},
-    {'M', 'Z',  Tail::none,     {process, time}},
-    {'M', 'S',  Tail::none,     {n}},
-    {'N', 'A',  Tail::none,     {}},
-    {'N', 'D',  Tail::string,   {x, y, row}},
-    {'N', 'F',  Tail::none,     {font}},
-    {'N', 'M',  Tail::none,     {menu}},
-    {'N', 'N',  Tail::none,     {}},
-    {'N', 'P',  Tail::none,     {}},
-    {'N', 'S',  Tail::none,     {}},
-    {'N', 'T',  Tail::none,     {n}},
-    {'N', 'W',  Tail::none,     {n}},
-    {'N', 'Y',  Tail::none,     {n}},
-    {'N', 'Z',  Tail::none,     {zx, zy}},
-    {'Q', 'I',  Tail::none,     {x1, y1, x2, y2}},
-    {'Q', 'L',  Tail::none,     {x1, y1, x2, y2}},
-    {'Q', 'M',  Tail::none,     {x1, y1, x2, y2, pattern}},
-    {'Q', 'Z',  Tail::none,     {time}},
-    {'R', 'L',  Tail::none,     {x1, y1, x2, y2}},
-    {'R', 'S',  Tail::none,     {x1, y1, x2, y2}},
-    {'R', 'I',  Tail::none,     {x1, y1, x2, y2}},
-    {'R', 'M',  Tail::none,     {x1, y1, x2, y2, pattern}},
-    {'R', 'O',  Tail::none,     {x1, y1, x2, y2, pattern}},
-    {'R', 'R',  Tail::none,     {x1, y1, x2, y2, number("border")}},
-    {'R', 'T',  Tail::none,     {x1, y1, x2, y2, number("border")}},
-    {'S', 'B',  Tail::counted,  {}},
-    {'S', 'I',  Tail::none,     {}},
-    {'S', 'V',  Tail::none,     {}},
-    {'T', 'A',  Tail::none,     {}},
-    {'T', 'E',  Tail::none,     {}},
-    {'T', 'C',  Tail::none,     {n}},
-    {'T', 'P',  Tail::none,     {number("column"), row}},
-    {'T', 'Q',  Tail::none,     {}},
-    {'T', 'R',  Tail::none,     {}},
-    {'T', 'S',  Tail::none,     {}},
-    {'T', 'V',  Tail::none,     {}},
-    {'U', 'B',  Tail::none,     {n}},
-    {'U', 'C',  Tail::none,     {x, y}},
-    {'U', 'H',  Tail::none,     {x1, y1, x2, y2}},
-    {'U', 'I',  Tail::none,     {x, y, picture}},
-    {'U', 'L',  Tail::picture,  {x, y}},
-    {'U', 'V',  Tail::none,     {number("link mode")}},
-    {'U', 'W',  Tail::none,     {n}},
-    {'U', 'Z',  Tail::none,     {zx, zy}},
-    {'Y', 'H',  Tail::none,     {number("brightness")}},
-    {'Y', 'L',  Tail::byte,     {}},
-    {'Y', 'S',  Tail::none,     {time}},
-    {'Y', 'W',  Tail::none,     {number("line"), n}},
-    {'Z', 'L',  Tail::string,   {x, y}},
-    {'Z', 'C',  Tail::string,   {x, y}},
-    {'Z', 'R',  Tail::string,   {x, y}},
-    {'Z', 'B',  Tail::none,     {n}},
-    {'Z', 'F',  Tail::none,     {font}},
-    {'Z', 'V',  Tail::none,     {number("link mode")}},
-    {'Z', 'W',  Tail::none,     {n}},
-    {'Z', 'Y',  Tail::none,     {n}},
-    {'Z', 'Z',  Tail::none,     {zx, zy}},
-};
-// clang-format on
-
-constexpr std::string_view groups_with_ops = "&ABCDGKMNQRSTUYZ";
+constexpr std::array<Form, command_count> forms = [] {
+    std::array<Form, command_count> made{};
+    std::ranges::transform(command_rows, made.begin(), form_of);
+    return made;
+}();
 
 /// Reads a stream; `good` turns false at its end and stays so.
 struct ByteReader {
@@ -209,7 +105,7 @@ void take_string(ByteReader& reader, Parsed& parsed) {
     parsed.tail_at = reader.at;
     while (reader.good) {
         const int c = take_byte(reader);
-        if (c == 0 || c == '\n' || c == '\r') break;
+        if (ends_text(static_cast<std::uint8_t>(c))) break;
     }
     if (reader.good) parsed.tail_size = reader.at - 1 - parsed.tail_at;
 }
@@ -248,10 +144,9 @@ void take_tail(ByteReader& reader, Parsed& parsed) {
 }  // namespace
 
 const Form* find_form(char group_letter, char op) {
-    const auto found = std::find_if(std::begin(forms), std::end(forms), [&](const Form& form) {
-        return form.group == group_letter && form.op == op;
-    });
-    return found == std::end(forms) ? nullptr : found;
+    const auto letter = static_cast<std::uint8_t>(group_letter);
+    const int number = is_command_group(letter) ? command_number(letter, op) : -1;
+    return number < 0 ? nullptr : &forms[static_cast<std::size_t>(number)];
 }
 
 std::string ops_of(char group_letter) {
@@ -277,11 +172,11 @@ std::string letters_of(const Form& form) {
 }
 
 std::optional<Parsed> parse_command(std::span<const std::uint8_t> bytes) {
-    ByteReader reader{bytes, 1, bytes[0] != esc, true};
+    ByteReader reader{bytes, 1, bytes[0] != lead_in_esc, true};
     Parsed parsed{};
     const char group_letter = take_letter(reader);
     parsed.form = find_form(group_letter, 0);
-    if (parsed.form == nullptr && groups_with_ops.find(group_letter) != std::string_view::npos) {
+    if (parsed.form == nullptr && is_command_group(static_cast<std::uint8_t>(group_letter))) {
         parsed.form = find_form(group_letter, take_letter(reader));
         // Group R takes its rectangle before it looks at the op.
         if (parsed.form == nullptr && group_letter == 'R')
@@ -299,9 +194,8 @@ std::optional<Parsed> parse_command(std::span<const std::uint8_t> bytes) {
 }
 
 int streamed_picture_size(std::span<const std::uint8_t> bytes) {
-    if (bytes.size() < 2) return -1;
-    const int rows = bytes[1] > 128 ? bytes[1] & 0x7F : bytes[1];
-    return 2 + (bytes[0] + 7) / 8 * rows;
+    if (bytes.size() < picture_head_size) return -1;
+    return picture_head_size + stride_of(bytes[0]) * picture_rows(bytes[1]);
 }
 
 }  // namespace orvanel

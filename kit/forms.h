@@ -1,8 +1,9 @@
-// forms.h: how each command of the module's language is written, and the bytes it becomes. The
-// letters and what they do stand in docs/reference/commands.md.
+// forms.h: how a kit writes each command of the module's language, and how it stands in a stream.
+// All of it is made of the language's table.
 
 #pragma once
 
+#include "firmware/core/language/commands.h"
 #include "kit/names.h"
 
 #include <array>
@@ -36,6 +37,7 @@ struct Form {
     char op;
     Tail tail;
     std::array<Param, most_params> params;
+    const CommandRow* row;
 };
 
 /// Null if there is no such command. Letters are upper-case.

@@ -2,8 +2,6 @@
 
 #include "base/bytes.h"
 #include "base/hex.h"
-#include "firmware/store/ground/eeprom.h"
-#include "firmware/store/ground/macro.h"
 
 #include <algorithm>
 #include <array>
@@ -13,8 +11,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr int polynomial = 0x1021;
-constexpr std::uint8_t erased = 0xFF;
+constexpr int crc_filler_size = 2;  // bytes that bring the CRC to a wanted value
 
 /// An image on its way.
 struct Layout {
@@ -26,24 +23,11 @@ struct Layout {
     Faults* faults;
 };
 
-constexpr std::array<std::uint16_t, 256> crc_steps() {
-    std::array<std::uint16_t, 256> steps{};
-    for (int i = 0; i < 256; ++i) {
-        int crc = i << 8;
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc & 0x8000) != 0 ? (crc << 1 ^ polynomial) & 0xFFFF : crc << 1 & 0xFFFF;
-        steps[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(crc);
-    }
-    return steps;
-}
-
-constexpr std::array<std::uint16_t, 256> crc_table = crc_steps();
-
 /// The two bytes that bring a CRC from `crc` to `wanted`: sixteen steps of it, run backwards.
 std::array<std::uint8_t, 2> bytes_for_crc(std::uint16_t crc, int wanted) {
     int before = wanted;
     for (int bit = 0; bit < 16; ++bit)
-        before = (before & 1) != 0 ? (before ^ polynomial) >> 1 | 0x8000 : before >> 1;
+        before = (before & 1) != 0 ? (before ^ crc_polynomial) >> 1 | 0x8000 : before >> 1;
     const int bytes = before ^ crc;
     return {low8(bytes >> 8), low8(bytes)};
 }
@@ -94,7 +78,7 @@ void put_items(Layout& layout) {
         const Item& item = kit.items[i];
         const std::size_t owner = item.same < 0 ? i : static_cast<std::size_t>(item.same);
         const Bytes& bytes = kit.items[owner].bytes;
-        const int entry = table_of(item.kind) + entry_size(item.kind) * item.number;
+        const int entry = entry_at(item.kind, item.number);
         if (bytes.empty()) continue;  // an empty macro is one that isn't there
         put_pair(layout.image, entry, layout.offsets[owner]);
         if (is_macro(item.kind)) put_pair(layout.image, entry + 2, static_cast<int>(bytes.size()));
@@ -117,7 +101,7 @@ void put_patches(Layout& layout) {
 /// The image's length, -1 if it can't be as wanted.
 int choose_length(const Layout& layout) {
     const Kit& kit = *layout.kit;
-    const int needed = layout.end + (kit.crc >= 0 ? 2 : 0);
+    const int needed = layout.end + (kit.crc >= 0 ? crc_filler_size : 0);
     const Place place{kit.file, 0, 0};
     if (kit.length >= 0 && kit.length < needed) {
         layout.faults->emplace_back(
@@ -127,8 +111,8 @@ int choose_length(const Layout& layout) {
         return -1;
     }
     const int length = kit.length >= 0 ? kit.length : needed;
-    if (length + 2 > kit.memory) {
-        layout.faults->emplace_back(place, "the image takes " + std::to_string(length + 2) +
+    if (length + crc_size > kit.memory) {
+        layout.faults->emplace_back(place, "the image takes " + std::to_string(length + crc_size) +
                                                " bytes with its CRC, and the EEPROM has " +
                                                std::to_string(kit.memory));
         return -1;
@@ -143,7 +127,7 @@ bool is_free(const Layout& layout, int at) {
 }
 
 void put_crc_filler(Layout& layout, int length) {
-    const int at = length - 2;
+    const int at = length - crc_filler_size;
     if (!is_free(layout, at)) {
         layout.faults->push_back(
             Fault({layout.kit->file, 0, 0},
@@ -158,42 +142,14 @@ void put_crc_filler(Layout& layout, int length) {
 
 }  // namespace
 
-std::uint16_t crc_of(std::span<const std::uint8_t> bytes) {
-    unsigned crc = 0;
-    for (const std::uint8_t byte : bytes)
-        crc = (crc << 8 & 0xFFFF) ^ crc_table[(crc >> 8 ^ byte) & 0xFF];
-    return static_cast<std::uint16_t>(crc);
-}
-
-int table_of(Kind kind) {
-    switch (kind) {
-    case Kind::number:
-    case Kind::font:
-        break;
-    case Kind::picture:
-        return picture_table;
-    case Kind::power_on:
-        return power_on_macro_table;
-    case Kind::normal:
-        return normal_macro_table;
-    case Kind::touch:
-        return touch_macro_table;
-    case Kind::menu:
-        return menu_macro_table;
-    }
-    return font_table;
-}
-
-int entry_size(Kind kind) { return is_macro(kind) ? 4 : 2; }
-
 int pair_at(std::span<const std::uint8_t> bytes, int at) {
     const auto i = static_cast<std::size_t>(at);
     return le16(bytes[i], bytes[i + 1]);
 }
 
 void put_crc(Bytes& image) {
-    const int length = pair_at(image, 0);
-    if (length == unprogrammed || length + 2 > std::ssize(image)) return;
+    const int length = pair_at(image, image_length_at);
+    if (length == unprogrammed || length + crc_size > std::ssize(image)) return;
     put_pair(image, length, crc_of(std::span(image).first(static_cast<std::size_t>(length))));
 }
 
@@ -201,20 +157,21 @@ std::string hex4(int value) { return "0x" + hex_digits(static_cast<std::uint32_t
 
 Bytes lay_out(const Kit& kit, Faults& faults) {
     const auto memory = static_cast<std::size_t>(kit.memory);
-    Layout layout{&kit, Bytes(memory, erased), std::vector<bool>(memory), {}, data_start, &faults};
+    Layout layout{&kit,   Bytes(memory, erased_byte), std::vector<bool>(memory), {}, data_start,
+                  &faults};
     const std::size_t faults_before = faults.size();
     place_items(layout);
     find_overlaps(layout);
     const int length = choose_length(layout);
     if (faults.size() > faults_before) return {};
     put_items(layout);
-    put_pair(layout.image, 0, length);
+    put_pair(layout.image, image_length_at, length);
     put_patches(layout);
     if (faults.size() > faults_before) return {};
     if (kit.crc >= 0) put_crc_filler(layout, length);
     // A [bytes] section may have given another length, or a CRC of its own.
-    const int covered = pair_at(layout.image, 0);
-    if (covered + 2 <= kit.memory && is_free(layout, covered)) put_crc(layout.image);
+    const int covered = pair_at(layout.image, image_length_at);
+    if (covered + crc_size <= kit.memory && is_free(layout, covered)) put_crc(layout.image);
     return std::move(layout.image);
 }
 

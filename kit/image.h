@@ -9,16 +9,6 @@
 
 namespace orvanel {
 
-constexpr int data_start = 0x0E30;
-constexpr int unprogrammed = 0xFFFF;  // as the length of an image
-
-/// CRC-16/XMODEM: polynomial 0x1021, from 0, most significant bit first.
-std::uint16_t crc_of(std::span<const std::uint8_t> bytes);
-
-/// Where a kind's table begins, and the bytes of an entry.
-int table_of(Kind kind);
-int entry_size(Kind kind);
-
 /// Two bytes, low byte first; both lie in `bytes`.
 int pair_at(std::span<const std::uint8_t> bytes, int at);
 

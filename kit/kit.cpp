@@ -17,7 +17,6 @@ namespace {
 constexpr int default_block = 1024;
 constexpr int largest_block = 0xFFFF;
 constexpr int largest_stream = 1 << 24;
-constexpr int largest_macro = 0xFFFE;  // 0xFFFF would be an empty record
 constexpr std::array<std::string_view, 3> stream_names{"block", "blocks", "percent"};
 
 /// A kit on its way.
@@ -45,7 +44,7 @@ void read_image_section(const Section& section, KitReader& reader) {
             if (size != 32 && size != 64) fail(start, "expected 32 or 64");
             kit.memory = size == 64 ? eeprom_large : eeprom_small;
         } else if (setting.key == "length") {
-            kit.length = take_number(setting.value, 0, 0xFFFE);
+            kit.length = take_number(setting.value, 0, max_image_length);
         } else if (setting.key == "crc") {
             kit.crc = take_number(setting.value, 0, 0xFFFF);
         } else {
@@ -120,13 +119,13 @@ void number_items(KitReader& reader) {
     for (Item& item : kit.items)
         guarded(*reader.faults, [&] {
             if (item.number < 0) {
-                int number = least_of(item.kind);
+                int number = table_of(item.kind).min;
                 while (find_item(kit, item.kind, number) != nullptr)
                     ++number;
-                if (number > most_of(item.kind))
+                if (number > table_of(item.kind).max)
                     throw Fault(item.place, "no number is free, the last " +
                                                 std::string(kind_name(item.kind)) + " is " +
-                                                std::to_string(most_of(item.kind)));
+                                                std::to_string(table_of(item.kind).max));
                 item.number = number;
             }
             if (!item.name.empty())
@@ -150,7 +149,7 @@ int take_item(Scanner& scanner, const Kit& kit) {
             fail(start, "expected a name, or a kind and a number: picture 3, touch macro 7" +
                             is_it(rest.substr(0, rest.find(' ')), all_of(kit.names)));
         scanner.at += kind_name(wanted.kind).size();
-        wanted.number = take_number(scanner, least_of(wanted.kind), most_of(wanted.kind));
+        wanted.number = take_number(scanner, table_of(wanted.kind).min, table_of(wanted.kind).max);
     }
     const Item* item = find_item(kit, wanted.kind, wanted.number);
     if (item == nullptr) fail(start, "there is no such item here");
@@ -186,9 +185,9 @@ Bytes macro_of_section(const Section& section, const Assembly& assembly, const T
     for_settings(settings, faults, [&](Setting& setting) {
         if (!take(setting)) fail_key(setting, "at or same");
     });
-    if (bytes.size() > largest_macro)
+    if (bytes.size() > max_macro_length)
         faults.emplace_back(section.place, "the macro takes more than " +
-                                               std::to_string(largest_macro) + " bytes");
+                                               std::to_string(max_macro_length) + " bytes");
     return bytes;
 }
 

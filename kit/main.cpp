@@ -182,7 +182,7 @@ std::vector<Option> build_options(Options& options) {
          .help = "Write NAME.eep, a stream, or NAME.bin, an image; may come again",
          .value_name = "FILE",
          .required = true},
-        number_option("--image-length", 0xFFFE, options.build.length,
+        number_option("--image-length", max_image_length, options.build.length,
                       "Bring the image to this length by filler bytes"),
         number_option("--crc", 0xFFFF, options.build.crc,
                       "Bring the image to this CRC by two filler bytes"),

@@ -10,22 +10,8 @@ namespace orvanel {
 
 namespace {
 
-struct KindRow {
-    Kind kind;
-    std::string_view name;
-    int least, most;
-};
-constexpr std::array<KindRow, 7> kinds{{
-    {Kind::number, "number", 0, 0},
-    {Kind::font, "font", 1, 15},
-    {Kind::picture, "picture", 0, 255},
-    {Kind::power_on, "power-on macro", 0, 3},
-    {Kind::normal, "normal macro", 0, 255},
-    {Kind::touch, "touch macro", 0, 255},
-    {Kind::menu, "menu macro", 0, 255},
-}};
-
-const KindRow& row_of(Kind kind) { return kinds[static_cast<std::size_t>(kind)]; }
+constexpr std::array<std::string_view, store_tables.size()> kind_names{
+    "number", "font", "picture", "power-on macro", "normal macro", "touch macro", "menu macro"};
 
 constexpr int widest = 1'000'000;  // of a number in a sum
 
@@ -61,10 +47,7 @@ std::vector<std::string_view> all_of(const Names& names) {
     return all;
 }
 
-std::string_view kind_name(Kind kind) { return row_of(kind).name; }
-int most_of(Kind kind) { return row_of(kind).most; }
-int least_of(Kind kind) { return row_of(kind).least; }
-bool is_macro(Kind kind) { return kind >= Kind::power_on; }
+std::string_view kind_name(Kind kind) { return kind_names[static_cast<std::size_t>(kind)]; }
 
 int take_sum(Scanner& scanner, const Names& names, Kind wanted, std::string_view what, int least,
              int most) {

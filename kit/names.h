@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "firmware/core/language/eeprom_layout.h"
 #include "kit/source.h"
 
 #include <functional>
@@ -12,17 +13,8 @@
 
 namespace orvanel {
 
-/// What a number counts.
-enum class Kind { number, font, picture, power_on, normal, touch, menu };
-
 /// `font`, `picture`, `power-on macro`, ... as headings and listings have it.
 std::string_view kind_name(Kind kind);
-
-/// How many of a kind there can be, and the lowest number.
-int most_of(Kind kind);
-int least_of(Kind kind);
-
-bool is_macro(Kind kind);
 
 struct Named {
     Kind kind;

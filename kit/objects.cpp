@@ -12,8 +12,6 @@ namespace {
 
 constexpr std::array object_kinds{Kind::font,   Kind::picture, Kind::power_on,
                                   Kind::normal, Kind::touch,   Kind::menu};
-constexpr int no_macro = 0xFFFF;   // as a length
-constexpr int no_object = 0xFFFF;  // as an offset
 
 std::string dots_text(int width, int height) {
     return std::to_string(width) + " x " + std::to_string(height);
@@ -40,23 +38,23 @@ void measure_font(std::span<const std::uint8_t> image, Object& object) {
 
 void measure_picture(std::span<const std::uint8_t> image, Object& object) {
     const auto bytes = rest_at(image, object.offset);
-    object.size = 2;
-    if (bytes.size() < 2) return;  // told as lying beyond the image
-    const int rows = bytes[1] > tallest_picture ? bytes[1] & 0x7F : bytes[1];
-    object.size = 2 + stride_of(bytes[0]) * rows;
+    object.size = picture_head_size;
+    if (bytes.size() < picture_head_size) return;  // told as lying beyond the image
+    const int rows = picture_rows(bytes[1]);
+    object.size = picture_head_size + stride_of(bytes[0]) * rows;
     if (bytes[0] == 0 || rows == 0)
         object.fault = "it has " + dots_text(bytes[0], rows) + " dots";
-    else if (bytes[1] > tallest_picture && rows % 2 != 0)
+    else if (has_two_images(bytes[1]) && rows % 2 != 0)
         object.fault = "its two images share " + std::to_string(rows) + " rows, an odd number";
 }
 
 /// False if the entry is empty.
 bool read_entry(std::span<const std::uint8_t> image, Kind kind, int number, Object& object) {
-    const int entry = table_of(kind) + entry_size(kind) * number;
+    const int entry = entry_at(kind, number);
     object = {kind, number, pair_at(image, entry), 0, {}};
-    if (!is_macro(kind)) return object.offset != no_object;
+    if (!is_macro(kind)) return object.offset != no_entry;
     object.size = pair_at(image, entry + 2);
-    return object.size != 0 && object.size != no_macro;
+    return is_macro_length(object.size);
 }
 
 void check_place(std::span<const std::uint8_t> image, Object& object) {
@@ -71,7 +69,7 @@ void check_place(std::span<const std::uint8_t> image, Object& object) {
 std::vector<Object> objects_of(std::span<const std::uint8_t> image) {
     std::vector<Object> objects;
     for (const Kind kind : object_kinds)
-        for (int number = least_of(kind); number <= most_of(kind); ++number) {
+        for (int number = table_of(kind).min; number <= table_of(kind).max; ++number) {
             Object object{};
             if (!read_entry(image, kind, number, object)) continue;
             if (kind == Kind::font) measure_font(image, object);
@@ -102,18 +100,18 @@ std::string shape_of(std::span<const std::uint8_t> image, const Object& object) 
                dots_text(head.cell_width, head.height) + ", gap " + std::to_string(head.gap);
     }
     if (object.kind == Kind::picture) {
-        if (bytes[1] <= tallest_picture) return dots_text(bytes[0], bytes[1]);
-        return "two images of " + dots_text(bytes[0], (bytes[1] & 0x7F) / 2);
+        if (!has_two_images(bytes[1])) return dots_text(bytes[0], bytes[1]);
+        return "two images of " + dots_text(bytes[0], picture_rows(bytes[1]) / 2);
     }
     return {};
 }
 
 std::string summary_of(std::span<const std::uint8_t> image) {
     const std::string size = std::to_string(image.size()) + " bytes, ";
-    const int length = pair_at(image, 0);
+    const int length = pair_at(image, image_length_at);
     if (length == unprogrammed) return size + "not programmed";
     const std::string covered = size + "length " + hex4(length);
-    if (length + 2 > std::ssize(image)) return covered + ", more than the memory holds";
+    if (length + crc_size > std::ssize(image)) return covered + ", more than the memory holds";
     const int stored = pair_at(image, length);
     const int computed = crc_of(image.first(static_cast<std::size_t>(length)));
     return covered + ", CRC " + hex4(stored) +

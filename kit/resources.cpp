@@ -155,7 +155,7 @@ Bytes finished_font(const FontSettings& settings, Bytes file) {
 
 Bytes made_font(FontSettings& settings) {
     Bytes file = read_named(settings.file);
-    if (file.size() > 3 && file[0] == 'F' && file[1] == 'H' && file[2] == '7')
+    if (file.size() > font_magic.size() && has_font_magic(file))
         return finished_font(settings, std::move(file));
     if (!settings.codes_place)
         for (int code = first_default; code <= last_default; ++code)
@@ -197,9 +197,9 @@ Box take_box(Scanner& scanner, const Names& names) {
     expect_char(scanner, ',');
     box.y = take_sum(scanner, names, Kind::number, "y", 0, most);
     expect_char(scanner, ',');
-    box.width = take_sum(scanner, names, Kind::number, "width", 1, widest_picture);
+    box.width = take_sum(scanner, names, Kind::number, "width", 1, max_picture_width);
     expect_char(scanner, ',');
-    box.height = take_sum(scanner, names, Kind::number, "height", 1, tallest_picture);
+    box.height = take_sum(scanner, names, Kind::number, "height", 1, max_picture_height);
     return box;
 }
 
@@ -245,11 +245,11 @@ Dots read_dots(const PictureSettings& settings, const NamedFile& file,
                              std::to_string(picture.width) + " x " +
                              std::to_string(picture.height) + " dots");
     if (part) picture = cut_out(picture, *part);
-    if (picture.width > widest_picture || picture.height > tallest_picture)
+    if (picture.width > max_picture_width || picture.height > max_picture_height)
         fail_file(file, "is " + std::to_string(picture.width) + " x " +
                             std::to_string(picture.height) + " dots; at most " +
-                            std::to_string(widest_picture) + " x " +
-                            std::to_string(tallest_picture) + " fit, take a part");
+                            std::to_string(max_picture_width) + " x " +
+                            std::to_string(max_picture_height) + " fit, take a part");
     if (settings.invert)
         for (std::uint8_t& light : picture.light)
             light = static_cast<std::uint8_t>(255 - light);
@@ -257,16 +257,15 @@ Dots read_dots(const PictureSettings& settings, const NamedFile& file,
 }
 
 Bytes made_picture(const PictureSettings& settings) {
-    constexpr int tallest_image = 63;  // of two, whose rows are counted in 7 bits
     const Dots first = read_dots(settings, settings.file, settings.part, settings.part_place);
     if (!settings.second.given && !settings.second_part) return picture_bytes(first, nullptr);
     const NamedFile& file = settings.second.given ? settings.second : settings.file;
     const Dots second = read_dots(settings, file, settings.second_part, settings.second_part_place);
     if (first.width != second.width || first.height != second.height)
         fail_file(file, "differs in size from the first image");
-    if (first.height > tallest_image)
+    if (first.height > max_height_of_two)
         fail_file(file, "has " + std::to_string(first.height) + " rows; two images have at most " +
-                            std::to_string(tallest_image) + " each");
+                            std::to_string(max_height_of_two) + " each");
     return picture_bytes(first, &second);
 }
 

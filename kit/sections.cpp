@@ -43,7 +43,8 @@ bool at_number(Scanner& scanner) {
 /// Behind the kind: a number, a name, both or neither.
 void take_title(Scanner& scanner, Section& section) {
     if (at_number(scanner))
-        section.number = take_number(scanner, least_of(section.kind), most_of(section.kind));
+        section.number =
+            take_number(scanner, table_of(section.kind).min, table_of(section.kind).max);
     section.name = take_name(scanner);
 }
 

@@ -11,13 +11,9 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::uint8_t esc = 0x1B;
-constexpr std::uint8_t erased = 0xFF;
-constexpr int crc_size = 2;
-
 /// Two commands that do nothing, and whose sizes add up to any number but 1.
-constexpr std::array<std::uint8_t, 2> two_idle_bytes{esc, '='};
-constexpr std::array<std::uint8_t, 3> three_idle_bytes{esc, '!', 0};
+constexpr std::array<std::uint8_t, 2> two_idle_bytes{lead_in_esc, '='};
+constexpr std::array<std::uint8_t, 3> three_idle_bytes{lead_in_esc, '!', 0};
 
 void append(Bytes& bytes, std::span<const std::uint8_t> more) {
     bytes.insert(bytes.end(), more.begin(), more.end());
@@ -25,17 +21,17 @@ void append(Bytes& bytes, std::span<const std::uint8_t> more) {
 
 /// The lead of `ESC & E`.
 void append_head(Bytes& bytes, int address, int length, char operation) {
-    append(bytes, std::array<std::uint8_t, 8>{esc, '&', 'E', low8(address), low8(address >> 8),
-                                              low8(length), low8(length >> 8),
+    append(bytes, std::array<std::uint8_t, 8>{lead_in_esc, '&', 'E', low8(address),
+                                              low8(address >> 8), low8(length), low8(length >> 8),
                                               static_cast<std::uint8_t>(operation)});
 }
 
 /// Bytes of the image that have to be written.
 int written_size(std::span<const std::uint8_t> image) {
     const auto last = std::find_if(image.rbegin(), image.rend(),
-                                   [](std::uint8_t byte) { return byte != erased; });
+                                   [](std::uint8_t byte) { return byte != erased_byte; });
     const int used = static_cast<int>(image.rend() - last);
-    const int length = pair_at(image, 0);
+    const int length = pair_at(image, image_length_at);
     const int whole = length == unprogrammed ? 0 : length + crc_size;
     return std::max({used, std::min(whole, static_cast<int>(image.size())), 1});
 }
@@ -89,11 +85,11 @@ void play(const Parsed& command, std::span<const std::uint8_t> stream, Bytes& im
         std::min(static_cast<std::size_t>(command.length), image.size() - address);
     const auto at = image.begin() + static_cast<std::ptrdiff_t>(address);
     if (command.operation == 'W') {
-        if (command.address == 0) std::fill(image.begin(), image.end(), erased);
+        if (command.address == 0) std::fill(image.begin(), image.end(), erased_byte);
         const auto data = stream.subspan(command.tail_at, count);
         std::copy(data.begin(), data.end(), at);
     } else if (command.operation == 'C') {
-        std::fill_n(at, count, erased);
+        std::fill_n(at, count, erased_byte);
         put_crc(image);
     }
 }
@@ -125,9 +121,9 @@ Bytes stream_of(const Kit& kit, std::span<const std::uint8_t> image, Faults& fau
 }
 
 Bytes image_from_stream(std::span<const std::uint8_t> stream, int size) {
-    Bytes image(static_cast<std::size_t>(size), erased);
+    Bytes image(static_cast<std::size_t>(size), erased_byte);
     while (!stream.empty()) {
-        const bool command = stream[0] == esc || stream[0] == '#';
+        const bool command = stream[0] == lead_in_esc || stream[0] == lead_in_hash;
         const std::optional<Parsed> parsed = command ? parse_command(stream) : std::nullopt;
         if (command && !parsed) break;
         if (parsed && parsed->length > 0) play(*parsed, stream, image);

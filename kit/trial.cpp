@@ -95,9 +95,8 @@ struct Trial {
 constinit Trial* trial = nullptr;
 
 bool has_macro(int table, int number) {
-    const int at = table + 4 * number;
-    const int length = le16(eeprom_at(at + 2), eeprom_at(at + 3));
-    return length != 0 && length != unprogrammed;
+    const int at = table + macro_record_size * number;
+    return is_macro_length(le16(eeprom_at(at + 2), eeprom_at(at + 3)));
 }
 
 /// Counts what has passed since the last act.
@@ -305,16 +304,14 @@ void run(const Visit& visit, std::span<const std::uint8_t> image,
     shutdown_requested = false;
 }
 
-int macro_count(int table) { return table == power_on_macro_table ? 4 : 256; }
-
 /// Plans a run of a macro that nothing has started so far. False if there is none.
 bool plan_left_macro() {
-    constexpr std::array<std::pair<int, std::uint8_t>, 3> tables{
-        {{normal_macro_table, 'N'}, {touch_macro_table, 'T'}, {menu_macro_table, 'M'}}};
-    for (const auto& [table, letter] : tables)
-        for (int number = 0; number < macro_count(table); ++number)
+    constexpr std::array<std::pair<Kind, std::uint8_t>, 3> tables{
+        {{Kind::normal, 'N'}, {Kind::touch, 'T'}, {Kind::menu, 'M'}}};
+    for (const auto& [kind, letter] : tables)
+        for (int number = 0, table = table_of(kind).offset; number <= table_of(kind).max; ++number)
             if (has_macro(table, number) && trial->ran.insert({table, number}).second) {
-                const Act start{Act::start, {0x1B, 'M', letter, low8(number)}, 0, 0};
+                const Act start{Act::start, {lead_in_esc, 'M', letter, low8(number)}, 0, 0};
                 trial->visits.push_back({0, {start}, true});
                 return true;
             }
@@ -324,13 +321,13 @@ bool plan_left_macro() {
 void run_all(std::span<const std::uint8_t> image, std::span<const std::uint8_t> stream) {
     if (!stream.empty()) {
         // The stream brings its own image.
-        run({}, Bytes(image.size(), 0xFF), stream);
+        run({}, Bytes(image.size(), erased_byte), stream);
         trial->visits.clear();
         trial->touched.clear();
         trial->ran.clear();
     }
     eeprom_reset_to(static_cast<int>(image.size()), image);
-    for (int kind = 0; kind < macro_count(power_on_macro_table); ++kind)
+    for (int kind = 0; kind <= table_of(Kind::power_on).max; ++kind)
         if (kind == 0 || has_macro(power_on_macro_table, kind))
             trial->visits.push_back({low8(kind), {}, false});
     trial->bytes_left = most_bytes;

@@ -3,19 +3,12 @@
 //
 //     pack_font builtin.txt OUT.inc
 //
-// The head of the source tells its format. The image:
-//
-//      0  3  "FH7"
-//      3  1  format, 1
-//      4  1  first code          5  1  last code
-//      6  1  cell width          7  1  cell height, dots
-//      8  2  offset of the glyph bits, low byte first
-//     10  1  line gap           11  5  zero
-//     16     width table, three bytes a code from first to last: width in dots, then the offset of
-//            the glyph from the start of the glyph bits, low byte first; both 0 without a glyph
-//     then   glyph bits: one byte a row, top row first, the leftmost dot in bit 7
+// The head of the source tells its format; firmware/core/language/eeprom_layout.h that of the
+// image.
 //
 // Leaves with 0, or with 1 after one message on stderr; a source that is refused writes nothing.
+
+#include "firmware/core/language/eeprom_layout.h"
 
 #include <array>
 #include <cstddef>
@@ -38,10 +31,8 @@ constexpr int cell_width = 8;  // dots; one byte holds a row
 constexpr int cell_height = 8;
 constexpr std::uint8_t image_format = 1;
 constexpr std::uint8_t line_gap = 0;
-constexpr std::size_t header_size = 16;
-constexpr std::size_t width_entry_size = 3;
 constexpr std::size_t code_count = last_code - first_code + 1;
-constexpr std::size_t glyph_bits_offset = header_size + width_entry_size * code_count;
+constexpr std::size_t glyph_bits_offset = font_head_size + glyph_entry_size * code_count;
 static_assert(glyph_bits_offset == 0x02B0);
 
 constexpr int bytes_per_line = 16;
@@ -188,11 +179,11 @@ void append_le16(std::vector<std::uint8_t>& bytes, std::size_t value) {
 }
 
 std::vector<std::uint8_t> pack(const Glyphs& glyphs) {
-    std::vector<std::uint8_t> image{'F',        'H',       '7',        image_format,
-                                    first_code, last_code, cell_width, cell_height};
+    std::vector<std::uint8_t> image(font_magic.begin(), font_magic.end());
+    image.insert(image.end(), {image_format, first_code, last_code, cell_width, cell_height});
     append_le16(image, glyph_bits_offset);
     image.push_back(line_gap);
-    image.resize(header_size);
+    image.resize(font_head_size);
 
     std::vector<std::uint8_t> bits;
     for (const std::optional<GlyphRows>& rows : glyphs) {

@@ -3,14 +3,13 @@
 
 #pragma once
 
+#include "firmware/core/language/eeprom_layout.h"
+
 #include <array>
 #include <cstdint>
 #include <span>
 
 namespace orvanel {
-
-/// One packed row: (width + 7) / 8 bytes, leftmost dot in bit 7, a set bit is a dark dot.
-constexpr int stride_of(int width) { return (width + 7) / 8; }
 
 /// Link modes of the blit beside those of area_fill.h.
 constexpr std::uint8_t link_none = 0;       // the dot stays

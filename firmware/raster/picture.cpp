@@ -22,17 +22,14 @@ constinit std::uint8_t bitmap_flash = 0;
 
 namespace {
 
-constexpr std::uint8_t highest_plain = 128;  // a height byte above it marks two images
-constexpr std::uint8_t rows_mask = 0x7F;
-
 /// The rows as they come, before they are turned: the largest picture that the format describes.
-constinit std::array<std::uint8_t, 128 * 32> source_rows{};
+constinit std::array<std::uint8_t, max_picture_height * stride_of(max_picture_width)> source_rows{};
 
 bool picture_empty() { return picture_width == 0 || picture_height == 0; }
 
 /// Seeks picture n in the image; false if the table has none.
 bool seek_picture(std::uint8_t n) {
-    eeprom_seek(static_cast<std::uint16_t>(picture_table + 2 * n));
+    eeprom_seek(static_cast<std::uint16_t>(entry_at(Kind::picture, n)));
     const std::uint16_t offset = eeprom_read16();
     if (offset == no_entry) {
         remark(Remark::missing_picture, n);
@@ -60,8 +57,7 @@ void load_clipboard(std::uint8_t rotation) {
 
 void read_size(std::uint8_t (*next)()) {
     picture_width = next();
-    const std::uint8_t height = next();
-    picture_height = height > highest_plain ? height & rows_mask : height;
+    picture_height = low8(picture_rows(next()));
 }
 
 void draw_staged() {
@@ -103,8 +99,8 @@ KeyPicture draw_key_picture(std::uint8_t n, std::uint8_t mode) {
     if (seek_picture(n)) {
         picture_width = eeprom_read();
         const std::uint8_t height = eeprom_read();
-        const bool two = height > highest_plain;
-        picture_height = two ? (height & rows_mask) / 2 : height;
+        const bool two = has_two_images(height);
+        picture_height = low8(two ? picture_rows(height) / 2 : height);
         if (!picture_empty()) {
             found = two ? KeyPicture::two_images : KeyPicture::single_image;
             blit_zoom_x = blit_zoom_y = 1;
@@ -136,7 +132,7 @@ void hardcopy() {
     const auto size = static_cast<std::size_t>(stride_of(width) * height);
     // In the form of the command that draws it again.
     for (const int byte :
-         {0x1B, int{'U'}, int{'L'}, draw_area.x1, int{draw_area.y1}, width, height})
+         {int{lead_in_esc}, int{'U'}, int{'L'}, draw_area.x1, int{draw_area.y1}, width, height})
         answer_byte(low8(byte));
     const auto rows = std::span(source_rows).first(size);
     pack_area(rows);

@@ -29,11 +29,7 @@ static_assert(builtin_font.size() == 2096);
 constexpr std::uint8_t power_on_font = 5;
 constexpr std::uint8_t max_gap = 15;
 
-constexpr int header_bytes = 16;
-constexpr int width_entry_bytes = 3;
-
-// 255 x 255 dots.
-constexpr std::size_t largest_glyph = std::size_t{255} * stride_of(255);
+constexpr std::size_t largest_glyph = std::size_t{max_font_height} * stride_of(max_glyph_width);
 
 /// The copy of a glyph that lies partly outside its font's memory.
 constinit std::array<std::uint8_t, largest_glyph> cut_glyph{};
@@ -56,15 +52,16 @@ bool take_header(bool builtin, std::int32_t start, FontRef& font) {
     const auto header = [memory = font_memory(builtin), start](std::int32_t i) {
         return byte_at(memory, start + i);
     };
-    if (header(0) != 'F' || header(1) != 'H' || header(2) != '7') return false;
-    font.first = header(4);
-    font.last = header(5);
-    font.width = header(6);
-    font.height = header(7);
-    font.line_gap = header(10);
+    if (header(0) != font_magic[0] || header(1) != font_magic[1] || header(2) != font_magic[2])
+        return false;
+    font.first = header(font_first_at);
+    font.last = header(font_last_at);
+    font.width = header(font_width_at);
+    font.height = header(font_height_at);
+    font.line_gap = header(font_gap_at);
     font.builtin = builtin;
-    font.width_table = start + header_bytes;
-    font.glyphs = start + le16(header(8), header(9));
+    font.width_table = start + font_head_size;
+    font.glyphs = start + le16(header(font_glyphs_at), header(font_glyphs_at + 1));
     return true;
 }
 
@@ -80,20 +77,20 @@ std::uint8_t gap_param() { return masked(params[0], max_gap); }
 }  // namespace
 
 void select_font(std::uint8_t n, FontRef& font) {
-    n = masked(n, 15);
+    n = masked(n, low8(table_of(Kind::font).max));
     if (n == font.id) return;
     font.id = n;
     std::int32_t start = 0;
     if (n != 0) {
         // The table is read at the image cursor, which stays behind the entry.
-        eeprom_seek(static_cast<std::uint16_t>(font_table + 2 * n));
+        eeprom_seek(static_cast<std::uint16_t>(entry_at(Kind::font, n)));
         start = eeprom_read16();
     }
     if (start == no_entry || !take_header(n == 0, start, font)) remark(Remark::missing_font, n);
 }
 
 bool find_font(std::uint8_t n, FontRef& font) {
-    const int entry = font_table + 2 * n;
+    const int entry = entry_at(Kind::font, n);
     const std::int32_t start = n == 0 ? 0 : le16(eeprom_at(entry), eeprom_at(entry + 1));
     if (start == no_entry || !take_header(n == 0, start, font)) return false;
     font.id = n;
@@ -102,7 +99,7 @@ bool find_font(std::uint8_t n, FontRef& font) {
 
 GlyphEntry glyph_entry(const FontRef& font, std::uint8_t code) {
     const std::span<const std::uint8_t> memory = font_memory(font.builtin);
-    const std::int32_t at = font.width_table + width_entry_bytes * (code - font.first);
+    const std::int32_t at = font.width_table + glyph_entry_size * (code - font.first);
     return {byte_at(memory, at), le16(byte_at(memory, at + 1), byte_at(memory, at + 2))};
 }
 

@@ -65,8 +65,6 @@ struct OpenLine {
     int width;          // dots before zoom
 };
 
-constexpr bool ends_string(std::uint8_t b) { return b == 0 || b == '\n' || b == '\r'; }
-
 std::uint8_t next_byte(StringSource source) {
     if (source == StringSource::stream) return read_byte();
     if (run_cursor.empty()) return 0;
@@ -212,7 +210,7 @@ std::uint8_t layout_string(StringSource source, bool check_align) {
         std::uint8_t b = next_byte(source);
         const bool escaped = b == escape;
         if (escaped) b = next_byte(source);
-        ended = ends_string(b);
+        ended = ends_text(b);
         if (ended || (b == line_break && !escaped)) {
             close_line(line);
         } else if (b == blank_switch && !escaped) {

@@ -252,7 +252,7 @@ void redraw_bar_command() {
 }
 
 void make_bar_touchable() {
-    const std::uint8_t slot = read_bar_index();
+    const std::uint8_t slot = params[0];
     if (!select_bar_or_remark(slot)) return;
     TouchArea& area = new_touch_area();
     area.type = AreaType::bar;

@@ -26,8 +26,6 @@ namespace {
 constinit bool menu_auto_open = false;  // an opener unfolds its list at once
 constinit bool menu_pending = false;    // the host has yet to answer a press on an opener
 
-bool ends_text(std::uint8_t b) { return b == 0 || b == '\n' || b == '\r'; }
-
 /// Reads direction, label and rows of a definition. What the buffer can't hold is taken from the
 /// stream and dropped.
 void read_menu_text(MenuBox& menu) {
@@ -146,10 +144,9 @@ void choose_from_list(std::uint8_t base) {
 }
 
 void define_touch_menu() {
-    read_rect();
-    const std::uint8_t down_code = read_param();
-    const std::uint8_t up_code = read_param();
-    const std::uint8_t list_code = read_param();
+    const std::uint8_t down_code = params[0];
+    const std::uint8_t up_code = params[1];
+    const std::uint8_t list_code = params[2];
     const std::uint8_t slot = free_slot();
     if (slot == no_menu_slot) {
         remark(Remark::menus_full);

@@ -34,23 +34,21 @@ void put_pair(Bytes& image, std::size_t at, std::size_t value) {
 /// and bytes, until a length is 0. Then single bytes, wherever: an address of two bytes and a
 /// value.
 Bytes image_from(Input input) {
-    constexpr std::array<int, 4> tables{power_on_macro_table, normal_macro_table, touch_macro_table,
-                                        menu_macro_table};
-    constexpr std::size_t first_object = 0x0E30;
-    Bytes image(eeprom_small, 0xFF);
-    std::size_t end = first_object;
+    constexpr std::array kinds{Kind::power_on, Kind::normal, Kind::touch, Kind::menu};
+    Bytes image(eeprom_small, erased_byte);
+    std::size_t end = data_start;
     while (!input.empty()) {
         const std::uint8_t which = take(input);
         const std::size_t length = std::min<std::size_t>(take(input), input.size());
         if (length == 0) break;
-        const auto entry = static_cast<std::size_t>(tables[which % 4] + 4 * (which / 4 % 4));
+        const auto entry = static_cast<std::size_t>(entry_at(kinds[which % 4], which / 4 % 4));
         put_pair(image, entry, end);
         put_pair(image, entry + 2, length);
         std::copy_n(input.begin(), length, image.begin() + static_cast<std::ptrdiff_t>(end));
         end += length;
         input = input.subspan(length);
     }
-    put_pair(image, 0, end);
+    put_pair(image, image_length_at, end);
     while (input.size() >= 3) {
         const std::uint8_t low = take(input);
         const std::size_t at = le16(low, take(input)) % image.size();

@@ -20,16 +20,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 /// The input stands in the image twice: over the tables and over the data.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvanel;
-    const std::span input(data, std::min<std::size_t>(size, 0x0E30));
-    Bytes image(0x8000, 0xFF);
-    std::copy(input.begin(), input.end(), image.begin() + 0x0E30);
+    const std::span input(data, std::min<std::size_t>(size, data_start));
+    Bytes image(eeprom_small, erased_byte);
+    std::copy(input.begin(), input.end(), image.begin() + data_start);
     const Bytes before = image;
     std::copy(input.begin(), input.end(), image.begin());
     listing_of(image);
     findings_of(image);
     difference_of(before, image);
     if (dump_of(image, "k").empty()) std::abort();
-    image_from_stream(input, 0x8000);
+    image_from_stream(input, eeprom_small);
     const Names names;
     const Assembly assembly{&names, [](int) { return Bytes(); }};
     Bytes again;

@@ -61,13 +61,12 @@ std::vector<std::uint8_t> image_with_macros() {
         "#AI0,",
     };
     constexpr std::uint8_t with_macro = 64;
-    constexpr std::size_t record_size = 4;
     std::vector<std::uint8_t> image = image_with_font();
     std::size_t next = 0;
     for (std::size_t code = 0; code < with_macro; ++code, ++next) {
         const std::string_view text = macros[next % std::size(macros)];
-        put_record(image, touch_macro_table + record_size * code, image.size(), text.size());
-        put_record(image, menu_macro_table + record_size * code, image.size(), text.size());
+        put_record(image, touch_macro_table + macro_record_size * code, image.size(), text.size());
+        put_record(image, menu_macro_table + macro_record_size * code, image.size(), text.size());
         image.insert(image.end(), text.begin(), text.end());
     }
     image[picture_table + 2] = static_cast<std::uint8_t>(image.size());

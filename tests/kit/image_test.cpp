@@ -217,7 +217,7 @@ TEST_F(KitImage, a_dump_builds_the_same_image_again) {
     for (int round = 0; round < 12; ++round) {
         Bytes image = device;
         for (unsigned i = 0; i < random() % 40; ++i)
-            image[random() % (round % 2 == 0 ? 0x0E30U : 0x4000U)] =
+            image[random() % (round % 2 == 0 ? unsigned{data_start} : 0x4000U)] =
                 static_cast<std::uint8_t>(random());
         images.push_back(image);
     }

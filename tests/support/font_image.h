@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "firmware/core/language/eeprom_layout.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -12,13 +14,27 @@ namespace orvanel {
 /// tables before it are blank.
 inline std::vector<std::uint8_t> image_with_font() {
     constexpr std::uint8_t first = '0', last = 'z', height = 5;
-    constexpr std::size_t start = 0x0E30, codes = last - first + 1;
-    std::vector<std::uint8_t> image(start, 0xFF);
-    image[2 * 5] = start & 0xFF;
-    image[2 * 5 + 1] = start >> 8;
-    constexpr std::size_t bits = 16 + 3 * codes;
-    const std::vector<std::uint8_t> header{'F',         'H',       '7', 0, first, last, 3, height,
-                                           bits & 0xFF, bits >> 8, 2,   0, 0,     0,    0, 0};
+    constexpr std::size_t start = data_start, codes = last - first + 1;
+    std::vector<std::uint8_t> image(start, erased_byte);
+    image[entry_at(Kind::font, 5)] = start & 0xFF;
+    image[entry_at(Kind::font, 5) + 1] = start >> 8;
+    constexpr std::size_t bits = font_head_size + glyph_entry_size * codes;
+    const std::vector<std::uint8_t> header{font_magic[0],
+                                           font_magic[1],
+                                           font_magic[2],
+                                           0,
+                                           first,
+                                           last,
+                                           3,
+                                           height,
+                                           bits & 0xFF,
+                                           bits >> 8,
+                                           2,
+                                           0,
+                                           0,
+                                           0,
+                                           0,
+                                           0};
     image.insert(image.end(), header.begin(), header.end());
     for (std::size_t i = 0; i < codes; ++i) {
         const auto width = static_cast<std::uint8_t>(i % 7 == 0 ? 0 : i % 11 == 0 ? 255 : i % 20);

@@ -3,13 +3,12 @@
 
 #pragma once
 
+#include "firmware/core/language/reads.h"
+
 #include <array>
 #include <cstdint>
 
 namespace orvanel {
-
-constexpr std::uint8_t lead_in_esc = 0x1B;
-constexpr std::uint8_t lead_in_hash = 0x23;  // '#': parameters are ASCII numbers
 
 /// The byte last delivered; every read operation leaves its result here.
 extern std::uint8_t current_byte;
@@ -17,33 +16,14 @@ extern std::uint8_t current_byte;
 /// The byte that opened the running command, lead_in_esc or lead_in_hash.
 extern std::uint8_t lead_in;
 
-/// What a command takes in front of its handler, one entry a read, in the words of
-/// docs/reference/commands.md. The entries from raw_string on read nothing: they name what the
-/// handler reads itself.
-enum class Read : std::uint8_t {
-    none,
-    p,    // read_param into `params`
-    pt1,  // read_point1
-    pt2,  // read_point2
-    rect,
-    zoom,  // read_zoom into `params`
-    bar,   // read_bar_index into `params`
-    raw_string,
-    raw_text,
-    raw_picture,
-    raw_byte,
-    raw_bytes,
-    own,
-    own_raw,
-};
-
+/// Reads of a command in front of its handler.
 constexpr int max_reads = 6;
 
 /// The values of the running command's p, zoom and bar reads, in their order; points go to
 /// draw_area and take no place here.
 extern std::array<std::uint8_t, max_reads> params;
 
-/// Reads what the list says, in its order.
+/// Reads what the list says, in its order, up to Read::none. Raw ones are the handler's.
 void read_params(const std::array<Read, max_reads>& reads);
 
 /// How an attempt that finds no byte sleeps.

@@ -33,7 +33,7 @@ void eeprom_reset_to(int size, std::span<const std::uint8_t> content) {
     eeprom_size = size;
     eeprom_state = EepromState::unchanged;
     eeprom_withdraw_copy();
-    eeprom_image.fill(0xFF);
+    eeprom_image.fill(erased_byte);
     const std::size_t n = std::min(content.size(), static_cast<std::size_t>(size));
     std::copy_n(content.begin(), n, eeprom_image.begin());
 }
@@ -78,7 +78,7 @@ bool eeprom_write(std::uint8_t byte) {
 }
 
 void eeprom_erase() {
-    if (!shutdown_requested.load()) eeprom_image.fill(0xFF);
+    if (!shutdown_requested.load()) eeprom_image.fill(erased_byte);
 }
 
 }  // namespace orvanel

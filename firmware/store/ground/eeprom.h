@@ -1,23 +1,17 @@
 // eeprom.h: the memory that outlives a reset, as one block of bytes. Its layout stands in
-// docs/reference/formats.md. After the load at start it belongs to firmware_thread; the host takes
-// it back when that thread has ended.
+// firmware/core/language/eeprom_layout.h. After the load at start it belongs to firmware_thread;
+// the host takes it back when that thread has ended.
 
 #pragma once
 
 #include "base/bytes.h"
+#include "firmware/core/language/eeprom_layout.h"
 
 #include <array>
 #include <cstdint>
 #include <span>
 
 namespace orvanel {
-
-constexpr int eeprom_small = 32 * 1024;  // bytes
-constexpr int eeprom_large = 64 * 1024;
-
-constexpr int font_table = 0x0000;     // 2 bytes a font; entry 0 is image_length
-constexpr int picture_table = 0x0020;  // 2 bytes a picture
-constexpr std::uint16_t no_entry = 0xFFFF;
 
 /// eeprom_small or eeprom_large; set at start, before the firmware runs.
 extern int eeprom_size;

@@ -13,9 +13,6 @@ constinit std::atomic<std::uint8_t> auto_macro_mode{0};
 
 namespace {
 
-constexpr std::uint16_t erased_length = 0xFFFF;
-constexpr int record_size = 4;  // bytes: offset and length, low byte first
-
 /// Where a level reads on.
 struct MacroFrame {
     int pos;   // image offset of the next byte
@@ -43,10 +40,10 @@ bool run_macro(std::uint16_t table, std::uint8_t index) {
         remark(Remark::macros_nested, index);
         return false;
     }
-    eeprom_seek(static_cast<std::uint16_t>(table + record_size * index));
+    eeprom_seek(static_cast<std::uint16_t>(table + macro_record_size * index));
     const int offset = eeprom_read16();
     const int length = eeprom_read16();
-    if (length == 0 || length == erased_length) return false;
+    if (!is_macro_length(length)) return false;
     if (macro_depth > 0) suspended[macro_depth] = running;
     ++macro_depth;
     running = {offset, length};

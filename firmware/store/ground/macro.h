@@ -4,6 +4,7 @@
 #pragma once
 
 #include "firmware/core/ground/trace.h"
+#include "firmware/core/language/eeprom_layout.h"
 
 #include <atomic>
 #include <cstdint>
@@ -12,11 +13,6 @@ namespace orvanel {
 
 constexpr int max_macro_depth = 8;
 
-constexpr std::uint16_t power_on_macro_table = 0x0220;  // 4 records of 4 bytes
-constexpr std::uint16_t normal_macro_table = 0x0230;    // 256 records
-constexpr std::uint16_t touch_macro_table = 0x0630;     // 256 records
-constexpr std::uint16_t menu_macro_table = 0x0A30;      // 256 records
-
 /// Active levels, 0..max_macro_depth. 0: no macro runs.
 extern std::uint8_t macro_depth;
 
@@ -24,7 +20,8 @@ extern std::uint8_t macro_depth;
 /// by the host's main thread: a byte from outside ends the sequence.
 extern std::atomic<std::uint8_t> auto_macro_mode;
 
-/// Makes the macro the source of the next read. `table` is one of the tables above. False, and
+/// Makes the macro the source of the next read. `table` is one of the macro tables of the
+/// image. False, and
 /// nothing changed, if the record is empty or the stack is full. Reads no byte of the macro.
 bool run_macro(std::uint16_t table, std::uint8_t index);
 

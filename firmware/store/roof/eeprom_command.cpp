@@ -14,16 +14,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::uint16_t no_image = 0xFFFF;
 constexpr std::uint8_t overflow_report = 'E';
-constexpr std::uint8_t erased_byte = 0xFF;
-
-std::uint16_t crc_step(std::uint16_t crc, std::uint8_t byte) {
-    crc = static_cast<std::uint16_t>(crc ^ byte << 8);
-    for (int bit = 0; bit < 8; ++bit)
-        crc = static_cast<std::uint16_t>((crc & 0x8000) != 0 ? crc << 1 ^ 0x1021 : crc << 1);
-    return crc;
-}
 
 std::uint16_t read_raw16() {
     const std::uint8_t low = read_byte();
@@ -59,7 +50,7 @@ void write_image(std::uint16_t address, int length) {
 
 void store_crc() {
     const ImageCheck check = eeprom_checksum();
-    if (check.image_length == no_image) return;
+    if (check.image_length == unprogrammed) return;
     eeprom_seek(check.image_length);
     eeprom_write(low8(check.image_crc));
     eeprom_write(low8(check.image_crc >> 8));
@@ -102,7 +93,7 @@ ImageCheck eeprom_checksum() {
     eeprom_seek(0);
     const std::uint8_t low = eeprom_read(), high = eeprom_read();
     check.image_length = le16(low, high);
-    if (check.image_length == no_image) return check;
+    if (check.image_length == unprogrammed) return check;
     std::uint16_t crc = crc_step(crc_step(0, low), high);
     for (int offset = 2; offset < check.image_length; ++offset)
         crc = crc_step(crc, eeprom_read());

@@ -2,7 +2,6 @@
 
 #include "base/folder_lock.h"
 #include "base/visible.h"
-#include "firmware/core/roof/commands.h"
 #include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/jobs.h"
 #include "host/platform/headless/options.h"
@@ -12,6 +11,7 @@
 #include "host/platform/system/process.h"
 #include "host/program/program_folder.h"
 #include "host/scenario/report.h"
+#include "host/trace/command_reference.h"
 #include "host/window/roof/program_life.h"
 
 #include <cstdio>

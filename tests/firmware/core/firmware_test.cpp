@@ -1,5 +1,6 @@
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/core/ground/requests.h"
+#include "firmware/core/read/read.h"
 #include "firmware/core/roof/commands.h"
 #include "firmware/core/roof/loop.h"
 #include "firmware/core/roof/power_on.h"
@@ -20,9 +21,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <set>
-#include <sstream>
 
 namespace orvanel {
 namespace {
@@ -191,14 +190,6 @@ TEST_F(Firmware, the_tick_toggles_the_phase_when_its_timer_runs_out) {
     tick_enabled = false;
     firmware_tick();
     EXPECT_EQ(flash_timer, 2) << "a stopped tick counts nothing";
-}
-
-TEST(CommandTable, each_group_reads_as_the_reference_page_says) {
-    std::ifstream page(std::string(ORVANEL_SOURCE_DIR) + "/docs/reference/commands.md");
-    std::stringstream text;
-    text << page.rdbuf();
-    EXPECT_EQ(text.str(), command_reference())
-        << "docs/reference/commands.md is what `orvanel42-headless --commands` prints";
 }
 
 }  // namespace

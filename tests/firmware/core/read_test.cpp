@@ -90,7 +90,7 @@ TEST_F(ReadLayer, an_empty_source_and_a_tick_sleep_5_ms_each) {
 
 /// An image with these bytes after the tables, and normal macro n at `macros[n]`.
 void image_with(std::initializer_list<std::vector<std::uint8_t>> macros) {
-    std::vector<std::uint8_t> image(0x0E30, 0xFF);
+    std::vector<std::uint8_t> image(data_start, erased_byte);
     std::size_t record = normal_macro_table;
     for (const auto& macro : macros) {
         for (const std::size_t value : {image.size(), macro.size()}) {

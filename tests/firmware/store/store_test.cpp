@@ -23,7 +23,7 @@ namespace {
 
 /// An image whose normal macro n prints the letter 'a' + n by ESC S B, on the line.
 void image_of_letter_macros(int count) {
-    Bytes image(0x0E30, 0xFF);
+    Bytes image(data_start, erased_byte);
     std::size_t record = normal_macro_table;
     for (int n = 0; n < count; ++n) {
         const auto offset = image.size();

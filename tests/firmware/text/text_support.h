@@ -53,8 +53,9 @@ inline void put_font(std::uint8_t number, int at, const TestFont& font) {
     };
     const auto glyphs = le(16 + 3 * font.widths.size());
     const auto last = static_cast<std::uint8_t>(font.first + font.widths.size() - 1);
-    std::vector<std::uint8_t> image{'F', 'H',         '7',       0,         font.first,   last,
-                                    7,   font.height, glyphs[0], glyphs[1], font.line_gap};
+    std::vector<std::uint8_t> image{
+        font_magic[0], font_magic[1], font_magic[2], 0, font.first, last, 7, font.height,
+        glyphs[0],     glyphs[1],     font.line_gap};
     image.resize(16);
     std::size_t offset = 0;
     for (const std::uint8_t width : font.widths) {

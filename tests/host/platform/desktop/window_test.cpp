@@ -150,10 +150,10 @@ std::vector<std::uint8_t> image_with_macro(std::string_view body) {
     const auto put = [&image](std::size_t at, std::string_view bytes) {
         std::copy(bytes.begin(), bytes.end(), image.begin() + static_cast<std::ptrdiff_t>(at));
     };
-    put(0x0230, {"\x30\x0E", 2});
-    image[0x0232] = static_cast<std::uint8_t>(body.size());
-    image[0x0233] = 0;
-    put(0x0E30, body);
+    put(normal_macro_table, {"\x30\x0E", 2});
+    image[normal_macro_table + 2] = static_cast<std::uint8_t>(body.size());
+    image[normal_macro_table + 3] = 0;
+    put(data_start, body);
     return image;
 }
 
