@@ -211,12 +211,13 @@ constexpr bool handlers_match() {
 }
 static_assert(handlers_match(), "a handler for each row of the language's table, in its order");
 
-constexpr std::array<Command, command_count> commands = [] {
+constexpr auto all_commands() {
     std::array<Command, command_count> made{};
-    for (std::size_t i = 0; i < made.size(); ++i)
-        made[i] = command_of(command_rows[i], handlers[i]);
+    std::ranges::transform(command_rows, handlers, made.begin(), command_of);
     return made;
-}();
+}
+
+constexpr std::array<Command, command_count> commands = all_commands();
 
 const Command* find_command(std::uint8_t group, int op) {
     const int row = command_number(group, op);
