@@ -32,7 +32,9 @@ struct AddOption {
         return added;
     }
     CLI::Option* operator()(std::string* text) const {
-        return app.add_option(option.names, *text, option.help);
+        if (option.without == nullptr) return app.add_option(option.names, *text, option.help);
+        const std::string names = std::string(option.names) + '{' + option.without + '}';
+        return app.add_flag(names, *text, option.help);
     }
     CLI::Option* operator()(std::vector<std::string>* texts) const {
         CLI::Option* added = app.add_option(option.names, *texts, option.help);

@@ -22,6 +22,8 @@ struct Option {
     ValuePlace place;
     const char* help;
     const char* value_name = nullptr;  // in the help, after the names; null: as its kind calls it
+    const char* without = nullptr;     // of a text: its value where the name stands alone; another
+                                       // one follows it after `=` only
     bool required = false;
     bool one_each = false;                // each value of a list has the option's name before it
     std::pair<int, int> range{0, 0};      // of a number, both included; equal: any

@@ -12,6 +12,7 @@
 #include "firmware/touch/finger.h"
 #include "firmware/touch/menu.h"
 #include "host/trace/remarks.h"
+#include "host/trace/steps.h"
 #include "kit/commands.h"
 #include "kit/image.h"
 #include "link/ground/pipes.h"
@@ -41,7 +42,6 @@ constexpr long act_costs = 1'000;                     // counted as bytes
 constexpr long most_bytes = 2'000'000;       // of all runs
 constexpr long whole_image_bytes = 4'000;    // what a command counts that goes over the whole image
 constexpr std::size_t most_findings = 1000;  // kept
-constexpr std::size_t most_kept = 300;       // bytes of a command
 constexpr std::size_t most_shown = 60;       // characters of a command
 
 /// What happens to the module from outside.
@@ -56,14 +56,6 @@ struct Visit {
     std::uint8_t reset;
     std::vector<Act> acts;
     bool alone;  // begins with a macro that nothing in the image starts
-};
-
-/// The command that is being read.
-struct Step {
-    bool open;
-    ByteSource source;
-    int offset;  // of its first byte, in the image or in the stream
-    Bytes bytes;
 };
 
 using Spot = std::tuple<int, int, AreaType, int, int>;  // place, type and codes of what is touched
@@ -84,11 +76,7 @@ struct Trial {
     std::size_t fed;
     long busy_limit, busy_bytes, act_bytes;
     std::int64_t now_us, next_tick_us, act_began_us, last_byte_us;
-    Step step;
-    ByteSource last_source;
-    int last_offset;
-    std::uint8_t last_byte;
-    bool in_reset;  // what a reset finds missing is nobody's command
+    StepReader reader;
 };
 
 // Null but within remarks_on.
@@ -132,80 +120,38 @@ std::string command_text(const Bytes& bytes) {
 }
 
 /// Whether it may be right where a page of the device is on the glass.
-bool depends_on_page(Remark remark) {
-    return remark == Remark::missing_bar || remark == Remark::missing_glyph ||
-           remark == Remark::areas_full || remark == Remark::menus_full;
+bool depends_on_page(FindingKind kind) {
+    return kind == FindingKind::missing_bar || kind == FindingKind::missing_glyph ||
+           kind == FindingKind::areas_full || kind == FindingKind::menus_full ||
+           kind == FindingKind::areas_overlap || kind == FindingKind::same_code ||
+           kind == FindingKind::text_unseen;
 }
 
-/// What was remarked on a command is told at its end, when all of it is known.
-struct Pending {
-    Remark remark;
-    int from, to;
-};
-std::vector<Pending> pending;
-
-void take_remark(const TraceEvent& event) {
-    if (shutdown_requested.load() || trial->in_reset ||
-        (trial->visit.alone && depends_on_page(event.remark)))
-        return;
-    if (trial->step.open)
-        pending.push_back({event.remark, event.from, event.to});
-    else
-        tell_finding("a timer or a touch: " + words_of(event.remark, event.from, event.to));
-}
-
-void end_step() {
-    const Step& step = trial->step;
+std::string title_of(const Step& step) {
+    if (step.count == 0) return "a timer or a touch: ";
     const bool of_macro = step.source.origin == ByteOrigin::macro;
-    // The commands that the trial itself sends are none of the kit's.
-    // A command that the end of the run has cut short reads zeros.
-    const bool whole = !shutdown_requested.load();
-    if (whole && (of_macro || !trial->stream.empty()))
-        for (const auto& [remark, from, to] : pending)
-            tell_finding((of_macro ? name_of(step.source) : "stream") + " at " + hex4(step.offset) +
-                         ", " + command_text(step.bytes) + ": " + words_of(remark, from, to));
-    pending.clear();
-    trial->step.open = false;
+    return (of_macro ? name_of(step.source) : "stream") + " at " +
+           hex4(static_cast<int>(step.source.offset)) + ", " + command_text(step.bytes) + ": ";
 }
 
-void take_byte(const TraceEvent& event) {
-    trial->in_reset = false;
-    trial->last_byte = low8(event.from);
-    trial->last_source = event.source;
-    if (event.source.origin == ByteOrigin::macro) {
-        trial->last_offset = event.source.macro_offset;
-        trial->ran.insert({event.source.macro_table, event.source.macro_number});
-    } else {
-        trial->last_offset = static_cast<int>(trial->fed) - rx_count() - 1;
-    }
-    if (trial->step.open && trial->step.bytes.size() < most_kept)
-        trial->step.bytes.push_back(trial->last_byte);
+void take_step(const Step& step) {
+    // A command that the end of the run has cut short reads zeros.
+    if (shutdown_requested.load()) return;
+    // The commands that the trial itself sends are none of the kit's.
+    if (step.count != 0 && step.source.origin == ByteOrigin::companion && trial->stream.empty())
+        return;
+    for (const Finding& finding : step.findings)
+        if (!trial->visit.alone || !depends_on_page(finding.kind))
+            tell_finding(title_of(step) + words_of(finding));
 }
 
 void listen(const TraceEvent& event) {
-    switch (event.kind) {
-    case TraceKind::byte:
-        return take_byte(event);
-    case TraceKind::begin:
-        trial->step = {true, trial->last_source, trial->last_offset, {trial->last_byte}};
-        return;
-    case TraceKind::letters:
-        if (event.from == '&' || (event.from == 'S' && event.to == 'I'))
-            count_bytes(whole_image_bytes);
-        return;
-    case TraceKind::remark:
-        return take_remark(event);
-    case TraceKind::end:
-        return end_step();
-    case TraceKind::idle:
-        trial->in_reset = false;
-        return;
-    case TraceKind::reset:
-        trial->in_reset = true;
-        return;
-    default:
-        return;
-    }
+    if (event.kind == TraceKind::byte && event.source.origin == ByteOrigin::macro)
+        trial->ran.insert({event.source.macro_table, static_cast<int>(event.source.number)});
+    if (event.kind == TraceKind::letters &&
+        (event.from == '&' || (event.from == 'S' && event.to == 'I')))
+        count_bytes(whole_image_bytes);
+    take_event(trial->reader, event);
 }
 
 // --- what happens to the module
@@ -279,8 +225,9 @@ bool feed_more() {
     const std::size_t left = trial->stream.size() - trial->fed;
     const std::size_t now = std::min<std::size_t>(left, low_mark);
     const auto part = trial->stream.subspan(trial->fed, now);
+    rx_pipe_put_block(
+        part, {.origin = ByteOrigin::companion, .offset = static_cast<std::uint32_t>(trial->fed)});
     trial->fed += now;
-    rx_pipe_put_block(part);
     return true;
 }
 
@@ -294,8 +241,7 @@ void run(const Visit& visit, std::span<const std::uint8_t> image,
     trial->busy_bytes = trial->act_bytes = 0;
     trial->now_us = trial->act_began_us = trial->last_byte_us = 0;
     trial->next_tick_us = tick_us;
-    trial->step = {};
-    pending.clear();
+    trial->reader = {.done = take_step};
     cold_start();
     eeprom_reset_to(static_cast<int>(image.size()), image);
     reset_kind = visit.reset;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 
 namespace orvanel {
 
@@ -101,12 +102,16 @@ struct Point {
     int x, y;
 };
 
+/// Dots of a line of `length` dots before its anchor.
+int before_anchor(int length, std::uint8_t align) {
+    if (align == 'C') return length / 2 - 1;
+    return align == 'R' ? length - 1 : 0;
+}
+
 /// Where a line of `length` dots starts that is aligned to `anchor`, kept on the glass on the side
 /// that it grows to. One centred dot starts one dot beyond its anchor, maybe off the glass.
 Point aligned(Point anchor, int length, std::uint8_t align) {
-    int before = 0;
-    if (align == 'C') before = length / 2 - 1;
-    if (align == 'R') before = length - 1;
+    const int before = before_anchor(length, align);
     switch (active_style->rotation) {
     case 0:
         anchor.x = std::max(anchor.x - before, 0);
@@ -124,9 +129,8 @@ Point aligned(Point anchor, int length, std::uint8_t align) {
     return anchor;
 }
 
-/// Makes the text block that starts at `start` the dirty area, cut to the glass. False if nothing
-/// of it is there.
-bool mark_dirty(Point start) {
+/// The rectangle of the text block that starts at `start`, beyond the glass too.
+Block block_at(Point start) {
     auto [x1, y1] = start;
     auto [x2, y2] = start;
     const int along = max_width - 1;
@@ -145,13 +149,24 @@ bool mark_dirty(Point start) {
         x1 -= across, y2 += along;
         break;
     }
-    x1 = std::max(x1, 0);
-    y1 = std::max(y1, 0);
-    x2 = std::min(x2, last_x);
-    y2 = std::min(y2, last_y);
+    return {x1, y1, x2, y2};
+}
+
+/// Makes the block the dirty area, cut to the glass. False if nothing of it is there.
+bool mark_dirty(const Block& block) {
+    const int x1 = std::max(block.x1, 0);
+    const int y1 = std::max(block.y1, 0);
+    const int x2 = std::min(block.x2, last_x);
+    const int y2 = std::min(block.y2, last_y);
     if (x1 > x2 || y1 > y2) return false;
     dirty_area = {x1, static_cast<std::uint8_t>(y1), x2, static_cast<std::uint8_t>(y2)};
     return true;
+}
+
+/// How far a line had to be moved to stay on the glass.
+int moved(Point anchor, Point start, int before) {
+    const int kept = active_style->rotation % 2 == 0 ? start.x - anchor.x : start.y - anchor.y;
+    return std::max(before - std::abs(kept), 0);
 }
 
 void toggle_flash(std::uint8_t attr) {
@@ -252,7 +267,11 @@ void draw_string(std::uint8_t align) {
     flash_attr = string_flash;
     both_planes = true;
     const Point anchor{draw_area.x1, draw_area.y1};
-    if (!mark_dirty(aligned(anchor, max_width, align))) return;
+    const Point start = aligned(anchor, max_width, align);
+    const Block block = block_at(start);
+    if (tracing()) [[unlikely]]
+        tell_block(block, moved(anchor, start, before_anchor(max_width, align)));
+    if (!mark_dirty(block)) return;
 
     const std::uint8_t rotation = active_style->rotation;
     const int height = active_font->height * active_style->zoom_y;

@@ -17,6 +17,7 @@
 #include "host/program/settings.h"
 #include "host/scenario/answers.h"
 #include "host/scenario/expectations.h"
+#include "host/scenario/hints.h"
 #include "host/scenario/module_tables.h"
 #include "host/scenario/report.h"
 #include "host/scenario/text_commands.h"
@@ -24,6 +25,7 @@
 #include "host/scenario/waits.h"
 #include "host/scenario/window_commands.h"
 #include "host/scenario/world.h"
+#include "host/trace/places.h"
 #include "host/window/ground/title.h"
 #include "host/window/roof/menu_command.h"
 #include "link/feeds/feeds.h"
@@ -74,7 +76,8 @@ void send(const Arguments& a) {
         return;
     }
     auto_macro_mode.store(0);
-    rx_pipe_put_block(a.bytes);
+    rx_pipe_put_block(a.bytes, {.origin = ByteOrigin::companion,
+                                .number = static_cast<std::uint32_t>(scenario_line)});
 }
 
 void print_answers(const Arguments& /*a*/) { print_line("answers" + hex_of(take_answers())); }
@@ -125,7 +128,9 @@ void open(const Arguments& a) {
 }
 
 void feed(const Arguments& a) {
-    if (can_be_read(a.path)) start_feed_file(quoted(a.path));
+    if (!can_be_read(a.path)) return;
+    start_feed_file(quoted(a.path));
+    note_feed(feed_number(), a.path, true, scenario_line);
 }
 
 void demo(const Arguments& /*a*/) { start_demo_feed(); }
@@ -156,11 +161,25 @@ void print_backlight(const Arguments& /*a*/) {
     print_line("backlight " + std::to_string(backlight_light.load().backlight_level));
 }
 
-void screen(const Arguments& a) { save_screen(a.path, a.shown); }
+void screen(const Arguments& a) {
+    note_picture(a.path);
+    save_screen(a.path, a.shown);
+}
 
-void expect_answers_now(const Arguments& a) { expect_answers(a.bytes); }
+void expect_answers_now(const Arguments& a) {
+    hint_on_answers(a.bytes.size());
+    expect_answers(a.bytes);
+}
 
-void expect_screen_now(const Arguments& a) { expect_screen(a.path, a.shown); }
+void expect_screen_now(const Arguments& a) {
+    hint_on_screen(a.path, a.shown);
+    expect_screen(a.path, a.shown);
+}
+
+void allow(const Arguments& a) {
+    const std::string fault = allow_next(a.word);
+    if (!fault.empty()) report_fault(wrong_line, fault);
+}
 
 void expect_line_now(const Arguments& a) {
     if (has_simulated_line()) expect_line(a.bytes);
@@ -238,6 +257,7 @@ constexpr Argument number_or(std::int64_t otherwise, std::int64_t most) {
 // clang-format off
 constexpr ScenarioCommand commands[]{
     {"scenario",       "1",                                {number(max_version)},   check_version},
+    {"allow",          "NAME",                             {setting_name},           allow},
     {"send",           "BYTES",                            {bytes},                  send},
     {"answers",        "",                                 {},                       print_answers},
     {"port",           "N",                                {number(max_com_ports)}, port},
@@ -324,6 +344,7 @@ void run_command(const ScenarioCommand& command, std::string_view rest) {
                      fault + "; the form is: " + name + (usage.empty() ? "" : " ") + usage);
         return;
     }
+    note_command(command.name);
     command.run(values);
 }
 

@@ -37,7 +37,7 @@ void write_record(std::string_view record) {
 }
 
 /// Takes a number and the one character behind it.
-bool take_field(std::string_view& rest, char behind, std::size_t& value) {
+bool take_field(std::string_view& rest, char behind, std::int64_t& value) {
     const auto [end, fault] = std::from_chars(rest.data(), rest.data() + rest.size(), value);
     const auto n = static_cast<std::size_t>(end - rest.data());
     if (fault != std::errc{} || n >= rest.size() || rest[n] != behind) return false;
@@ -68,6 +68,7 @@ int fault_status() { return status_so_far; }
 int worse_status(int a, int b) { return weight_of(a) < weight_of(b) ? b : a; }
 
 std::string fault_message(std::string_view name, const Fault& fault) {
+    if (fault.line == brings_its_place) return visible_lines(fault.text);
     std::string message = visible(name);
     if (fault.line > 0) message.append(":").append(std::to_string(fault.line));
     return message.append(": error: ").append(visible_lines(fault.text));
@@ -77,14 +78,14 @@ void write_end_record() { write_record(end_record); }
 
 std::vector<Fault> parse_fault_records(std::string_view records, bool& complete) {
     std::vector<Fault> faults;
-    std::size_t status = 0;
-    std::size_t line = 0;
-    std::size_t size = 0;
+    std::int64_t status = 0;
+    std::int64_t line = 0;
+    std::int64_t size = 0;
     while (take_field(records, ' ', status) && take_field(records, ' ', line) &&
-           take_field(records, '\n', size)) {
+           take_field(records, '\n', size) && size >= 0) {
         faults.push_back({static_cast<int>(status), static_cast<int>(line),
-                          std::string(records.substr(0, size))});
-        records.remove_prefix(std::min(size, records.size()));
+                          std::string(records.substr(0, static_cast<std::size_t>(size)))});
+        records.remove_prefix(std::min(static_cast<std::size_t>(size), records.size()));
     }
     complete = records == end_record;
     return faults;

@@ -17,9 +17,11 @@ constexpr int gave_up = 3;     // settle
 
 struct Fault {
     int status;  // one of the above, not all_well
-    int line;    // of the scenario, from 1; 0 for the scenario as a whole
+    int line;    // of the scenario, from 1; 0 for the scenario as a whole; brings_its_place
     std::string text;
 };
+
+constexpr int brings_its_place = -1;  // the text begins with `FILE:LINE:` and the kind of fault
 
 /// The scenario's file as the user named it (whoever sets it keeps the text alive), and the line
 /// that runs.

@@ -3,6 +3,7 @@
 #include "base/hex.h"
 #include "firmware/store/ground/macro.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace orvanel {
@@ -32,7 +33,7 @@ std::string name_of(const ByteSource& source) {
                        : source.macro_table == menu_macro_table     ? "menu"
                        : source.macro_table == power_on_macro_table ? "power-on"
                                                                     : "normal";
-    return std::string(kind) + " macro " + std::to_string(source.macro_number);
+    return std::string(kind) + " macro " + std::to_string(source.number);
 }
 
 std::string words_of(Remark remark, int from, int to) {
@@ -51,8 +52,7 @@ std::string words_of(Remark remark, int from, int to) {
     case Remark::missing_font:
         return "font " + n + " is missing";
     case Remark::missing_glyph:
-        return "character 0x" + hex_digits(static_cast<std::uint32_t>(from), 2) + letter_of(from) +
-               " is not in the font";
+        return words_of_missing_glyphs({&from, 1});
     case Remark::missing_picture:
         return "picture " + n + " is missing";
     case Remark::missing_border:
@@ -83,6 +83,17 @@ std::string words_of(Remark remark, int from, int to) {
         return "an answer was dropped, nobody takes them";
     }
     return "";
+}
+
+std::string words_of_missing_glyphs(std::span<const int> codes) {
+    constexpr std::size_t max_named = 8;
+    std::string words = codes.size() == 1 ? "character" : "characters";
+    for (std::size_t i = 0; i < std::min(codes.size(), max_named); ++i)
+        words += (i == 0 ? " 0x" : ", 0x") + hex_digits(static_cast<std::uint32_t>(codes[i]), 2) +
+                 letter_of(codes[i]);
+    if (codes.size() > max_named)
+        words += " and " + std::to_string(codes.size() - max_named) + " more";
+    return words + (codes.size() == 1 ? " is not in the font" : " are not in the font");
 }
 
 }  // namespace orvanel

@@ -2,15 +2,23 @@
 
 #include "base/files.h"
 #include "base/hex.h"
-#include "base/quoting.h"
 #include "firmware/core/ground/trace.h"
+#include "host/trace/findings.h"
+#include "host/trace/hints.h"
+#include "host/trace/lines.h"
+#include "host/trace/places.h"
 #include "host/trace/remarks.h"
+#include "host/trace/steps.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <iterator>
+#include <map>
 #include <memory>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -19,66 +27,32 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t max_kept_bytes = 4096;  // bytes of one command
-constexpr std::size_t max_shown_bytes = 64;   // bytes in a line of text
-constexpr std::size_t max_text_bytes = 64;    // of terminal text to a line
-constexpr std::size_t max_faults = 20;
+constexpr std::size_t max_mistakes = 1000;
 
-/// What one line is made of: a command, or a stretch of text for the terminal.
-struct Step {
-    bool open;
-    bool is_text;
-    ByteSource source;
-    std::vector<std::uint8_t> bytes;  // the first max_kept_bytes of `count`
-    std::size_t count;
-    std::string letters;
-    std::vector<int> parameters;
-    std::size_t raw_start;  // bytes from here on are no numbers
-    const char* role;
-    std::vector<std::string> remarks;
+/// Mistakes in the order in which they were first made.
+struct Mistakes {
+    std::vector<Mistake> list;
+    std::map<std::string, std::size_t> known;  // where in the list
+    std::size_t unkept;                        // beyond max_mistakes
 };
 
 struct Trace {
     TraceOptions options;
     std::int64_t (*clock_us)();
     std::FILE* file;
-    int write_fault;  // errno of the first line that couldn't be written
-    Step step;
-    ByteSource last_source;
-    std::uint8_t last_byte;
+    std::atomic<int> write_fault;  // errno of the first line that couldn't be written
+
+    // Of the firmware's thread.
+    StepReader reader;
     std::vector<std::uint8_t> answer;
-    std::vector<std::string> faults;
-    std::size_t fault_count;
-    bool in_reset;  // what a reset finds missing is nobody's command
+    Mistakes mistakes;
+
+    // Of the host's main thread.
+    Mistakes mistakes_of_host;
+    std::map<int, std::set<std::string>> allowed;  // names, by line of the scenario
 };
 
 std::unique_ptr<Trace> running;
-
-bool is_plain(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
-
-std::string_view text_of(std::span<const std::uint8_t> bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-/// A text in double quotes as a scenario takes it, with letters for the ends of lines alone.
-std::string quoted(std::span<const std::uint8_t> bytes) {
-    return text_piece(text_of(bytes), "\\\"\n\r");
-}
-
-/// The same for JSON, where a byte is the character of that number.
-std::string json_quoted(std::string_view text) {
-    std::string quoted = "\"";
-    for (const char c : text) {
-        const auto byte = static_cast<std::uint8_t>(c);
-        if (c == '"' || c == '\\')
-            (quoted += '\\') += c;
-        else if (is_plain(byte))
-            quoted += c;
-        else
-            quoted += "\\u00" + hex_digits(byte, 2);
-    }
-    return quoted + '"';
-}
 
 /// Milliseconds with three places.
 std::string time_now() {
@@ -93,228 +67,122 @@ void write_line(const std::string& line) {
     if (std::fputs((line + '\n').c_str(), running->file) < 0) running->write_fault = errno;
 }
 
-/// One JSON object: its members one after the other, each value written out already.
-std::string json_object(std::initializer_list<std::pair<std::string_view, std::string>> members) {
-    std::string object = "{\"time\":" + time_now();
-    for (const auto& [name, value] : members)
-        if (!value.empty()) object += ",\"" + std::string(name) + "\":" + value;
-    return object + '}';
+bool writes_json() { return running->options.form == TraceForm::json; }
+
+void write_object(std::initializer_list<std::pair<std::string_view, std::string>> members) {
+    write_line(json_object(time_now(), members));
 }
 
-template <typename List, typename Form>
-std::string joined(const List& list, const char* between, Form form) {
-    std::string text;
-    for (const auto& item : list) {
-        if (!text.empty()) text += between;
-        text += form(item);
-    }
-    return text;
+bool counts(const Finding& finding) {
+    return running->options.strictness == Strictness::hints ||
+           (running->options.strictness == Strictness::remarks && is_remark(finding));
 }
 
-std::span<const std::uint8_t> raw_bytes(const Step& step) {
-    const std::span<const std::uint8_t> bytes(step.bytes);
-    return bytes.subspan(std::min(step.raw_start, bytes.size()));
-}
-
-/// Bytes after the numbers, without the one that ends a text; whether they are one.
-bool as_text(std::span<const std::uint8_t>& raw) {
-    const bool ends = !raw.empty() && (raw.back() == 0 || raw.back() == '\n' || raw.back() == '\r');
-    const auto inside = ends ? raw.first(raw.size() - 1) : raw;
-    if (!std::all_of(inside.begin(), inside.end(),
-                     [](std::uint8_t b) { return is_plain(b) || b >= 0x80; }))
-        return false;
-    raw = inside;
-    return true;
-}
-
-std::string shown_bytes(const Step& step) {
-    const auto shown = std::span(step.bytes).first(std::min(step.bytes.size(), max_shown_bytes));
-    std::string text = hex_of(shown, " ");
-    if (step.count > shown.size()) text += " ... (" + std::to_string(step.count) + " bytes)";
-    return text;
-}
-
-std::string raw_words(const Step& step) {
-    auto raw = raw_bytes(step);
-    if (raw.empty()) return "";
-    const std::size_t all = step.count - step.raw_start;
-    if (as_text(raw) && all <= max_shown_bytes) return ' ' + quoted(raw);
-    return " + " + std::to_string(all) + (all == 1 ? " byte" : " bytes");
-}
-
-std::string text_line(const Step& step) {
-    std::string line = time_now() + ' ' + name_of(step.source) + ' ' + shown_bytes(step) + " | ";
-    if (step.is_text) {
-        line += quoted(step.bytes) + " | text for the terminal";
+void keep_mistake(Mistakes& mistakes, const Finding& finding, const Place& place,
+                  const std::string& where) {
+    if (!counts(finding)) return;
+    const std::string where_from = words_of(place);
+    const std::string key = where_from + '\n' + std::to_string(place.scenario_line) + '\n' + where +
+                            '\n' + words_of(finding);
+    const auto [known, is_new] = mistakes.known.try_emplace(key, mistakes.list.size());
+    if (!is_new) {
+        ++mistakes.list[known->second].count;
+    } else if (mistakes.list.size() < max_mistakes) {
+        mistakes.list.push_back({where_from, place.scenario_line, finding, where, 1});
     } else {
-        line += step.letters;
-        for (const int parameter : step.parameters)
-            line += ' ' + std::to_string(parameter);
-        line += raw_words(step) + " | " + (step.role == nullptr ? "undefined" : step.role);
+        mistakes.known.erase(known);
+        ++mistakes.unkept;
     }
-    const std::string remarks = joined(step.remarks, "; ", [](const auto& r) { return r; });
-    return line + " | " + (remarks.empty() ? "ok" : remarks);
 }
 
-std::string json_line(const Step& step) {
-    const std::string remarks = '[' + joined(step.remarks, ",", json_quoted) + ']';
-    const std::string bytes = '"' + hex_of(step.bytes, "") + '"';
-    const std::string count = std::to_string(step.count);
-    const std::string source = json_quoted(name_of(step.source));
-    if (step.is_text)
-        return json_object({{"source", source},
-                            {"bytes", bytes},
-                            {"count", count},
-                            {"text", json_quoted(text_of(step.bytes))},
-                            {"role", json_quoted("text for the terminal")},
-                            {"remarks", remarks}});
-    auto raw = raw_bytes(step);
-    const std::string text = !raw.empty() && as_text(raw) ? json_quoted(text_of(raw)) : "";
-    const auto number = [](int n) { return std::to_string(n); };
-    return json_object({{"source", source},
-                        {"bytes", bytes},
-                        {"count", count},
-                        {"command", json_quoted(step.letters)},
-                        {"parameters", '[' + joined(step.parameters, ",", number) + ']'},
-                        {"text", text},
-                        {"role", step.role == nullptr ? "" : json_quoted(step.role)},
-                        {"remarks", remarks}});
-}
-
-void keep_fault(const Step& step) {
-    if (!running->options.strict || step.remarks.empty()) return;
-    ++running->fault_count;
-    if (running->faults.size() < max_faults) running->faults.push_back(text_line(step));
+bool is_allowed(const Mistake& mistake) {
+    const auto names = running->allowed.find(mistake.scenario_line);
+    return names != running->allowed.end() &&
+           names->second.contains(std::string(type_of(mistake.finding.kind).name));
 }
 
 void flush_answer() {
     if (running->answer.empty()) return;
     const std::string text = hex_of(running->answer, " ");
-    if (running->options.form == TraceForm::json)
-        write_line(json_object({{"answer", '"' + hex_of(running->answer, "") + '"'}}));
+    if (writes_json())
+        write_object({{"answer", '"' + hex_of(running->answer, "") + '"'}});
     else
         write_line(time_now() + " answer " + text);
     running->answer.clear();
 }
 
-void flush_step() {
-    Step& step = running->step;
-    if (step.open) {
-        write_line(running->options.form == TraceForm::json ? json_line(step) : text_line(step));
-        keep_fault(step);
+/// What a mistake in a step is one of.
+std::string title_of(const Step& step) {
+    std::string title = command_words(step);
+    if (step.source.origin == ByteOrigin::macro && step.count > 0)
+        title = name_of(step.source) + ", " + title;
+    return title;
+}
+
+void take_step(const Step& step) {
+    const Place place = place_of(step.source);
+    write_line(writes_json() ? json_line(time_now(), step, place)
+                             : text_line(time_now(), step, place));
+    for (const Finding& finding : step.findings) {
+        const bool unseen = finding.kind == FindingKind::text_unseen;
+        keep_mistake(running->mistakes, finding, unseen ? place_of(step.lost) : place,
+                     title_of(step));
     }
-    step = {};
+}
+
+/// An answer comes after the command that gave it.
+void end_step_and_answer() {
+    end_step(running->reader);
     flush_answer();
 }
 
-void flush_text() {
-    if (running->step.is_text || !running->step.open) flush_step();
-}
-
-void add_byte(Step& step, std::uint8_t byte) {
-    if (step.bytes.size() < max_kept_bytes) step.bytes.push_back(byte);
-    ++step.count;
-}
-
-void begin_step(bool is_text) {
-    flush_text();
-    running->step.open = true;
-    running->step.is_text = is_text;
-    running->step.source = running->last_source;
-}
-
-bool same(const ByteSource& a, const ByteSource& b) {
-    return a.origin == b.origin && a.macro_number == b.macro_number &&
-           a.macro_table == b.macro_table;
-}
-
-void take_text(std::uint8_t byte) {
-    const Step& step = running->step;
-    if (!step.is_text || !same(step.source, running->last_source) || step.count == max_text_bytes)
-        begin_step(true);
-    add_byte(running->step, byte);
-}
-
-void take_remark(const TraceEvent& event) {
-    const std::string words = words_of(event.remark, event.from, event.to);
-    Step& step = running->step;
-    if (step.open && !step.is_text) {
-        if (std::find(step.remarks.begin(), step.remarks.end(), words) == step.remarks.end())
-            step.remarks.push_back(words);
-        return;
-    }
-    if (running->in_reset) return;
-    // What no command asked for: a timed macro that isn't there, a touch whose answer has no room.
-    flush_step();
-    step.open = true;
-    step.letters = "-";
-    step.role = event.remark == Remark::answer_dropped ? "touch" : "timed macro";
-    step.remarks.push_back(words);
-    flush_step();
+/// What belongs to no command.
+void write_finding(Mistakes& mistakes, const Finding& finding, int scenario_line) {
+    if (writes_json())
+        write_object({{"scenario_line", scenario_line == 0 ? "" : std::to_string(scenario_line)},
+                      {"remarks", json_findings({finding}, Degree::remark)},
+                      {"hints", json_findings({finding}, Degree::hint)}});
+    else
+        write_line(time_now() + " - | " + verdict({finding}));
+    keep_mistake(mistakes, finding, {{}, 0, 0, scenario_line}, "");
 }
 
 void take_touch(const TraceEvent& event, const char* kind) {
-    flush_text();
+    if (running->reader.step.is_text || !running->reader.open) end_step_and_answer();
     const bool at = event.kind != TraceKind::release;
-    if (running->options.form == TraceForm::json)
-        write_line(json_object({{"touch", json_quoted(kind)},
-                                {"x", at ? std::to_string(event.from) : ""},
-                                {"y", at ? std::to_string(event.to) : ""},
-                                {"area", json_quoted(event.role)}}));
+    if (writes_json())
+        write_object({{"touch", json_quoted(kind)},
+                      {"x", at ? std::to_string(event.from) : ""},
+                      {"y", at ? std::to_string(event.to) : ""},
+                      {"area", json_quoted(event.role)}});
     else
         write_line(time_now() + ' ' + kind +
                    (at ? ' ' + std::to_string(event.from) + ' ' + std::to_string(event.to) : "") +
                    " on " + event.role);
+    if (event.kind == TraceKind::press)
+        for (const Finding& finding : findings_on_press(event.from, event.to))
+            write_finding(running->mistakes, finding, acting_scenario_line());
 }
 
-void take_reset(int kind) {
-    flush_step();
-    running->in_reset = true;
-    if (running->options.form == TraceForm::json)
-        write_line(json_object({{"reset", std::to_string(kind)}}));
+void write_reset(int kind) {
+    if (writes_json())
+        write_object({{"reset", std::to_string(kind)}});
     else
         write_line(time_now() + " reset " + std::to_string(kind));
 }
 
+/// Answers that no command gave, as those to a touch, come before what is next.
+void flush_lone_answer(TraceKind next) {
+    const bool goes_on = next == TraceKind::answer || next == TraceKind::byte ||
+                         next == TraceKind::letters || next == TraceKind::parameter ||
+                         next == TraceKind::block || next == TraceKind::remark;
+    if (!running->reader.open && !goes_on) flush_answer();
+}
+
 void listen(const TraceEvent& event) {
-    Step& step = running->step;
-    if (event.kind == TraceKind::byte || event.kind == TraceKind::idle) running->in_reset = false;
+    flush_lone_answer(event.kind);
+    take_event(running->reader, event);
     switch (event.kind) {
-    case TraceKind::byte:
-        running->last_source = event.source;
-        running->last_byte = static_cast<std::uint8_t>(event.from);
-        if (step.open && !step.is_text) add_byte(step, running->last_byte);
-        break;
-    case TraceKind::begin:
-        begin_step(false);
-        add_byte(step, running->last_byte);
-        break;
-    case TraceKind::letters:
-        step.letters = step.bytes.front() == '#' ? "#" : "ESC";
-        for (const int letter : {event.from, event.to})
-            if (letter != 0) {
-                const char c = static_cast<char>(letter);
-                step.letters += ' ' + printable({&c, 1});
-            }
-        step.role = event.role;
-        step.raw_start = step.count;
-        break;
-    case TraceKind::parameter:
-        step.parameters.push_back(event.from);
-        step.raw_start = step.count;
-        break;
-    case TraceKind::remark:
-        take_remark(event);
-        break;
-    case TraceKind::end:
-        flush_step();
-        break;
-    case TraceKind::text:
-        take_text(running->last_byte);
-        break;
-    case TraceKind::idle:
-        flush_text();
-        break;
     case TraceKind::answer:
         running->answer.insert(running->answer.end(), event.bytes.begin(), event.bytes.end());
         break;
@@ -328,18 +196,35 @@ void listen(const TraceEvent& event) {
         take_touch(event, "release");
         break;
     case TraceKind::reset:
-        take_reset(event.from);
+        write_reset(event.from);
+        break;
+    default:
         break;
     }
 }
 
 }  // namespace
 
+std::string words_of(const Mistake& mistake, const std::string& scenario) {
+    std::string here = scenario;
+    if (mistake.scenario_line > 0) here += ':' + std::to_string(mistake.scenario_line);
+    std::string words = (mistake.place.empty() ? here : mistake.place) + ": " +
+                        std::string(severity_of(mistake.finding)) + ": ";
+    if (!mistake.where.empty()) words += mistake.where + ": ";
+    words += words_of(mistake.finding);
+    if (mistake.count > 1) words += ", " + std::to_string(mistake.count) + " times";
+    return mistake.place.empty() ? words : words + " (" + here + ')';
+}
+
 void start_trace(const TraceOptions& options, std::int64_t (*clock_us)()) {
-    if (options.form == TraceForm::none && !options.strict) return;
+    if (options.form == TraceForm::none && options.strictness == Strictness::off) return;
     running = std::make_unique<Trace>();
     running->options = options;
     running->clock_us = clock_us;
+    running->reader.done = [](const Step& step) {
+        take_step(step);
+        flush_answer();
+    };
     if (options.form != TraceForm::none) {
         running->file = options.file == "-" ? stderr : std::fopen(options.file.c_str(), "we");
         if (running->file == nullptr)
@@ -351,22 +236,34 @@ void start_trace(const TraceOptions& options, std::int64_t (*clock_us)()) {
     trace_listener = listen;
 }
 
+bool trace_is_written() { return running != nullptr && running->options.form != TraceForm::none; }
+
+void allow_finding(const std::string& name, int scenario_line) {
+    if (running != nullptr) running->allowed[scenario_line].insert(name);
+}
+
+void tell_finding(const Finding& finding, int scenario_line) {
+    if (running != nullptr) write_finding(running->mistakes_of_host, finding, scenario_line);
+}
+
 TraceFaults finish_trace() {
-    TraceFaults faults;
-    if (running == nullptr) return faults;
+    if (running == nullptr) return {};
     trace_listener = nullptr;
-    flush_step();
+    end_step_and_answer();
     if (running->file != nullptr && running->file != stderr && std::fclose(running->file) != 0 &&
         running->write_fault == 0)
         running->write_fault = errno;
+    TraceFaults faults{};
     if (running->write_fault != 0)
         faults.unwritten =
             "can't write " + running->options.file + ": " + errno_text(running->write_fault);
-    faults.remarks = std::move(running->faults);
-    if (running->fault_count > faults.remarks.size())
-        faults.remarks.push_back("and " +
-                                 std::to_string(running->fault_count - faults.remarks.size()) +
-                                 " commands more");
+    for (Mistakes* mistakes : {&running->mistakes, &running->mistakes_of_host}) {
+        std::erase_if(mistakes->list, is_allowed);
+        std::move(mistakes->list.begin(), mistakes->list.end(),
+                  std::back_inserter(faults.mistakes));
+        faults.unkept += mistakes->unkept;
+    }
+    forget_places();
     running.reset();
     return faults;
 }

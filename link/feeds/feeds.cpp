@@ -13,6 +13,7 @@ namespace orvanel {
 namespace {
 
 constinit std::int64_t left = 0;
+constinit ByteSource source{.origin = ByteOrigin::feed};  // of the next byte
 constinit std::FILE* feed_file = nullptr;
 constinit std::span<const std::uint8_t> feed_memory{};
 constinit std::array<std::uint8_t, feed_chunk> staging{};
@@ -25,15 +26,26 @@ std::int64_t length_of(std::FILE* file) {
     return std::max(length, 0L);
 }
 
+void put(std::span<const std::uint8_t> data) {
+    rx_pipe_put_block(data, source);
+    source.offset += static_cast<std::uint32_t>(data.size());
+}
+
+void begin_feed() {
+    stop_feed();
+    ++source.number;
+    source.offset = 0;
+}
+
 /// Moves up to `n` bytes of the file. A file that has shrunk meanwhile ends its feed.
 void drain_file(std::size_t n) {
     const std::size_t got = std::fread(staging.data(), 1, n, feed_file);
-    rx_pipe_put_block(std::span(staging).first(got), ByteOrigin::feed);
+    put(std::span(staging).first(got));
     left = got < n ? 0 : left - static_cast<std::int64_t>(n);
 }
 
 void drain_memory(std::size_t n) {
-    rx_pipe_put_block(feed_memory.first(n), ByteOrigin::feed);
+    put(feed_memory.first(n));
     feed_memory = feed_memory.subspan(n);
     left -= static_cast<std::int64_t>(n);
 }
@@ -41,9 +53,10 @@ void drain_memory(std::size_t n) {
 }  // namespace
 
 std::int64_t feed_left() { return left; }
+std::uint32_t feed_number() { return source.number; }
 
 void start_feed_memory(std::span<const std::uint8_t> data) {
-    stop_feed();
+    begin_feed();
     feed_memory = data;
     left = static_cast<std::int64_t>(data.size());
 }
@@ -57,7 +70,7 @@ std::string_view unquoted(std::string_view path) {
 }
 
 void start_feed_of(std::string_view path) {
-    stop_feed();
+    begin_feed();
     const std::string name(path);
     if (!is_plain_file(name)) return;
     feed_file = std::fopen(name.c_str(), "rb");

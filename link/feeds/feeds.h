@@ -14,6 +14,9 @@ constexpr int feed_chunk = 4000;  // bytes that a feed moves at once
 /// Bytes that the feed still has to deliver, 0 for no feed.
 std::int64_t feed_left();
 
+/// The number of the feed armed last, from 1 on, by which a trace names its bytes.
+std::uint32_t feed_number();
+
 /// Arms a feed that borrows its memory: it stays valid until feed_left is 0 or another feed is
 /// armed.
 void start_feed_memory(std::span<const std::uint8_t> data);

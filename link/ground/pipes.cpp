@@ -12,9 +12,24 @@ constinit BytePipe tx_pipe{};
 
 namespace {
 
-/// Beside rx_pipe's buffer, kept for a trace alone: where each byte came from.
-constinit std::array<std::atomic<ByteOrigin>, pipe_size> rx_origins{};
-constinit ByteOrigin taken_origin = ByteOrigin::companion;
+/// Beside rx_pipe's buffer, kept for a trace alone: where each byte came from. No macro's byte
+/// passes here.
+constinit std::array<std::atomic<std::uint64_t>, pipe_size> rx_sources{};
+constinit ByteSource taken_source{};
+
+constexpr int offset_bits = 32, number_bits = 24;
+constexpr std::uint64_t number_mask = (1U << number_bits) - 1;
+
+std::uint64_t packed(const ByteSource& source) {
+    return std::uint64_t{source.offset} | (source.number & number_mask) << offset_bits |
+           static_cast<std::uint64_t>(source.origin) << (offset_bits + number_bits);
+}
+
+ByteSource unpacked(std::uint64_t word) {
+    return {.origin = static_cast<ByteOrigin>(word >> (offset_bits + number_bits)),
+            .number = static_cast<std::uint32_t>(word >> offset_bits & number_mask),
+            .offset = static_cast<std::uint32_t>(word)};
+}
 
 int count_of(const BytePipe& pipe) {
     // Tail first: head only grows, so the difference is never below 0.
@@ -28,7 +43,7 @@ enum class Excess : std::uint8_t { drop_rest, drop_all };
 
 /// The bytes that went in. The room is looked at and filled in one turn.
 std::size_t put_block(BytePipe& pipe, std::span<const std::uint8_t> data, Excess excess,
-                      ByteOrigin origin = {}) {
+                      ByteSource source = {}) {
     while (pipe.turn.test_and_set(std::memory_order_acquire))
         pipe.turn.wait(true);
     const std::uint64_t head = pipe.head.load(std::memory_order_relaxed);
@@ -38,8 +53,10 @@ std::size_t put_block(BytePipe& pipe, std::span<const std::uint8_t> data, Excess
     auto place = static_cast<std::size_t>(head % pipe_size);
     for (const std::uint8_t byte : data.first(n)) {
         pipe.buffer[place].store(byte, std::memory_order_relaxed);
-        if (tracing() && &pipe == &rx_pipe) [[unlikely]]
-            rx_origins[place].store(origin, std::memory_order_relaxed);
+        if (tracing() && &pipe == &rx_pipe) [[unlikely]] {
+            rx_sources[place].store(packed(source), std::memory_order_relaxed);
+            ++source.offset;
+        }
         if (++place == pipe_size) place = 0;
     }
     pipe.head.store(head + n, std::memory_order_release);
@@ -70,22 +87,24 @@ int rx_count() { return count_of(rx_pipe); }
 
 int tx_count() { return count_of(tx_pipe); }
 
-void rx_pipe_put_block(std::span<const std::uint8_t> data, ByteOrigin origin) {
-    put_block(rx_pipe, data, Excess::drop_rest, origin);
+void rx_pipe_put_block(std::span<const std::uint8_t> data, const ByteSource& source) {
+    put_block(rx_pipe, data, Excess::drop_rest, source);
     wake_firmware();
 }
 
 bool rx_pipe_put_whole(std::span<const std::uint8_t> data) {
-    const bool fits = put_block(rx_pipe, data, Excess::drop_all, ByteOrigin::line) == data.size();
+    const ByteSource line{.origin = ByteOrigin::line};
+    const bool fits = put_block(rx_pipe, data, Excess::drop_all, line) == data.size();
     wake_firmware();
     return fits;
 }
 
-ByteOrigin rx_origin() { return taken_origin; }
+ByteSource rx_source() { return taken_source; }
 
 int rx_pipe_get() {
     if (tracing()) [[unlikely]]
-        taken_origin = rx_origins[rx_pipe.tail.load() % pipe_size].load(std::memory_order_relaxed);
+        taken_source =
+            unpacked(rx_sources[rx_pipe.tail.load() % pipe_size].load(std::memory_order_relaxed));
     const int byte = get(rx_pipe);
     if (byte >= 0 && rx_count() < low_mark) com_rts_on();
     return byte;

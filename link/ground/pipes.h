@@ -36,12 +36,13 @@ int rx_count();
 int tx_count();
 
 /// Appends the bytes as one block: blocks of two producers never interleave. Wakes the firmware.
-/// What doesn't fit is dropped.
+/// What doesn't fit is dropped. `source` is that of the first byte, for a trace.
 void rx_pipe_put_block(std::span<const std::uint8_t> data,
-                       ByteOrigin origin = ByteOrigin::companion);
+                       const ByteSource& source = {.origin = ByteOrigin::companion});
 
-/// Where the byte that rx_pipe_get took last came from; `companion` without a trace. Firmware only.
-ByteOrigin rx_origin();
+/// Where the byte that rx_pipe_get took last came from; a zeroed one without a trace. Firmware
+/// only.
+ByteSource rx_source();
 
 /// As rx_pipe_put_block, but where not all of it fits nothing goes in. True if it went in.
 [[nodiscard]] bool rx_pipe_put_whole(std::span<const std::uint8_t> data);

@@ -133,7 +133,8 @@ int link_read_to_pipe(int n) {
     const int got =
         com_read(std::span(in_block).first(static_cast<std::size_t>(std::min(n, line_block))));
     if (got <= 0) return got;
-    rx_pipe_put_block(std::span(in_block).first(static_cast<std::size_t>(got)), ByteOrigin::line);
+    rx_pipe_put_block(std::span(in_block).first(static_cast<std::size_t>(got)),
+                      {.origin = ByteOrigin::line});
     if (rx_count() > high_mark) {
         com_rts_off();
         serve_line_words();

@@ -1,6 +1,7 @@
 // fuzz_bdf.cpp: any text is a BDF font, or is told to be none.
 
 #include "kit/bdf.h"
+#include "kit/fault.h"
 
 #include <cstddef>
 #include <cstdint>

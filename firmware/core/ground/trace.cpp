@@ -16,6 +16,10 @@ void tell_answer(std::span<const std::uint8_t> bytes) {
     trace_listener({.kind = TraceKind::answer, .bytes = bytes});
 }
 
+void tell_block(const Block& block, int moved) {
+    trace_listener({.kind = TraceKind::block, .from = moved, .block = block});
+}
+
 void tell_remark(Remark remark, int from, int to) {
     trace_listener({.kind = TraceKind::remark, .from = from, .to = to, .remark = remark});
 }

@@ -13,9 +13,9 @@ enum class ByteOrigin : std::uint8_t { companion, feed, line, macro };
 
 struct ByteSource {
     ByteOrigin origin;
-    std::uint8_t macro_number;
-    std::uint16_t macro_table;  // one of firmware/store/ground/macro.h
-    std::int32_t macro_offset;  // of the byte, in the image
+    std::uint16_t macro_table = 0;  // of a macro: one of firmware/store/ground/macro.h
+    std::uint32_t number = 0;       // of the macro or the feed; else as the host that sends counts
+    std::uint32_t offset = 0;       // of the byte: in the image, in what is fed or sent
 };
 
 /// What the module does in silence and the developer of a device wants to know. `from` and `to` are
@@ -43,6 +43,11 @@ enum class Remark : std::uint8_t {
     answer_dropped,  // part of it at least: nobody takes answers
 };
 
+/// A rectangle of dots, both corners inclusive, on the glass or not.
+struct Block {
+    int x1, y1, x2, y2;
+};
+
 enum class TraceKind : std::uint8_t {
     byte,       // delivered by the read layer: `from`, with its source
     begin,      // the byte just delivered begins a command
@@ -53,6 +58,8 @@ enum class TraceKind : std::uint8_t {
     text,    // the byte just delivered goes to the terminal
     idle,    // nothing to read
     answer,  // `bytes` go to the line
+    block,   // of text, laid out: its rectangle `block`, which may leave the glass. It would have
+             // begun `from` dots before that: the glass has no room there
     press,   // a finger's event at dot `from`, `to`
     drag,
     release,
@@ -67,6 +74,7 @@ struct TraceEvent {
     Remark remark{};
     ByteSource source{};
     std::span<const std::uint8_t> bytes{};
+    Block block{};
 };
 
 using TraceListener = void (*)(const TraceEvent&);
@@ -82,6 +90,7 @@ inline bool tracing() { return trace_listener != nullptr; }
 [[gnu::cold]] void tell(TraceKind kind, int from, int to, const char* role);
 [[gnu::cold]] void tell_byte(std::uint8_t byte, ByteSource source);
 [[gnu::cold]] void tell_answer(std::span<const std::uint8_t> bytes);
+[[gnu::cold]] void tell_block(const Block& block, int moved);
 [[gnu::cold]] void tell_remark(Remark remark, int from, int to);
 
 inline void trace(TraceKind kind, int from = 0, int to = 0, const char* role = nullptr) {

@@ -73,7 +73,7 @@ bool read_next_byte(Idle idle) {
         current_byte = low8(rx_pipe_get());
         spend_byte_time();
         if (tracing()) [[unlikely]]
-            tell_byte(current_byte, {rx_origin(), 0, 0, 0});
+            tell_byte(current_byte, rx_source());
         return true;
     }
     trace(TraceKind::idle);

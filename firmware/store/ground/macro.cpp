@@ -47,7 +47,7 @@ bool run_macro(std::uint16_t table, std::uint8_t index) {
     if (macro_depth > 0) suspended[macro_depth] = running;
     ++macro_depth;
     running = {offset, length};
-    names[macro_depth] = {ByteOrigin::macro, index, table, offset};
+    names[macro_depth] = {ByteOrigin::macro, table, index, static_cast<std::uint32_t>(offset)};
     return true;
 }
 
@@ -58,7 +58,7 @@ void start_macro(std::uint16_t table, std::uint8_t index) {
 
 ByteSource next_macro_source() {
     ByteSource source = names[macro_depth];
-    source.macro_offset = running.pos;
+    source.offset = static_cast<std::uint32_t>(running.pos);
     return source;
 }
 

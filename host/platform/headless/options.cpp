@@ -16,9 +16,18 @@ constexpr int max_jobs = 256;
 
 TakeValue takes_file(TraceOptions& trace, TraceForm form) {
     return [&trace, form](const std::string& file) {
-        trace = {form, file, trace.strict};
+        trace = {form, file, trace.strictness};
         return std::string();
     };
+}
+
+std::string strict_option_fault(const std::string& value) {
+    return value == "remarks" || value == "hints" ? "" : "takes remarks or hints";
+}
+
+Strictness strictness_of(const std::string& value) {
+    if (value.empty()) return Strictness::off;
+    return value == "hints" ? Strictness::hints : Strictness::remarks;
 }
 
 std::vector<Option> options_into(Options& options) {
@@ -88,8 +97,12 @@ std::vector<Option> options_into(Options& options) {
          .value_name = "FILE",
          .excludes = {"--trace"}},
         {.names = "--strict",
-         .place = &options.session.trace.strict,
-         .help = "A remark in the trace makes the run fail, whether or not it is written"},
+         .place = &options.strict,
+         .help = "A remark makes the run fail, with =hints a hint does too, whether or not a trace "
+                 "is written",
+         .value_name = "[=remarks|hints]",
+         .without = "remarks",
+         .fault = strict_option_fault},
         {.names = "--jobs",
          .place = &options.jobs,
          .help = "Run N scenarios side by side",
@@ -170,6 +183,7 @@ int parse_options(int argc, char** argv, Options& options) {
                   "output that can't be read or written; 3 a settle gave up."};
     if (const int status = read_command_line(line, argc, argv); status >= 0)
         return output_is_whole(line.program) ? status : wrong_line;
+    options.session.trace.strictness = strictness_of(options.strict);
     if (options.scenarios.empty()) options.scenarios = {options.session.serial.empty() ? "-" : ""};
     const auto [option, fault] = clash_in(options);
     return option.empty() ? -1 : refuse_option(line.program, option, fault);

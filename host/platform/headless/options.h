@@ -18,6 +18,7 @@ struct Options {
     bool real_time;
     std::string protocol;  // "plain" or "pactlink"; empty: what the settings say
     SessionOptions session;
+    std::string strict;                  // as it was given, empty if it wasn't
     bool commands;                       // print the command reference and do nothing else
     std::vector<std::string> scenarios;  // an empty name: none, until a signal comes
 };

@@ -6,6 +6,7 @@
 #include "host/platform/headless/time_mode.h"
 #include "host/program/image_file.h"
 #include "host/program/program_folder.h"
+#include "host/scenario/hints.h"
 #include "host/scenario/memory_window.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
@@ -40,12 +41,16 @@ void save_all() {
 
 void end_trace() {
     const TraceOptions& options = session_options.trace;
-    if (options.form == TraceForm::none && !options.strict) return;
+    if (options.form == TraceForm::none && options.strictness == Strictness::off) return;
     scenario_line = 0;  // what is wrong with the trace is the fault of no line
     const TraceFaults faults = finish_trace();
     if (!faults.unwritten.empty()) report_fault(wrong_line, faults.unwritten);
-    for (const std::string& fault : faults.remarks)
-        report_fault(expectation_failed, fault);
+    scenario_line = brings_its_place;
+    for (const Mistake& mistake : faults.mistakes)
+        report_fault(expectation_failed, words_of(mistake, std::string(scenario_name)));
+    scenario_line = 0;
+    if (faults.unkept > 0)
+        report_fault(expectation_failed, "and " + std::to_string(faults.unkept) + " more");
 }
 
 }  // namespace
@@ -71,6 +76,7 @@ int run_session(const std::string& name) {
         report_fault(wrong_line, "can't be opened: " + fault);
     else
         time_mode->run();
+    hint_on_end();
     close_scenario();
     stop_feed();
     end_trace();

@@ -210,7 +210,7 @@ TEST_F(ScenarioProgram, answers_that_nobody_takes_are_counted_and_remarked) {
     EXPECT_EQ(run({"--trace", "t", "a.scn"}), 0) << get("err");
     EXPECT_EQ(get("out"), "link 0 0 0 0 selected dropped 787\nlink 0 0 0 0 selected dropped 793\n");
     const std::string trace = get("t");
-    const std::string words = " | an answer was dropped, nobody takes them\n";
+    const std::string words = " | an answer was dropped, nobody takes them [answer-dropped]\n";
     EXPECT_NE(trace.find(" | Hardcopy of the area to the line" + words), std::string::npos)
         << trace;
     EXPECT_NE(trace.find(" | touch" + words), std::string::npos) << trace;
@@ -327,51 +327,54 @@ TEST_F(ScenarioProgram, a_trace_tells_what_the_module_did_in_silence) {
         "touch 9 9\nwait 20\nlift\nsettle\nreset 2\nsettle\n");
     ASSERT_EQ(run({"--trace", "t", "a.scn"}), 0) << get("err");
     EXPECT_EQ(get("t").substr(0, get("t").find("feed")), "0.000 reset 0\n105.050 ");
-    EXPECT_EQ(verdicts(get("t")),
-              "reset 0\n"
-              "ok\n"
-              "ok\n"
-              "255 clamped to 239\n"
-              "a '-' was skipped; 300 taken as 44\n"
-              "undefined group, its letter went to the terminal\n"
-              "undefined command, dropped\n"
-              "font 9 is missing\n"
-              "12 taken as 4\n"
-              "macro 7 is missing\n"
-              "undefined command, dropped\n"
-              "ok\n"
-              "picture 9 is missing\n"
-              "17 taken as 1\n"
-              "border 19 is missing\n"
-              "bar 3 is not defined\n"
-              "5 taken as 1\n"
-              "ok\n"
-              "9 clamped to 5\n"
-              "there is no process macro 9\n"
-              "character 0x61 'a' is not in the font\n"
-              "ok\n"
-              "ok\n"
-              "answer 01 02\n"
-              "character 0x61 'a' is not in the font; character 0x80 is not in the font\n"
-              "character 0x6B 'k' is not in the font\n"
-              "press 9 9 on key\n"
-              "answer 1B 41 01 01\n"
-              "release on key\n"
-              "ok\n"
-              "reset 2\n");
+    EXPECT_EQ(verdicts(get("t")), "reset 0\n"
+                                  "ok\n"
+                                  "ok\n"
+                                  "255 clamped to 239 [clamped]\n"
+                                  "a '-' was skipped [sign]; 300 taken as 44 [wrapped]\n"
+                                  "undefined group, its letter went to the terminal [no-group]\n"
+                                  "undefined command, dropped [no-command]\n"
+                                  "font 9 is missing [no-font]\n"
+                                  "12 taken as 4 [wrapped]\n"
+                                  "macro 7 is missing [no-macro]\n"
+                                  "undefined command, dropped [no-command]\n"
+                                  "ok\n"
+                                  "picture 9 is missing [no-picture]\n"
+                                  "17 taken as 1 [wrapped]\n"
+                                  "border 19 is missing [no-border]\n"
+                                  "bar 3 is not defined [no-bar]\n"
+                                  "5 taken as 1 [wrapped]\n"
+                                  "ok\n"
+                                  "9 clamped to 5 [clamped]\n"
+                                  "there is no process macro 9 [no-process]\n"
+                                  "character 0x61 'a' is not in the font [no-glyph]\n"
+                                  "ok\n"
+                                  "ok\n"
+                                  "answer 01 02\n"
+                                  "characters 0x61 'a', 0x80 are not in the font [no-glyph]\n"
+                                  "character 0x6B 'k' is not in the font [no-glyph]\n"
+                                  "press 9 9 on key\n"
+                                  "answer 1B 41 01 01\n"
+                                  "release on key\n"
+                                  "ok\n"
+                                  "reset 2\n");
     for (const std::string line :
          {"126.650 companion 23 53 42 32 2C 01 02 | # S B 2 + 2 bytes | Send bytes | ok\n",
           "126.730 companion 1B 5A 4C 00 00 61 80 00 | ESC Z L 0 0 \"a\\x80\" | Draw a string, "
           "left "
-          "aligned | character 0x61 'a' is not in the font; character 0x80 is not in the font\n"})
+          "aligned | characters 0x61 'a', 0x80 are not in the font [no-glyph]\n"})
         EXPECT_NE(get("t").find(line), std::string::npos) << get("t");
     // As objects, and as a failure of the run.
     ASSERT_EQ(run({"--trace-json", "t", "--strict", "a.scn"}), 1);
-    EXPECT_NE(get("t").find(R"({"time":105.050,"source":"feed","bytes":"1B47500506","count":5,)"
-                            R"("command":"ESC G P","parameters":[5,6],)"),
-              std::string::npos)
+    EXPECT_NE(
+        get("t").find(
+            R"({"time":105.050,"source":"feed","file":"feed","line":1,"column":1,"scenario_line":1,"bytes":"1B47500506","count":5,)"
+            R"("command":"ESC G P","parameters":[5,6],)"),
+        std::string::npos)
         << get("t");
-    EXPECT_NE(get("err").find("255 clamped to 239"), std::string::npos);
+    EXPECT_TRUE(get("err").starts_with(
+        "a.scn:3: warning: ESC G D 10 20 255 5: 255 clamped to 239 [clamped]\n"))
+        << get("err");
     ASSERT_EQ(run({"--trace", "no/t", "a.scn"}), 2);
     EXPECT_EQ(get("err"), "a.scn: error: can't write no/t: No such file or directory\n");
 }

@@ -1,0 +1,83 @@
+#include "host/trace/findings.h"
+
+#include "host/trace/remarks.h"
+
+#include <array>
+#include <cstddef>
+
+namespace orvanel {
+
+namespace {
+
+constexpr Degree remark_degree = Degree::remark, hint_degree = Degree::hint;
+
+constexpr std::array types{
+    FindingType{FindingKind::clamped, "clamped", remark_degree},
+    FindingType{FindingKind::wrapped, "wrapped", remark_degree},
+    FindingType{FindingKind::sign_dropped, "sign", remark_degree},
+    FindingType{FindingKind::undefined_group, "no-group", remark_degree},
+    FindingType{FindingKind::undefined_op, "no-command", remark_degree},
+    FindingType{FindingKind::missing_font, "no-font", remark_degree},
+    FindingType{FindingKind::missing_glyph, "no-glyph", remark_degree},
+    FindingType{FindingKind::missing_picture, "no-picture", remark_degree},
+    FindingType{FindingKind::missing_border, "no-border", remark_degree},
+    FindingType{FindingKind::missing_macro, "no-macro", remark_degree},
+    FindingType{FindingKind::missing_bar, "no-bar", remark_degree},
+    FindingType{FindingKind::missing_process, "no-process", remark_degree},
+    FindingType{FindingKind::macros_nested, "too-deep", remark_degree},
+    FindingType{FindingKind::text_cut, "text-cut", remark_degree},
+    FindingType{FindingKind::picture_cut, "picture-cut", remark_degree},
+    FindingType{FindingKind::menus_full, "menus-full", remark_degree},
+    FindingType{FindingKind::areas_full, "areas-full", remark_degree},
+    FindingType{FindingKind::wrong_crc, "wrong-crc", remark_degree},
+    FindingType{FindingKind::eeprom_overflow, "eeprom-full", remark_degree},
+    FindingType{FindingKind::answer_dropped, "answer-dropped", remark_degree},
+    FindingType{FindingKind::number_took, "number-took", hint_degree},
+    FindingType{FindingKind::number_skipped, "skipped", hint_degree},
+    FindingType{FindingKind::text_unseen, "unseen", hint_degree},
+    FindingType{FindingKind::label_alignment, "alignment", hint_degree},
+    FindingType{FindingKind::opener_direction, "direction", hint_degree},
+    FindingType{FindingKind::text_off_glass, "off-glass", hint_degree},
+    FindingType{FindingKind::text_moved, "moved", hint_degree},
+    FindingType{FindingKind::label_outside, "label", hint_degree},
+    FindingType{FindingKind::area_too_small, "small-area", hint_degree},
+    FindingType{FindingKind::areas_overlap, "overlap", hint_degree},
+    FindingType{FindingKind::no_code, "no-code", hint_degree},
+    FindingType{FindingKind::same_code, "same-code", hint_degree},
+    FindingType{FindingKind::wait_in_touch, "wait", hint_degree},
+    FindingType{FindingKind::press_on_nothing, "nothing-there", hint_degree},
+    FindingType{FindingKind::no_question, "no-question", hint_degree},
+    FindingType{FindingKind::same_screen, "same-screen", hint_degree},
+    FindingType{FindingKind::no_check, "no-check", hint_degree},
+    FindingType{FindingKind::not_compared, "not-compared", hint_degree},
+    FindingType{FindingKind::unfetched, "unfetched", hint_degree},
+};
+
+constexpr bool in_order() {
+    for (std::size_t i = 0; i < types.size(); ++i)
+        if (static_cast<std::size_t>(types[i].kind) != i) return false;
+    return true;
+}
+static_assert(in_order());
+static_assert(static_cast<int>(Remark::answer_dropped) ==
+              static_cast<int>(FindingKind::answer_dropped));
+
+}  // namespace
+
+std::span<const FindingType> finding_types() { return types; }
+
+const FindingType& type_of(FindingKind kind) { return types[static_cast<std::size_t>(kind)]; }
+
+Finding finding_of(Remark remark, int from, int to) {
+    return {static_cast<FindingKind>(remark), words_of(remark, from, to)};
+}
+
+std::string words_of(const Finding& finding) {
+    return finding.words + " [" + std::string(type_of(finding.kind).name) + ']';
+}
+
+std::string_view severity_of(const Finding& finding) {
+    return is_remark(finding) ? "warning" : "hint";
+}
+
+}  // namespace orvanel

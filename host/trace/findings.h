@@ -1,0 +1,92 @@
+// findings.h: what is to be said of a stream, a kit or a scenario, in two degrees. A remark is what
+// the module did other than asked, in silence; a hint is what is legal and probably not meant.
+
+#pragma once
+
+#include "firmware/core/ground/trace.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace orvanel {
+
+enum class Degree : std::uint8_t { remark, hint };
+
+/// One for each Remark of firmware/core/ground/trace.h, in the same order, then those of the host.
+enum class FindingKind : std::uint8_t {
+    clamped,
+    wrapped,
+    sign_dropped,
+    undefined_group,
+    undefined_op,
+    missing_font,
+    missing_glyph,
+    missing_picture,
+    missing_border,
+    missing_macro,
+    missing_bar,
+    missing_process,
+    macros_nested,
+    text_cut,
+    picture_cut,
+    menus_full,
+    areas_full,
+    wrong_crc,
+    eeprom_overflow,
+    answer_dropped,
+    // Hints on a stream.
+    number_took,
+    number_skipped,
+    text_unseen,
+    label_alignment,
+    opener_direction,
+    text_off_glass,
+    text_moved,
+    label_outside,
+    area_too_small,
+    areas_overlap,
+    no_code,
+    same_code,
+    wait_in_touch,
+    press_on_nothing,
+    // Hints on a scenario.
+    no_question,
+    same_screen,
+    no_check,
+    not_compared,
+    unfetched,
+};
+
+struct Finding {
+    FindingKind kind;
+    std::string words;  // what happened, and what to write instead where that can be said
+};
+
+struct FindingType {
+    FindingKind kind;
+    std::string_view name;  // in brackets after the words, and how it is allowed
+    Degree degree;
+};
+
+/// All kinds, in the order of FindingKind.
+std::span<const FindingType> finding_types();
+
+const FindingType& type_of(FindingKind kind);
+
+inline bool is_remark(const Finding& finding) {
+    return type_of(finding.kind).degree == Degree::remark;
+}
+
+/// The finding that a remark of the module is.
+Finding finding_of(Remark remark, int from, int to);
+
+/// `250 clamped to 239 [clamped]`
+std::string words_of(const Finding& finding);
+
+/// `warning` for a remark, `hint` for a hint: the word after a place in the form that editors and
+/// CI servers read.
+std::string_view severity_of(const Finding& finding);
+
+}  // namespace orvanel
