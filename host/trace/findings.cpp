@@ -32,6 +32,9 @@ constexpr std::array types{
     FindingType{FindingKind::wrong_crc, "wrong-crc", remark_degree},
     FindingType{FindingKind::eeprom_overflow, "eeprom-full", remark_degree},
     FindingType{FindingKind::answer_dropped, "answer-dropped", remark_degree},
+    FindingType{FindingKind::bytes_lost, "bytes-lost", remark_degree},
+    FindingType{FindingKind::frame_sum, "frame-sum", remark_degree},
+    FindingType{FindingKind::frame_room, "frame-room", remark_degree},
     FindingType{FindingKind::number_took, "number-took", hint_degree},
     FindingType{FindingKind::number_skipped, "skipped", hint_degree},
     FindingType{FindingKind::text_unseen, "unseen", hint_degree},
@@ -51,6 +54,9 @@ constexpr std::array types{
     FindingType{FindingKind::no_check, "no-check", hint_degree},
     FindingType{FindingKind::not_compared, "not-compared", hint_degree},
     FindingType{FindingKind::unfetched, "unfetched", hint_degree},
+    FindingType{FindingKind::plain_on_frames, "plain-bytes", hint_degree},
+    FindingType{FindingKind::frame_on_plain, "frame-on-plain", hint_degree},
+    FindingType{FindingKind::frame_cut, "frame-cut", hint_degree},
 };
 
 constexpr bool in_order() {

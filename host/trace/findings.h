@@ -14,7 +14,8 @@ namespace orvanel {
 
 enum class Degree : std::uint8_t { remark, hint };
 
-/// One for each Remark of firmware/core/ground/trace.h, in the same order, then those of the host.
+/// One for each Remark of firmware/core/ground/trace.h, in the same order, then those of the line
+/// and of the host.
 enum class FindingKind : std::uint8_t {
     clamped,
     wrapped,
@@ -36,6 +37,9 @@ enum class FindingKind : std::uint8_t {
     wrong_crc,
     eeprom_overflow,
     answer_dropped,
+    bytes_lost,
+    frame_sum,
+    frame_room,
     // Hints on a stream.
     number_took,
     number_skipped,
@@ -57,6 +61,9 @@ enum class FindingKind : std::uint8_t {
     no_check,
     not_compared,
     unfetched,
+    plain_on_frames,
+    frame_on_plain,
+    frame_cut,
 };
 
 struct Finding {

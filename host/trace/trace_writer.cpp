@@ -2,6 +2,7 @@
 
 #include "base/files.h"
 #include "base/hex.h"
+#include "base/quoting.h"
 #include "firmware/core/ground/trace.h"
 #include "host/trace/findings.h"
 #include "host/trace/hints.h"
@@ -9,6 +10,7 @@
 #include "host/trace/places.h"
 #include "host/trace/remarks.h"
 #include "host/trace/steps.h"
+#include "host/trace/wire_lines.h"
 
 #include <algorithm>
 #include <array>
@@ -46,6 +48,8 @@ struct Trace {
     StepReader reader;
     std::vector<std::uint8_t> answer;
     Mistakes mistakes;
+
+    Mistakes mistakes_of_link;  // of link_thread
 
     // Of the host's main thread.
     Mistakes mistakes_of_host;
@@ -102,6 +106,7 @@ bool is_allowed(const Mistake& mistake) {
 }
 
 void flush_answer() {
+    if (!running->options.layers.answer) running->answer.clear();
     if (running->answer.empty()) return;
     const std::string text = hex_of(running->answer, " ");
     if (writes_json())
@@ -121,8 +126,9 @@ std::string title_of(const Step& step) {
 
 void take_step(const Step& step) {
     const Place place = place_of(step.source);
-    write_line(writes_json() ? json_line(time_now(), step, place)
-                             : text_line(time_now(), step, place));
+    if (running->options.layers.command)
+        write_line(writes_json() ? json_line(time_now(), step, place)
+                                 : text_line(time_now(), step, place));
     for (const Finding& finding : step.findings) {
         const bool unseen = finding.kind == FindingKind::text_unseen;
         keep_mistake(running->mistakes, finding, unseen ? place_of(step.lost) : place,
@@ -147,8 +153,7 @@ void write_finding(Mistakes& mistakes, const Finding& finding, int scenario_line
     keep_mistake(mistakes, finding, {{}, 0, 0, scenario_line}, "");
 }
 
-void take_touch(const TraceEvent& event, const char* kind) {
-    if (running->reader.step.is_text || !running->reader.open) end_step_and_answer();
+void write_touch(const TraceEvent& event, const char* kind) {
     const bool at = event.kind != TraceKind::release;
     if (writes_json())
         write_object({{"touch", json_quoted(kind)},
@@ -159,6 +164,11 @@ void take_touch(const TraceEvent& event, const char* kind) {
         write_line(time_now() + ' ' + kind +
                    (at ? ' ' + std::to_string(event.from) + ' ' + std::to_string(event.to) : "") +
                    " on " + event.role);
+}
+
+void take_touch(const TraceEvent& event, const char* kind) {
+    if (running->reader.step.is_text || !running->reader.open) end_step_and_answer();
+    if (running->options.layers.touch) write_touch(event, kind);
     if (event.kind == TraceKind::press)
         for (const Finding& finding : findings_on_press(event.from, event.to))
             write_finding(running->mistakes, finding, acting_scenario_line());
@@ -169,6 +179,28 @@ void write_reset(int kind) {
         write_object({{"reset", std::to_string(kind)}});
     else
         write_line(time_now() + " reset " + std::to_string(kind));
+}
+
+void write_wire(const WireEvent& event, const std::vector<Finding>& findings) {
+    const bool out = event.kind == WireKind::sent;
+    if (writes_json())
+        return write_object({{"wire", out ? "\"out\"" : "\"in\""},
+                             {"bytes", '"' + hex_of(event.bytes, "") + '"'},
+                             {"what", json_quoted(wire_words(event))},
+                             {"remarks", json_findings(findings, Degree::remark)},
+                             {"hints", json_findings(findings, Degree::hint)}});
+    const std::string bytes = event.bytes.empty() ? "" : ' ' + hex_of(event.bytes, " ");
+    write_line(time_now() + (out ? " wire out" : " wire in") + bytes + " | " + wire_words(event) +
+               " | " + verdict(findings));
+}
+
+void listen_to_wire(const WireEvent& event) {
+    const std::vector<Finding> findings = wire_findings(event);
+    if (running->options.layers.wire) write_wire(event, findings);
+    Mistakes& mistakes =
+        event.kind == WireKind::timed_out ? running->mistakes_of_host : running->mistakes_of_link;
+    for (const Finding& finding : findings)
+        keep_mistake(mistakes, finding, {{}, 0, 0, acting_scenario_line()}, "line");
 }
 
 /// Answers that no command gave, as those to a touch, come before what is next.
@@ -216,6 +248,24 @@ std::string words_of(const Mistake& mistake, const std::string& scenario) {
     return mistake.place.empty() ? words : words + " (" + here + ')';
 }
 
+std::string take_layers(const std::string& list, TraceLayers& layers) {
+    layers = {false, false, false, false};
+    std::string_view rest = list;
+    while (true) {
+        const std::string_view name = rest.substr(0, rest.find(','));
+        bool* const layer = name == "wire"      ? &layers.wire
+                            : name == "command" ? &layers.command
+                            : name == "touch"   ? &layers.touch
+                            : name == "answer"  ? &layers.answer
+                                                : nullptr;
+        if (layer == nullptr)
+            return in_quotes(name) + " is no layer; there are wire, command, touch and answer";
+        *layer = true;
+        if (name.size() == rest.size()) return "";
+        rest.remove_prefix(name.size() + 1);
+    }
+}
+
 void start_trace(const TraceOptions& options, std::int64_t (*clock_us)()) {
     if (options.form == TraceForm::none && options.strictness == Strictness::off) return;
     running = std::make_unique<Trace>();
@@ -234,6 +284,7 @@ void start_trace(const TraceOptions& options, std::int64_t (*clock_us)()) {
             (void)std::setvbuf(running->file, nullptr, _IOLBF, BUFSIZ);
     }
     trace_listener = listen;
+    wire_listener = listen_to_wire;
 }
 
 bool trace_is_written() { return running != nullptr && running->options.form != TraceForm::none; }
@@ -249,6 +300,7 @@ void tell_finding(const Finding& finding, int scenario_line) {
 TraceFaults finish_trace() {
     if (running == nullptr) return {};
     trace_listener = nullptr;
+    wire_listener = nullptr;
     end_step_and_answer();
     if (running->file != nullptr && running->file != stderr && std::fclose(running->file) != 0 &&
         running->write_fault == 0)
@@ -257,7 +309,8 @@ TraceFaults finish_trace() {
     if (running->write_fault != 0)
         faults.unwritten =
             "can't write " + running->options.file + ": " + errno_text(running->write_fault);
-    for (Mistakes* mistakes : {&running->mistakes, &running->mistakes_of_host}) {
+    for (Mistakes* mistakes :
+         {&running->mistakes, &running->mistakes_of_link, &running->mistakes_of_host}) {
         std::erase_if(mistakes->list, is_allowed);
         std::move(mistakes->list.begin(), mistakes->list.end(),
                   std::back_inserter(faults.mistakes));

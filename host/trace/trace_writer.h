@@ -21,10 +21,19 @@ enum class TraceForm : std::uint8_t {
 /// Which findings make a run fail.
 enum class Strictness : std::uint8_t { off, remarks, hints };
 
+/// What is written, by the layer it comes from.
+struct TraceLayers {
+    bool wire = true, command = true, touch = true, answer = true;
+};
+
+/// Takes a list as `wire,touch`. The result is what is wrong with it, empty if nothing.
+std::string take_layers(const std::string& list, TraceLayers& layers);
+
 struct TraceOptions {
     TraceForm form;
     std::string file;  // `-` for standard error
     Strictness strictness;
+    TraceLayers layers{};
 };
 
 /// A finding that counts, with the place where it was made.

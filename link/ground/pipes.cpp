@@ -87,9 +87,10 @@ int rx_count() { return count_of(rx_pipe); }
 
 int tx_count() { return count_of(tx_pipe); }
 
-void rx_pipe_put_block(std::span<const std::uint8_t> data, const ByteSource& source) {
-    put_block(rx_pipe, data, Excess::drop_rest, source);
+std::size_t rx_pipe_put_block(std::span<const std::uint8_t> data, const ByteSource& source) {
+    const std::size_t put = put_block(rx_pipe, data, Excess::drop_rest, source);
     wake_firmware();
+    return put;
 }
 
 bool rx_pipe_put_whole(std::span<const std::uint8_t> data) {

@@ -12,6 +12,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -36,9 +37,10 @@ int rx_count();
 int tx_count();
 
 /// Appends the bytes as one block: blocks of two producers never interleave. Wakes the firmware.
-/// What doesn't fit is dropped. `source` is that of the first byte, for a trace.
-void rx_pipe_put_block(std::span<const std::uint8_t> data,
-                       const ByteSource& source = {.origin = ByteOrigin::companion});
+/// What doesn't fit is dropped; the result is the number of bytes that went in. `source` is that of
+/// the first byte, for a trace.
+std::size_t rx_pipe_put_block(std::span<const std::uint8_t> data,
+                              const ByteSource& source = {.origin = ByteOrigin::companion});
 
 /// Where the byte that rx_pipe_get took last came from; a zeroed one without a trace. Firmware
 /// only.

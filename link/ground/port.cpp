@@ -1,8 +1,11 @@
 #include "link/ground/port.h"
 
+#include "link/ground/wire.h"
 #include "seam/platform.h"
 
 namespace orvanel {
+
+constinit WireListener wire_listener = nullptr;
 
 namespace {
 
@@ -70,7 +73,10 @@ void tick_frame_timeout() {
                                 static_cast<std::uint8_t>(seen.frame_timeout - tick)}
                 : FrameProgress{FrameState::start, 0};
         // A byte that comes meanwhile brings a new limit, and we look again.
-        if (frame_progress.compare_exchange_weak(seen, next)) return;
+        if (!frame_progress.compare_exchange_weak(seen, next)) continue;
+        const bool ran_out = next.frame_timeout == 0 && seen.frame_state != FrameState::start;
+        if (ran_out && wire_is_traced()) wire_listener({.kind = WireKind::timed_out});
+        return;
     }
 }
 

@@ -4,6 +4,7 @@
 #include "firmware/store/ground/macro.h"
 #include "link/ground/pipes.h"
 #include "link/ground/port.h"
+#include "link/ground/wire.h"
 #include "seam/host_calls.h"
 
 #include <algorithm>
@@ -89,7 +90,7 @@ bool wait_for_cts() {
 
 /// Writes as much as the device takes now, and shortens `data` by that. False if CTS stays off or
 /// on a fault.
-bool write_some(std::span<const std::uint8_t>& data) {
+bool write_pieces(std::span<const std::uint8_t>& data) {
     while (!data.empty()) {
         if (!wait_for_cts()) return false;
         const auto piece = data.first(std::min<std::size_t>(data.size(), com_write_chunk));
@@ -100,6 +101,15 @@ bool write_some(std::span<const std::uint8_t>& data) {
         if (static_cast<std::size_t>(n) < piece.size()) return true;
     }
     return true;
+}
+
+/// The same, and told to a trace.
+bool write_some(std::span<const std::uint8_t>& data) {
+    const std::span<const std::uint8_t> whole = data;
+    const bool went = write_pieces(data);
+    if (wire_is_traced() && data.size() < whole.size()) [[unlikely]]
+        wire_listener({.kind = WireKind::sent, .bytes = whole.first(whole.size() - data.size())});
+    return went;
 }
 
 bool write_all(std::span<const std::uint8_t>& data) {
@@ -133,8 +143,10 @@ int link_read_to_pipe(int n) {
     const int got =
         com_read(std::span(in_block).first(static_cast<std::size_t>(std::min(n, line_block))));
     if (got <= 0) return got;
-    rx_pipe_put_block(std::span(in_block).first(static_cast<std::size_t>(got)),
-                      {.origin = ByteOrigin::line});
+    const auto bytes = std::span(in_block).first(static_cast<std::size_t>(got));
+    const std::size_t put = rx_pipe_put_block(bytes, {.origin = ByteOrigin::line});
+    if (wire_is_traced()) [[unlikely]]
+        wire_listener({.kind = WireKind::plain_in, .bytes = bytes, .lost = bytes.size() - put});
     if (rx_count() > high_mark) {
         com_rts_off();
         serve_line_words();

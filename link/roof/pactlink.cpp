@@ -3,6 +3,7 @@
 #include "firmware/store/ground/macro.h"
 #include "link/ground/pipes.h"
 #include "link/ground/port.h"
+#include "link/ground/wire.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -20,6 +21,7 @@ constinit std::uint8_t frame_sum = 0;   // of the bytes so far
 constinit std::uint8_t frame_length = 0;
 constinit std::uint8_t frame_index = 0;  // of its payload
 constinit std::array<std::uint8_t, 255> frame_payload{};
+constinit std::uint8_t received_sum = 0;
 constinit std::uint8_t frame_verdict = frame_nak;  // the answer to the last whole frame
 
 constexpr std::uint8_t start_and_length = 2;
@@ -60,6 +62,7 @@ void take(FrameState state, std::uint8_t byte) {
         break;
     default:
         frame_verdict = byte == frame_sum ? frame_ack : frame_nak;
+        received_sum = byte;
         return;
     }
     frame_sum = static_cast<std::uint8_t>(frame_sum + byte);
@@ -143,6 +146,20 @@ void send_verdict(std::uint8_t verdict) {
     frame_progress.store({FrameState::complete, 0});
 }
 
+/// The frame that came, for a trace.
+void tell_frame(FrameFate fate) {
+    if (!wire_is_traced()) [[likely]]
+        return;
+    std::array<std::uint8_t, 255 + 3> bytes{frame_type, frame_length};
+    std::copy_n(frame_payload.begin(), frame_length, bytes.begin() + start_and_length);
+    const std::size_t end = start_and_length + std::size_t{frame_length};
+    bytes[end] = received_sum;
+    wire_listener({.kind = WireKind::frame_in,
+                   .bytes = std::span(bytes).first(end + 1),
+                   .fate = fate,
+                   .sum = frame_sum});
+}
+
 /// The command A, which is looked at whether or not the module is selected. Selecting another
 /// module deselects this one without a word.
 void select_module() {
@@ -163,11 +180,39 @@ bool is_selection() {
 /// What the module does with a frame while it is selected. A data frame is delivered before its
 /// verdict goes out, since room and delivery are looked at in one step.
 void answer_frame_now() {
-    if (is_sound() && frame_type == frame_data && !deliver()) frame_verdict = frame_nak;
+    FrameFate fate = is_sound() ? FrameFate::good : FrameFate::wrong_sum;
+    if (is_sound() && frame_type == frame_data && !deliver()) {
+        frame_verdict = frame_nak;
+        fate = FrameFate::no_room;
+    }
+    tell_frame(fate);
     (is_sound() ? frames_good : frames_bad).fetch_add(1, std::memory_order_relaxed);
     send_verdict(frame_verdict);
     if (!is_sound() || frame_type != frame_control) return;
     if (const auto answer = frame_action(); !answer.empty()) com_write(answer);
+}
+
+/// Bytes of one turn that no frame begins with, in a row; for a trace.
+struct StrayBytes {
+    std::array<std::uint8_t, max_answer + 3> bytes;
+    std::size_t count;
+};
+
+void tell_stray(StrayBytes& stray) {
+    if (stray.count > 0)
+        wire_listener(
+            {.kind = WireKind::stray, .bytes = std::span(stray.bytes).first(stray.count)});
+    stray.count = 0;
+}
+
+/// A byte that comes next.
+void note_stray(StrayBytes& stray, std::uint8_t byte) {
+    if (!wire_is_traced()) [[likely]]
+        return;
+    if (frame_progress.load().frame_state == FrameState::start && !is_start(byte))
+        stray.bytes[stray.count++] = byte;
+    else
+        tell_stray(stray);
 }
 
 }  // namespace
@@ -187,10 +232,14 @@ void frame_receive_byte(std::uint8_t byte) {
 void handle_frame() {
     if (is_selection() || !module_selected.load())
         (is_sound() ? frames_good : frames_bad).fetch_add(1, std::memory_order_relaxed);
-    if (is_selection())
+    if (is_selection()) {
+        tell_frame(FrameFate::good);
         select_module();
-    else if (module_selected.load())
+    } else if (module_selected.load()) {
         answer_frame_now();
+    } else {
+        tell_frame(is_sound() ? FrameFate::not_selected : FrameFate::wrong_sum);
+    }
     // A limit that still runs does so without harm: the next start byte sets it anew.
     FrameProgress seen = frame_progress.load();
     while (!frame_progress.compare_exchange_weak(seen, {FrameState::start, seen.frame_timeout})) {
@@ -207,10 +256,13 @@ TurnWait framed_turn() {
         const auto most = std::min(bytes.size(), static_cast<std::size_t>(queued));
         const int got = com_read(std::span(bytes).first(most));
         if (got <= 0) return TurnWait::fault;
+        StrayBytes stray{};
         for (const std::uint8_t byte : std::span(bytes).first(static_cast<std::size_t>(got))) {
+            note_stray(stray, byte);
             frame_receive_byte(byte);
             if (frame_progress.load().frame_state == FrameState::complete) handle_frame();
         }
+        tell_stray(stray);
     }
     if (static_cast<std::size_t>(queued) > bytes.size()) return TurnWait::none;
     if (queued > 0 && frame_progress.load().frame_state != FrameState::start)

@@ -7,7 +7,7 @@ wrong, an explanation, then blocks of indented lines:
     feed:      a stream, fed to a fresh module
     scenario:  a scenario instead
     kit:       a kit instead, checked by orvanel42-kit
-    file NAME: a file that the others use
+    file NAME: a file that the others use, beside empty.pbm, the picture of an empty glass
     says:      all that is said, without the name of the file
     cure:      the same without the mistake, of which nothing is said
 
@@ -79,6 +79,7 @@ def main():
         form = next(f for f in ("feed", "scenario", "kit") if f in mistake.blocks)
         with tempfile.TemporaryDirectory(prefix="mistake-") as name:
             folder = pathlib.Path(name)
+            (folder / "empty.pbm").write_bytes(b"P4 240 128\n" + bytes(240 * 128 // 8))
             for block, lines in mistake.blocks.items():
                 if block.startswith("file "):
                     (folder / block[5:]).write_text("\n".join(lines) + "\n", encoding="utf-8")

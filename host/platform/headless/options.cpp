@@ -16,7 +16,8 @@ constexpr int max_jobs = 256;
 
 TakeValue takes_file(TraceOptions& trace, TraceForm form) {
     return [&trace, form](const std::string& file) {
-        trace = {form, file, trace.strictness};
+        trace.form = form;
+        trace.file = file;
         return std::string();
     };
 }
@@ -96,6 +97,12 @@ std::vector<Option> options_into(Options& options) {
          .help = "The same as one JSON object a line",
          .value_name = "FILE",
          .excludes = {"--trace"}},
+        {.names = "--trace-layers",
+         .place = TakeValue([&options](const std::string& list) {
+             return take_layers(list, options.session.trace.layers);
+         }),
+         .help = "What the trace shows, of wire,command,touch,answer; all without it",
+         .value_name = "LIST"},
         {.names = "--strict",
          .place = &options.strict,
          .help = "A remark makes the run fail, with =hints a hint does too, whether or not a trace "

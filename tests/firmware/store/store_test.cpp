@@ -42,7 +42,10 @@ std::string run_ticks(const Bytes& stream, int ticks,
     int sleeps = 0, ticked = 0;
     shutdown_requested = false;
     fake_platform.on_sleep = [&] {
-        if (++sleeps == 1) return rx_pipe_put_block(stream);
+        if (++sleeps == 1) {
+            rx_pipe_put_block(stream);
+            return;
+        }
         if (sleeps % 8 != 0) return;
         if (ticked == ticks) {
             shutdown_requested = true;
