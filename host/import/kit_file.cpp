@@ -5,6 +5,7 @@
 #include "kit/stream.h"
 
 #include <exception>
+#include <functional>
 #include <string_view>
 #include <utility>
 
@@ -29,13 +30,22 @@ std::string text_of(Faults faults, std::string_view folder) {
     return text;
 }
 
-std::string build(const std::string& path, Bytes& stream) {
-    Faults faults;
-    const Built built = build_kit(
-        path, {-1, -1, -1}, [](const std::string&) {}, faults);
-    if (faults.empty()) stream = stream_of(built.kit, built.image, faults);
-    const std::size_t name_at = path.rfind('/') + 1;  // 0 without a slash
-    return text_of(std::move(faults), std::string_view(path).substr(0, name_at));
+/// Builds a kit, and has `use` take what it wants of it. Its first faults, each with its place.
+std::string build(const std::string& path,
+                  const std::function<void(const Built&, Faults& faults)>& use) {
+    try {
+        Faults faults;
+        const Built built = build_kit(
+            path, {-1, -1, -1}, [](const std::string&) {}, faults);
+        if (faults.empty()) use(built, faults);
+        const std::size_t name_at = path.rfind('/') + 1;  // 0 without a slash
+        return text_of(std::move(faults), std::string_view(path).substr(0, name_at));
+    } catch (const Fault& fault) {
+        return message_of(fault);
+    } catch (const std::exception& fault) {
+        // The system has no memory left.
+        return path + ": " + fault.what();
+    }
 }
 
 }  // namespace
@@ -48,14 +58,17 @@ std::string png_bitmap(std::span<const std::uint8_t> file, std::vector<std::uint
 }
 
 std::string kit_stream(const std::string& path, std::vector<std::uint8_t>& stream) {
-    try {
-        return build(path, stream);
-    } catch (const Fault& fault) {
-        return message_of(fault);
-    } catch (const std::exception& fault) {
-        // The system has no memory left.
-        return path + ": " + fault.what();
-    }
+    return build(path, [&stream](const Built& built, Faults& faults) {
+        Bytes built_stream = stream_of(built.kit, built.image, faults);
+        if (faults.empty()) stream = std::move(built_stream);
+    });
+}
+
+std::string kit_image(const std::string& path, std::vector<std::uint8_t>& image, int& memory) {
+    return build(path, [&image, &memory](const Built& built, Faults& /*faults*/) {
+        image = built.image;
+        memory = built.kit.memory;
+    });
 }
 
 }  // namespace orvanel

@@ -23,4 +23,7 @@ std::string png_bitmap(std::span<const std::uint8_t> file, std::vector<std::uint
 /// else its first faults, each with its place, one a line.
 std::string kit_stream(const std::string& path, std::vector<std::uint8_t>& stream);
 
+/// Builds a kit into its image, and the size of the memory that it asks for. Result as above.
+std::string kit_image(const std::string& path, std::vector<std::uint8_t>& image, int& memory);
+
 }  // namespace orvanel

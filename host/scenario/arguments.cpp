@@ -143,6 +143,17 @@ std::string take_where(std::string_view& rest, TextWhere& where) {
     }
 }
 
+std::string take_part(std::string_view& rest, ScreenPart& part) {
+    for (;;) {
+        std::string_view ahead = rest;
+        const std::string_view word = take_word(ahead);
+        if (word != "in" && word != "except") return {};
+        rest = ahead;
+        DrawArea& area = word == "in" ? part.inside.emplace() : part.except.emplace_back();
+        if (std::string fault = take_rectangle(rest, area); !fault.empty()) return fault;
+    }
+}
+
 std::string take_target(std::string_view& rest, const Argument& a, Target& target) {
     if (trimmed(rest).empty()) return "what to touch is missing";
     if (trimmed(rest).front() == '"') {
@@ -241,6 +252,8 @@ std::string take_argument(std::string_view& rest, const Argument& a, Arguments& 
         return take_module_text(rest, into.bytes, a.least == 0);
     case Take::where:
         return take_where(rest, into.where);
+    case Take::part:
+        return take_part(rest, into.part);
     case Take::goal:
         return take_goal(rest, a, into);
     }

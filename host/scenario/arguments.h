@@ -4,6 +4,7 @@
 
 #include "firmware/core/ground/draw_area.h"
 #include "host/bridge/bridge.h"
+#include "host/scenario/expectations.h"
 #include "host/scenario/picture.h"
 
 #include <cstdint>
@@ -35,6 +36,7 @@ enum class Take : std::uint8_t {
     lasting,  // `for MS` or nothing, then `otherwise`
     text,     // "TEXT" as codes of the module, into `bytes`; may be empty if `least` is 0
     where,    // `in X1 Y1 X2 Y2`, `near "TEXT"`, `whole`, `in any phase`: any of these
+    part,     // `in X1 Y1 X2 Y2` and any number of `except X1 Y1 X2 Y2`
     goal,     // `to VALUE`, `to PERCENT %`, or `to X Y` from a dot
 };
 
@@ -82,6 +84,7 @@ struct Arguments {
     bool percent;
     Target target;
     TextWhere where;
+    ScreenPart part;
     std::int64_t within_ms;
     BridgeMessage message;
 };

@@ -19,7 +19,9 @@
 #include "host/scenario/expectations.h"
 #include "host/scenario/hints.h"
 #include "host/scenario/module_tables.h"
+#include "host/scenario/received.h"
 #include "host/scenario/report.h"
+#include "host/scenario/sources.h"
 #include "host/scenario/text_commands.h"
 #include "host/scenario/touch_commands.h"
 #include "host/scenario/waits.h"
@@ -173,12 +175,29 @@ void expect_answers_now(const Arguments& a) {
 
 void expect_screen_now(const Arguments& a) {
     hint_on_screen(a.path, a.shown);
-    expect_screen(a.path, a.shown);
+    expect_screen(a.path, a.shown, a.part);
 }
 
 void allow(const Arguments& a) {
     const std::string fault = allow_next(a.word);
     if (!fault.empty()) report_fault(wrong_line, fault);
+}
+
+void print_screen_hash(const Arguments& a) {
+    constexpr std::uint64_t start = 0xCBF29CE484222325U, prime = 0x100000001B3U;  // FNV-1a
+    std::uint64_t hash = start;
+    for (const std::uint8_t byte : take_glass(a.shown))
+        hash = (hash ^ byte) * prime;
+    print_line("screen-hash " + hex_digits(static_cast<std::uint32_t>(hash >> 32), 8) +
+               hex_digits(static_cast<std::uint32_t>(hash), 8));
+}
+
+void include(const Arguments& a) { include_scenario(a.path); }
+
+void await_received(const Arguments& a) { wait_for_received(a.bytes, a.within_ms); }
+
+void set_line_speed(const Arguments& a) {
+    if (has_simulated_line()) set_line_speed_baud(static_cast<std::int32_t>(a.number));
 }
 
 void expect_line_now(const Arguments& a) {
@@ -192,7 +211,7 @@ void await_line(const Arguments& a) {
 void await_answers(const Arguments& a) { wait_for_answers(a.bytes, a.within_ms); }
 
 void await_screen(const Arguments& a) {
-    ScreenExpectation expectation{a.path, a.shown, {}};
+    ScreenExpectation expectation{a.path, a.shown, a.part, {}};
     if (load_expectation(expectation)) wait_for_screen(expectation, a.within_ms);
 }
 
@@ -240,6 +259,8 @@ constexpr Argument place{Take::place, 0, 255, 0};
 constexpr Argument three_hex{Take::message, 0, 0, required};
 constexpr Argument setting_name{Take::word, 0, 0, required};
 constexpr Argument target{Take::target, 0, 255, required};
+constexpr Argument part{Take::part, 0, 0, required};
+constexpr Argument line_speed_baud{Take::number, 0, 1'000'000, required};
 constexpr Argument module_text_or_none{Take::text, 0, 0, required};
 constexpr Argument text{Take::text, 1, 0, required};
 constexpr Argument where{Take::where, 0, 0, required};
@@ -258,12 +279,14 @@ constexpr Argument number_or(std::int64_t otherwise, std::int64_t most) {
 constexpr ScenarioCommand commands[]{
     {"scenario",       "1",                                {number(max_version)},   check_version},
     {"allow",          "NAME",                             {setting_name},           allow},
+    {"include", "PATH", {path}, include},
     {"send",           "BYTES",                            {bytes},                  send},
     {"answers",        "",                                 {},                       print_answers},
     {"port",           "N",                                {number(max_com_ports)}, port},
     {"protocol",       "0 or 1",                           {number(1)},              protocol},
     {"line",           "BYTES",                            {bytes},                  line},
     {"line-answers",   "",                                 {},                       print_line_sent},
+    {"line-speed", "BAUD", {line_speed_baud}, set_line_speed},
     {"cts",            "0 or 1",                           {number(1)},              cts},
     {"rts",            "",                                 {},                       print_rts},
     {"touch",          "X Y",                              {dot},                    touch},
@@ -289,10 +312,12 @@ constexpr ScenarioCommand commands[]{
     {"window",         "FILE.png",                        {png_file},              save_window_command},
     {"expect-answers", "BYTES",                            {bytes},                  expect_answers_now},
     {"expect-line",    "BYTES",                            {bytes},                  expect_line_now},
-    {"expect-screen",  "FILE [main or flash]",             {picture, shown},         expect_screen_now},
+    {"expect-screen", "FILE [main or flash] [in X1 Y1 X2 Y2] [except X1 Y1 X2 Y2]...", {picture, shown, part}, expect_screen_now},
+    {"screen-hash", "[main or flash]", {shown}, print_screen_hash},
     {"await-answers",  "BYTES [within MS]",                {bytes, within},          await_answers},
     {"await-line",     "BYTES [within MS]",                {bytes, within},          await_line},
-    {"await-screen",   "FILE [main or flash] [within MS]", {picture, shown, within}, await_screen},
+    {"await-screen", "FILE [main or flash] [in X1 Y1 X2 Y2] [except X1 Y1 X2 Y2]... [within MS]", {picture, shown, part, within}, await_screen},
+    {"await-received", "BYTES [within MS]", {bytes, within}, await_received},
     {"ports",          "",                                {},                      print_ports},
     {"backlight",      "",                                {},                      print_backlight},
     {"title",          "",                                {},                      print_title},

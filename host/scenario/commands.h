@@ -12,7 +12,7 @@
 
 namespace orvanel {
 
-constexpr std::size_t max_arguments = 3;
+constexpr std::size_t max_arguments = 4;
 
 struct ScenarioCommand {
     std::string_view name;

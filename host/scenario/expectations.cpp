@@ -44,7 +44,30 @@ std::string written_line(const std::string& path, const std::string& fault) {
 
 std::string write_actual(const std::string& path, const BitPlane& actual) {
     const std::string beside = path_beside(path, ".actual");
+    note_fault_file(beside);
     return written_line(beside, write_picture(beside, actual));
+}
+
+bool is_whole_glass(const ScreenPart& part) { return !part.inside && part.except.empty(); }
+
+bool holds(const DrawArea& area, int x, int y) {
+    return x >= area.x1 && x <= area.x2 && y >= area.y1 && y <= area.y2;
+}
+
+/// The expected picture where it is compared, and what the glass shows elsewhere.
+BitPlane expected_part(const ScreenExpectation& expectation, const BitPlane& actual) {
+    BitPlane expected = *expectation.dots;
+    const ScreenPart& part = expectation.part;
+    if (is_whole_glass(part)) return expected;
+    for (int y = 0; y < screen_height; ++y)
+        for (int x = 0; x < screen_width; ++x) {
+            const bool compared = (!part.inside || holds(*part.inside, x, y)) &&
+                                  std::ranges::none_of(part.except, [x, y](const DrawArea& area) {
+                                      return holds(area, x, y);
+                                  });
+            if (!compared) plane_put(expected.data(), x, y, plane_get(actual.data(), x, y));
+        }
+    return expected;
 }
 
 }  // namespace
@@ -89,16 +112,20 @@ bool load_expectation(ScreenExpectation& expectation) {
 }
 
 bool glass_shows(const ScreenExpectation& expectation) {
-    return expectation.dots && glass_is(*expectation.dots, expectation.shown);
+    if (!expectation.dots) return false;
+    if (is_whole_glass(expectation.part)) return glass_is(*expectation.dots, expectation.shown);
+    const BitPlane actual = take_glass(expectation.shown);
+    return expected_part(expectation, actual) == actual;
 }
 
 void miss_screen(const ScreenExpectation& expectation, const std::string& occasion) {
     if (picture_options.update || !expectation.dots)
         return save_screen(expectation.path, expectation.shown);
-    const BitPlane& expected = *expectation.dots;
     const BitPlane actual = take_glass(expectation.shown);
+    const BitPlane expected = expected_part(expectation, actual);
     const Difference difference = compare_pictures(expected, actual);
     const std::string beside = path_beside(expectation.path, ".diff");
+    note_fault_file(beside);
     report_fault(expectation_failed,
                  occasion + expectation.path + ": " +
                      explain_difference(difference, expected, actual) +
@@ -106,9 +133,9 @@ void miss_screen(const ScreenExpectation& expectation, const std::string& occasi
                      written_line(beside, write_difference(beside, expected, actual)));
 }
 
-void expect_screen(const std::string& path, Shown shown) {
+void expect_screen(const std::string& path, Shown shown, const ScreenPart& part) {
     if (is_to_be_written(path)) return save_screen(path, shown);
-    ScreenExpectation expectation{path, shown, {}};
+    ScreenExpectation expectation{path, shown, part, {}};
     if (load_expectation(expectation) && !glass_shows(expectation))
         miss_screen(expectation, "another screen than ");
 }

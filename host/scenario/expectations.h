@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvanel {
 
@@ -22,10 +23,17 @@ struct PictureOptions {
 };
 extern PictureOptions picture_options;
 
+/// The part of the glass that is compared.
+struct ScreenPart {
+    std::optional<DrawArea> inside;  // none: the whole glass
+    std::vector<DrawArea> except;    // left out, corners included
+};
+
 /// A picture that the glass is to show.
 struct ScreenExpectation {
     std::string path;  // of the file that holds it
     Shown shown;
+    ScreenPart part;
     std::optional<BitPlane> dots;  // none: there is no picture yet, and whatever shows is written
 };
 
@@ -39,7 +47,7 @@ void expect_line(std::span<const std::uint8_t> expected);
 void save_screen(const std::string& path, Shown shown);
 
 /// Compares with the file, or writes it, as picture_options say.
-void expect_screen(const std::string& path, Shown shown);
+void expect_screen(const std::string& path, Shown shown, const ScreenPart& part);
 
 /// Reads the picture. False, and reported, if there is none to compare with and none is to be
 /// written.

@@ -96,7 +96,7 @@ void mark_menu_item(int /*id*/, bool /*marked*/) {}
 void open_popup_menu(PixelPoint /*at*/) {}
 
 void open_dialog(const Dialog& dialog, std::optional<PixelPoint> /*at*/) {
-    print_line("dialog " + std::to_string(dialog.id) + " " + text_piece(dialog.title));
+    print_event("dialog " + std::to_string(dialog.id) + " " + text_piece(dialog.title));
 }
 
 void close_dialog() {}
@@ -108,9 +108,9 @@ void set_clipboard(std::span<const std::uint8_t> dib) {
     memory_window.clipboard.assign(dib.begin(), dib.end());
 }
 
-void start_program(const std::string& command) { print_line("start " + text_piece(command)); }
+void start_program(const std::string& command) { print_event("start " + text_piece(command)); }
 
-void show_help(const std::string& path) { print_line("help " + text_piece(path)); }
+void show_help(const std::string& path) { print_event("help " + text_piece(path)); }
 
 bool open_ports_panel(PixelPoint /*at*/) { return true; }
 

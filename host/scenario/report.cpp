@@ -11,12 +11,14 @@
 #include <charconv>
 #include <cstdio>
 #include <system_error>
+#include <utility>
 
 namespace orvanel {
 
 constinit std::string_view scenario_name{};
 constinit int scenario_line = 0;
 constinit int fault_record_fd = -1;
+constinit const OutputSink* output_sink = nullptr;
 
 namespace {
 
@@ -24,7 +26,9 @@ constexpr std::string_view end_record = "end\n";
 constexpr std::array<int, 4> by_weight{all_well, expectation_failed, gave_up, wrong_line};
 
 constinit int status_so_far = all_well;
+constinit int wrong_faults = 0;
 constinit bool output_failed = false;
+constinit std::vector<std::string> fault_files{};
 
 auto weight_of(int status) { return std::find(by_weight.begin(), by_weight.end(), status); }
 
@@ -47,7 +51,7 @@ bool take_field(std::string_view& rest, char behind, std::int64_t& value) {
 
 }  // namespace
 
-void print_line(std::string_view line) {
+void put_line(std::string_view line) {
     const bool written = std::fwrite(line.data(), 1, line.size(), stdout) == line.size() &&
                          std::fputc('\n', stdout) != EOF && std::fflush(stdout) == 0;
     if (written || output_failed) return;
@@ -55,13 +59,38 @@ void print_line(std::string_view line) {
     report_fault(wrong_line, "can't write to standard output: " + errno_text());
 }
 
+void print_line(std::string_view line) {
+    if (output_sink != nullptr)
+        output_sink->printed(line);
+    else
+        put_line(line);
+}
+
+void print_event(std::string_view line) {
+    if (output_sink != nullptr)
+        output_sink->event(line);
+    else
+        put_line(line);
+}
+
+void note_fault_file(const std::string& path) { fault_files.push_back(path); }
+
 void report_fault(int status, std::string_view text) {
     status_so_far = worse_status(status_so_far, status);
+    if (status == wrong_line) ++wrong_faults;
     const Fault fault{status, scenario_line, std::string(text)};
+    const std::vector<std::string> files = std::exchange(fault_files, {});
+    if (output_sink != nullptr && !output_failed) return output_sink->fault(fault, files);
     tell_user(fault_message(scenario_name, fault));
     write_record(std::to_string(status) + " " + std::to_string(fault.line) + " " +
                  std::to_string(text.size()) + "\n" + fault.text);
 }
+
+void count_fault(int status) { status_so_far = worse_status(status_so_far, status); }
+
+int wrong_lines() { return wrong_faults; }
+
+bool output_is_gone() { return output_failed; }
 
 int fault_status() { return status_so_far; }
 

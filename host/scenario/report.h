@@ -23,6 +23,18 @@ struct Fault {
 
 constexpr int brings_its_place = -1;  // the text begins with `FILE:LINE:` and the kind of fault
 
+/// Takes what is printed and told in place of the standard streams, for a program that reads
+/// answers (json_answers.h). `files` are the pictures that were written about the fault.
+struct OutputSink {
+    void (*printed)(std::string_view line);
+    void (*event)(std::string_view line);
+    void (*fault)(const Fault& fault, const std::vector<std::string>& files);
+};
+extern const OutputSink* output_sink;  // null: there is none
+
+/// Puts a line on standard output, whatever sink there is.
+void put_line(std::string_view line);
+
 /// The scenario's file as the user named it (whoever sets it keeps the text alive), and the line
 /// that runs.
 extern std::string_view scenario_name;
@@ -34,9 +46,24 @@ extern int fault_record_fd;
 /// Puts one line on standard output at once. A line that can't be written is a fault.
 void print_line(std::string_view line);
 
+/// The same for what nobody has asked for: a message, a beep, a dialog.
+void print_event(std::string_view line);
+
+/// A picture that was written about the fault which is told next.
+void note_fault_file(const std::string& path);
+
+/// Lets a fault that is told elsewhere count for the exit status.
+void count_fault(int status);
+
 /// Tells a fault of the running line, or of the whole scenario while scenario_line is 0, on
 /// standard error.
 void report_fault(int status, std::string_view text);
+
+/// How many faults there were that a wrong line makes.
+int wrong_lines();
+
+/// Whether standard output has refused a line.
+bool output_is_gone();
 
 /// The status that the faults so far make.
 int fault_status();

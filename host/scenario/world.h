@@ -49,6 +49,10 @@ int line_queued();
 /// What has left on the line and was not taken yet.
 std::vector<std::uint8_t>& line_sent();
 
+/// The speed at which the peer's bytes come in, in bits a second with ten for each byte; 0, as at
+/// the start, for at once.
+void set_line_speed_baud(std::int32_t baud);
+
 /// The peer's CTS, on at the start.
 void set_line_cts(bool on);
 

@@ -297,6 +297,19 @@ void tell_finding(const Finding& finding, int scenario_line) {
     if (running != nullptr) write_finding(running->mistakes_of_host, finding, scenario_line);
 }
 
+std::vector<Mistake> take_mistakes(std::size_t& unkept) {
+    std::vector<Mistake> taken;
+    if (running == nullptr) return taken;
+    for (Mistakes* mistakes :
+         {&running->mistakes, &running->mistakes_of_link, &running->mistakes_of_host}) {
+        std::erase_if(mistakes->list, is_allowed);
+        std::move(mistakes->list.begin(), mistakes->list.end(), std::back_inserter(taken));
+        unkept += mistakes->unkept;
+        *mistakes = {};
+    }
+    return taken;
+}
+
 TraceFaults finish_trace() {
     if (running == nullptr) return {};
     trace_listener = nullptr;
@@ -309,13 +322,7 @@ TraceFaults finish_trace() {
     if (running->write_fault != 0)
         faults.unwritten =
             "can't write " + running->options.file + ": " + errno_text(running->write_fault);
-    for (Mistakes* mistakes :
-         {&running->mistakes, &running->mistakes_of_link, &running->mistakes_of_host}) {
-        std::erase_if(mistakes->list, is_allowed);
-        std::move(mistakes->list.begin(), mistakes->list.end(),
-                  std::back_inserter(faults.mistakes));
-        faults.unkept += mistakes->unkept;
-    }
+    faults.mistakes = take_mistakes(faults.unkept);
     forget_places();
     running.reset();
     return faults;

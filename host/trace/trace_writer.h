@@ -68,6 +68,10 @@ struct TraceFaults {
     std::size_t unkept;             // further ones
 };
 
+/// The mistakes since the last call, and how many more there were; finish_trace gives what is left.
+/// Only while the module stands still and nothing comes in on the line.
+std::vector<Mistake> take_mistakes(std::size_t& unkept);
+
 /// Writes what is unfinished. After the firmware's end.
 TraceFaults finish_trace();
 

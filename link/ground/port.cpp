@@ -28,6 +28,7 @@ constinit std::atomic<FrameProgress> frame_progress{{FrameState::start, 0}};
 constinit std::atomic<std::uint8_t> frame_timeout_reload{0};
 constinit std::atomic<std::uint8_t> packet_size{0};
 constinit std::atomic<std::uint64_t> line_bytes_in{0};
+constinit std::array<std::atomic<std::uint8_t>, 65536> line_bytes_seen{};
 constinit std::atomic<std::uint64_t> line_bytes_out{0};
 constinit std::atomic<std::uint64_t> frames_good{0};
 constinit std::atomic<std::uint64_t> frames_bad{0};

@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -63,6 +64,11 @@ extern std::atomic<std::uint8_t> packet_size;
 /// What has passed since the program started: bytes of either mode; frames with a right checksum
 /// that could be taken, and others.
 extern std::atomic<std::uint64_t> line_bytes_in;
+
+/// The bytes that came in last, the one that line_bytes_in counts as n at n - 1 modulo the size.
+/// The link writes them before it counts them.
+extern std::array<std::atomic<std::uint8_t>, 65536> line_bytes_seen;
+
 extern std::atomic<std::uint64_t> line_bytes_out;
 extern std::atomic<std::uint64_t> frames_good;
 extern std::atomic<std::uint64_t> frames_bad;

@@ -261,7 +261,12 @@ int com_queued_in() { return serial_queued_in(line); }
 
 int com_read(std::span<std::uint8_t> into) {
     const int n = serial_read(line, into);
-    if (n > 0) add(line_bytes_in, n);
+    if (n <= 0) return n;
+    const std::uint64_t count = line_bytes_in.load(std::memory_order_relaxed);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i)
+        line_bytes_seen[(count + i) % line_bytes_seen.size()].store(into[i],
+                                                                    std::memory_order_relaxed);
+    add(line_bytes_in, n);
     return n;
 }
 

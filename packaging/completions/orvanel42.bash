@@ -6,8 +6,8 @@ _orvanel42() {
     case $program in
     orvanel42) options="--dir --image --mem --serial --protocol --new-instance --help --version" ;;
     orvanel42-headless)
-        options="--dir --image --mem --save-image --realtime --serial --protocol --update
-            --update-missing --out --junit --trace --trace-json --trace-layers --strict --jobs --commands --help --version" ;;
+        options="--dir --image --mem --kit --save-image --realtime --serial --protocol --update
+            --json --update-missing --out --junit --trace --trace-json --trace-layers --strict --jobs --commands --help --version" ;;
     orvanel42-terminal) options="--dir --send --hex --file --answers --quiet --help --version" ;;
     orvanel42-kit)
         options="--output --image-length --crc --stream-length --quiet --help --version"

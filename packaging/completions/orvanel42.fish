@@ -12,6 +12,8 @@ for program in orvanel42 orvanel42-headless
     complete -c $program -l protocol -x -a 'plain pactlink' -d 'What the line speaks in this run'
 end
 complete -c orvanel42 -l new-instance -d 'Start another module'
+complete -c orvanel42-headless -l kit -r -d 'Build a kit and load its image'
+complete -c orvanel42-headless -l json -d 'Answer a program in JSON'
 complete -c orvanel42-headless -l save-image -r -d 'Write the image at the end'
 complete -c orvanel42-headless -l realtime -d 'On the real clock'
 complete -c orvanel42-headless -l update -d 'Write the expected pictures'

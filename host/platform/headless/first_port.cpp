@@ -18,7 +18,8 @@ std::string open_first_port() {
         tell_user("orvanel42-headless: error: " + fault);
         return {};
     }
-    if (const std::string name = new_peer_name(serial); !name.empty()) print_line("serial " + name);
+    if (const std::string name = new_peer_name(serial); !name.empty())
+        print_event("serial " + name);
     // Standard output is the module's from here on.
     if (fault.empty() && serial == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
     return fault;

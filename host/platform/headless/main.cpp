@@ -27,6 +27,7 @@ std::string lock_and_load(const Options& options) {
     std::string fault;
     if (!options.folder.empty() && lock_folder(options.folder, fault) != FolderLock::taken)
         return fault;
+    if (!options.kit.empty()) return load_kit(options.kit);
     return load_memory(options.folder, options.image, options.mem_kib,
                        options.session.serial.empty() ? WithoutImage::demo : WithoutImage::blank);
 }

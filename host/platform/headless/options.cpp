@@ -49,6 +49,11 @@ std::vector<Option> options_into(Options& options) {
          .value_name = "32|64",
          .one_of = {32, 64},
          .excludes = {"--dir"}},
+        {.names = "--kit",
+         .place = &options.kit,
+         .help = "Build the kit FILE and load its image; the EEPROM has the size that it asks for",
+         .value_name = "FILE",
+         .excludes = {"--dir", "--image", "--mem"}},
         {.names = "--save-image",
          .place = &options.session.save_image,
          .help = "At the end write the EEPROM image to FILE, if it was programmed",
@@ -115,6 +120,10 @@ std::vector<Option> options_into(Options& options) {
          .help = "Run N scenarios side by side",
          .value_name = "N",
          .range = {1, max_jobs}},
+        {.names = "--json",
+         .place = &options.session.json,
+         .help = "Answer each line of the scenario with one JSON object on one line, for a program "
+                 "that drives the module through standard input and output"},
         {.names = "--commands",
          .place = &options.commands,
          .help = "Print the reference of the module's command language and end"},
@@ -164,7 +173,12 @@ std::pair<std::string, std::string> clash_in(const Options& options) {
     if (options.session.serial == "stdio" && scenarios.size() == 1 && scenarios.front() == "-")
         return {"SCENARIO", "standard input is the line: name a file"};
     if (auto clash = output_clash(options); !clash.first.empty()) return clash;
+    if (scenarios.size() == 1 && options.session.json && scenarios.front().empty())
+        return {"--json", "answers the lines of a scenario: name one, or - for standard input"};
+    if (options.session.json && options.session.serial == "stdio")
+        return {"--json", "standard output is the line"};
     if (scenarios.size() == 1) return {};
+    if (options.session.json) return {"--json", "answers the lines of one scenario"};
     if (!options.session.save_image.empty())
         return {"--save-image", "takes the image of one scenario"};
     if (!options.folder.empty()) return {"--dir", "is the folder of one scenario"};

@@ -12,6 +12,7 @@ namespace orvanel {
 struct Options {
     std::string folder;  // the program's folder; empty for none
     std::string image;   // file of the EEPROM image; empty: a blank one. Not with a folder
+    std::string kit;     // file of a kit to take the image from; empty for none
     int mem_kib;         // 32 or 64. Not with a folder
     std::string junit;
     int jobs;

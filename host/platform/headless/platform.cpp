@@ -32,10 +32,10 @@ void paint_window(PixelRect) {}
 void set_fade_timer(bool runs) { next_fade_us = runs ? clock_us() + fade_step_us : never; }
 
 void open_message_box(MessageOf whose, std::string_view caption, std::string_view text) {
-    print_line("message " + text_piece(caption) + " " + text_piece(text));
+    print_event("message " + text_piece(caption) + " " + text_piece(text));
     if (whose == MessageOf::module) message_closed();
 }
 
-void sound_beep() { print_line("beep"); }
+void sound_beep() { print_event("beep"); }
 
 }  // namespace orvanel

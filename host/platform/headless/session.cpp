@@ -7,6 +7,7 @@
 #include "host/program/image_file.h"
 #include "host/program/program_folder.h"
 #include "host/scenario/hints.h"
+#include "host/scenario/json_answers.h"
 #include "host/scenario/memory_window.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
@@ -45,6 +46,7 @@ void end_trace() {
     scenario_line = 0;  // what is wrong with the trace is the fault of no line
     const TraceFaults faults = finish_trace();
     if (!faults.unwritten.empty()) report_fault(wrong_line, faults.unwritten);
+    if (answers_in_json()) return answer_mistakes(faults.mistakes, faults.unkept);
     scenario_line = brings_its_place;
     for (const Mistake& mistake : faults.mistakes)
         report_fault(expectation_failed, words_of(mistake, std::string(scenario_name)));
@@ -69,6 +71,7 @@ int run_session(const std::string& name) {
         dress_window();
     }
     const std::string fault = open_scenario(name);
+    if (session_options.json) start_answers();
     start_trace(session_options.trace, clock_us);
     if (!no_view.empty())
         report_fault(wrong_line, no_view);
@@ -81,6 +84,7 @@ int run_session(const std::string& name) {
     stop_feed();
     end_trace();
     save_all();
+    end_answers(fault_status());
     write_end_record();
     return fault_status();
 }

@@ -14,6 +14,7 @@ struct SessionOptions {
     std::string serial;      // what stands behind COM1, in real time; empty: what the settings say
     PictureOptions pictures;
     TraceOptions trace;
+    bool json;  // answers go to a program, one object for each line
 };
 
 /// Set before run_session (session.h), then left alone.

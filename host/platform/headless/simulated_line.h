@@ -13,7 +13,8 @@ namespace orvanel {
 /// served at once.
 extern const SerialLines simulated_lines;
 
-/// Bytes that wait to be read. RTS, and the speed in bits a second: false and 0 while it is closed.
+/// Bytes that wait to be read, or are still on their way. RTS, and the speed in bits a second:
+/// false and 0 while it is closed.
 int simulated_queued();
 bool simulated_rts();
 std::int32_t simulated_baud();

@@ -2,6 +2,7 @@
 
 #include "firmware/store/ground/eeprom.h"
 #include "host/import/file_kind.h"
+#include "host/import/kit_file.h"
 #include "host/import/picture_import.h"
 #include "host/program/demo.h"
 #include "host/program/image_file.h"
@@ -29,6 +30,15 @@ std::string load_memory(const std::string& folder, const std::string& image, int
     if (image.empty()) return {};
     const std::string fault = not_an_image(image);
     return fault.empty() ? load_image(image, size) : fault;
+}
+
+std::string load_kit(const std::string& path) {
+    take_settings("", "");
+    Bytes image;
+    int memory = eeprom_small;
+    const std::string fault = kit_image(path, image, memory);
+    eeprom_reset_to(memory, image);
+    return fault;
 }
 
 std::string prepare_skin() {

@@ -19,6 +19,10 @@ namespace orvanel {
 /// and with status 0.
 bool built_in_data_is_whole();
 
+/// The defaults of the settings, and the image that a kit makes, in an EEPROM of the size that it
+/// asks for. Empty on success, else what is wrong with the kit.
+std::string load_kit(const std::string& path);
+
 /// Settings and image of the folder; without one the defaults, and the image of the file or a blank
 /// one, 32 KiB large unless `mem_kib` is 64. Empty on success, else what can't be read.
 std::string load_memory(const std::string& folder, const std::string& image, int mem_kib,
