@@ -166,6 +166,13 @@ TEST_F(Firmware, a_reset_brings_back_every_word_but_those_that_survive) {
     EXPECT_TRUE(terminal_blank(2, 1));
 }
 
+TEST_F(Firmware, a_terminal_command_brings_the_cursor_back) {
+    for (const auto& command : {bytes("#TP7,7;"), bytes("#T?")}) {
+        run_stream(command);
+        EXPECT_TRUE(cursor_shown) << "its next blink is ticks away";
+    }
+}
+
 TEST_F(Firmware, flashing_and_line_gap_of_strings_are_their_own_and_within_their_bits) {
     run_stream(bytes("#ZB1;#AT0,0,20,20,0,0,x\r#ZY20;"));
     EXPECT_EQ(string_flash, 1) << "a label doesn't flash, and leaves strings as they were";

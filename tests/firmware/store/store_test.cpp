@@ -80,8 +80,9 @@ TEST_F(Store, automatic_macros_step_as_their_modes_say) {
              Case{bytes("#MJ1,3,1;"), "bcdcbcdc"}, Case{bytes("#ME1,3,1;"), "bcd"},
              Case{bytes("#ME3,1,1;"), "dcb"}, Case{bytes("#ME2,2,1;"), "c"},
              Case{bytes("#MG4,3;"), "e"},
-             Case{bytes("#MJ2,2,1;"), "cdefgh"},  // past its one number, and on to 255
-             Case{bytes("#MA6,8,1;"), "ghghgh"},  // macro 8 is empty: skipped with its time
+             Case{bytes("#MG4,9;#ME1,1,1;"), "b"},  // at once, whatever the former one waits for
+             Case{bytes("#MJ2,2,1;"), "cdefgh"},    // past its one number, and on to 255
+             Case{bytes("#MA6,8,1;"), "ghghgh"},    // macro 8 is empty: skipped with its time
          })
         EXPECT_EQ(run_ticks(command, 7), said) << std::string(command.begin(), command.end());
 }
@@ -108,7 +109,7 @@ TEST_F(Store, process_macros_run_after_their_period_one_in_a_pass) {
              Case{bytes("#MD1,3,0,2,1;"), "abcbabc", "to and fro"},
              Case{bytes("#MD1,0,0,1,1;"), "ab", "once"},
              Case{bytes("#MD1,1,0,1,1;"), "ab", "once, too"},
-             Case{bytes("#MD5,2,0,1,1;x"), "", "a number out of range"},
+             Case{bytes("#MD5,2,0,1,1;#MD0,2,0,1,1;#MZ5,1;#MZ0,1;x"), "", "numbers out of range"},
              Case{bytes("#MD1,2,0,1,0;#MZ1,3;"), "ab", "stopped, then given a period"},
              Case{bytes("#MZ1,1;"), "", "never defined"},
              Case{bytes("#MD1,2,0,1,1;#MS0;"), "", "switched off"},
