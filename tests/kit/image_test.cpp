@@ -190,12 +190,15 @@ TEST_F(KitImage, check_tells_what_is_wrong) {
 
 TEST_F(KitImage, diff_tells_in_the_words_of_a_listing) {
     const Bytes before = build("[normal macro 1]\n#DL\n#GP 1,2\n#DS\n[touch macro 2]\n#DL\n").image;
+    put("two.pbm", "P1 4 2 1001 0110");
     const Bytes after = build("[normal macro 1]\n#DL\n#GP 1,20\n#DS\n[touch macro 2]\n#DL\n"
-                              "[menu macro 3]\n#DI\n[bytes 0x7000]\n01 02\n")
+                              "[menu macro 3]\n#DI\n[bytes 0x7000]\n01 02\n"
+                              "[picture 7]\nfile = two.pbm\nsecond = two.pbm\n")
                             .image;
     EXPECT_EQ(difference_of(before, before), "");
     EXPECT_EQ(difference_of(before, after), "- " + summary_of(before) + "\n+ " + summary_of(after) +
                                                 "\n"
+                                                "+ picture 7: 6 bytes, two images of 4 x 2\n"
                                                 "normal macro 1 differs\n"
                                                 "    - #GP 1,2\n"
                                                 "    + #GP 1,20\n"

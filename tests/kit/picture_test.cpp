@@ -108,6 +108,7 @@ TEST(KitPicture, refuses_what_is_damaged_or_too_large_without_taking_memory) {
               "is a BMP with 24 bits a dot; 1 can be read, or a PNG");
     EXPECT_EQ(fault_of(bytes_from("P4 10000 10000\n")),
               "is 10000 x 10000 dots; a picture has 1 to 1048576");
+    EXPECT_EQ(fault_of(bytes_from("P4 0 5\n")), "is 0 x 5 dots; a picture has 1 to 1048576");
     EXPECT_EQ(fault_of(bytes_from("P1 2 2 1 0 1")), "is cut short");
     EXPECT_EQ(fault_of(bytes_from("P1 2 2 1 0 1 x")), "has a dot that is neither 0 nor 1");
     EXPECT_EQ(fault_of({}), "is neither a PNG nor a BMP nor a PBM");

@@ -193,6 +193,7 @@ TEST_F(KitSource, fonts_and_pictures_are_made_as_their_settings_say) {
     put("high.pbm", "P4 8 63 " + std::string(63, '\xAA'));
     const Built built =
         build("[font 1 face]\nfile = a.bdf\ngap = 3\nwidth = 9\nspacing = 2\n"
+              "[font 2 format]\nfile = a.bdf\nformat = 0\n"
               "[picture right]\nfile = two.pbm\npart = 2,0,2,2\n"
               "[picture both]\nfile = two.pbm\npart = 0,0,2,2\nsecond_part = 2,0,2,2\n"
               "[picture dark]\nfile = two.pbm\ninvert = yes\n"
@@ -201,6 +202,7 @@ TEST_F(KitSource, fonts_and_pictures_are_made_as_their_settings_say) {
     EXPECT_EQ(
         item_bytes(built.kit, "face"),
         (Bytes{'F', 'H', '7', 1, 'A', 'A', 9, 4, 19, 0, 3, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0, 0x80, 0}));
+    EXPECT_EQ(item_bytes(built.kit, "format")[3], 0);
     EXPECT_EQ(item_bytes(built.kit, "right"), (Bytes{2, 2, 0x40, 0x80}));
     EXPECT_EQ(item_bytes(built.kit, "both"), (Bytes{2, 0x84, 0x80, 0x40, 0x40, 0x80}));
     EXPECT_EQ(item_bytes(built.kit, "dark"), (Bytes{4, 2, 0x60, 0x90}));
