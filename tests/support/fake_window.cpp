@@ -6,7 +6,7 @@ namespace orvanel {
 
 FakeWindow fake_window{};
 
-void repaint_window() {}
+void repaint_window() { ++fake_window.repaints; }
 void resize_window() {}
 void show_window_frame() { fake_window.outline.reset(); }
 void cut_window(const Outline& outline) { fake_window.outline = outline; }
@@ -33,7 +33,7 @@ void draw_led(int window, PixelPoint at, std::span<const std::uint32_t> pixels) 
 }
 
 // The main thread's part of platform.h.
-void set_fade_timer(bool /*runs*/) {}
+void set_fade_timer(bool runs) { fake_window.fades.push_back(runs); }
 void open_message_box(MessageOf /*whose*/, std::string_view /*caption*/, std::string_view text) {
     fake_window.boxes.emplace_back(text);
 }

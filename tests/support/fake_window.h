@@ -26,6 +26,8 @@ struct FakeWindow {
     std::uint32_t activated;         // the number of another program's window, 0 for none
     std::vector<DrawnLight> lights;  // all that were drawn, the last one last
     int beeps;
+    int repaints;                    // of the whole window
+    std::vector<bool> fades;         // what the fade timer was set to, the last one last
     std::vector<std::string> boxes;  // the texts of all that were opened
 };
 extern FakeWindow fake_window;

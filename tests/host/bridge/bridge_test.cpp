@@ -116,6 +116,8 @@ class Companion : public Bridge {
 
 TEST_F(Bridge, bytes_for_the_module_end_an_automatic_macro) {
     auto_macro_mode.store(1);
+    EXPECT_EQ(send(0x400, 0x4341, 0x42), 0U);
+    EXPECT_EQ(auto_macro_mode.load(), 1) << "a message without bytes brings none";
     EXPECT_EQ(send(0x403, 0x4341, 0x42), 0U);
     EXPECT_EQ(auto_macro_mode.load(), 0);
     for (const char c : {'A', 'B', 'C'})
@@ -199,6 +201,11 @@ TEST_F(Bridge, names_are_put_together_cleared_and_bounded) {
     std::ofstream(path, std::ios::binary) << std::string(2, '\0');
     open_as(path);
     EXPECT_EQ(feed_left(), 7);
+    send(0x40A, 3);
+    EXPECT_EQ(feed_left(), 7) << "nothing is to be done with the name";
+    drain_feed();
+    for (const int byte : {0x1B, int{'U'}, int{'L'}, 0, 0})
+        EXPECT_EQ(rx_pipe_get(), byte) << "at the module's first dot";
     send(0x40A, 1);
     EXPECT_EQ(feed_left(), 2) << "the same name, unchanged";
     open_as('"' + path + '"');

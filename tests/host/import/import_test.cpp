@@ -8,6 +8,8 @@
 #include "host/import/kit_file.h"
 #include "host/import/picture_import.h"
 #include "host/program/program_folder.h"
+#include "host/skin/skin.h"
+#include "host/skin/view.h"
 #include "host/window/ground/boxes.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
@@ -344,6 +346,12 @@ TEST_F(Import, a_dropped_picture_lands_one_dot_off_and_waits_for_no_feed) {
     const Bytes off_glass = all_of_rx();
     EXPECT_EQ(off_glass.size(), 39U) << "the second drop came while the first ran";
     EXPECT_EQ(off_glass[3], 0);
+    ASSERT_EQ(prepare_view(), "");
+    choose_view();
+    drop_file(path, lcd_dib.area.left + 30, lcd_dib.area.top + 20);
+    drain_feed();
+    const Bytes on_glass = all_of_rx();
+    EXPECT_EQ((std::vector<int>{on_glass[3], on_glass[4]}), (std::vector<int>{31, 21}));
     box_opened();
     drop_file(path, -1, -1);
     EXPECT_EQ(feed_left(), 0) << "a box is open";

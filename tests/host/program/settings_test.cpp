@@ -2,6 +2,7 @@
 // live in, and the place of the window.
 
 #include "firmware/store/ground/eeprom.h"
+#include "host/program/image_file.h"
 #include "host/program/ini_file.h"
 #include "host/program/program_folder.h"
 #include "host/program/settings.h"
@@ -222,6 +223,11 @@ TEST_F(Folder, the_image_has_the_size_of_the_settings) {
     EXPECT_TRUE(save_program_folder().empty());
     EXPECT_EQ(fs::file_size(folder / "Orvanel42.bin"), 65536u);
     EXPECT_EQ(get("Orvanel42.bin.bak"), "abc");
+    put("Orvanel42.bin", std::string(65537, 'x'));
+    ASSERT_EQ(open_program_folder(folder.string()), "");
+    EXPECT_NE(image_notice.find("of 65537 bytes only the first 65536"), std::string::npos)
+        << image_notice;
+    image_notice.clear();
 }
 
 // As the firmware's restart leaves a copy of it.

@@ -1,11 +1,13 @@
 // The handshake of a drawing command with the painter, and what else the firmware leaves to the
 // main thread, on a platform whose main thread is the test's own.
 
+#include "firmware/core/roof/device.h"
 #include "firmware/raster/refresh.h"
 #include "host/program/settings.h"
 #include "host/requests/main_requests.h"
 #include "host/requests/painter.h"
 #include "host/skin/view.h"
+#include "host/window/ground/ports_panel.h"
 #include "seam/host_calls.h"
 #include "seam/platform.h"
 #include "tests/support/fake_window.h"
@@ -96,6 +98,30 @@ TEST(MainRequests, each_beep_of_the_module_sounds_once_if_the_user_wants_to_hear
         serve_main_requests();
         EXPECT_EQ(fake_window.beeps, 2);
     }
+}
+
+TEST(MainRequests, the_panel_shows_what_the_module_has_set_meanwhile) {
+    fresh_painter(1);
+    ports_open();
+    fake_window = {};
+    ports_shown = 3;
+    std::thread firmware(show_ports);
+    firmware.join();
+    EXPECT_EQ(main_woken, 1);
+    EXPECT_TRUE(fake_window.lights.empty()) << "the lights are the main thread's";
+    serve_main_requests();
+    EXPECT_EQ(fake_window.lights.size(), ports_on_panel);
+    ports_close();
+}
+
+TEST(HostCalls, one_fade_sets_one_timer_and_each_step_repaints) {
+    fake_window = {};
+    start_fade_timer();
+    start_fade_timer();
+    stop_fade_timer();
+    EXPECT_EQ(fake_window.fades, (std::vector<bool>{true, false}));
+    colours_changed();
+    EXPECT_EQ(fake_window.repaints, 1);
 }
 
 TEST(Painter, sealing_lets_the_waiter_go_on_and_nobody_waits_ever_after) {

@@ -144,6 +144,7 @@ TEST_F(Skin, that_shows_no_dots_is_refused_and_the_old_one_stays) {
     EXPECT_EQ(skin_analyse(small_skin(128)), "");
     EXPECT_EQ(skin_image.scale, 1u);
     EXPECT_EQ(lcd_dib.area.top, 20);
+    EXPECT_EQ(lcd_dib.area.left, 40);
     EXPECT_EQ(key_colour_framed, 0x112233u);
     EXPECT_EQ(key_colour_cut, 0x445566u);
 }
@@ -168,6 +169,33 @@ TEST_F(Skin, glows_with_the_backlight) {
     EXPECT_EQ(lcd_type, 1);
 }
 
+TEST_F(Skin, leaves_no_pixel_unpainted_and_turns_whole) {
+    for (const bool rotated : {false, true})
+        for (const int zoom : {1, 2, 3}) {
+            show(zoom, rotated);
+            EXPECT_EQ(std::ranges::count(composed(), 0u), 0) << zoom << rotated;
+        }
+    const int columns = dib_columns(skin_image), rows = dib_rows(skin_image);
+    for (int y = 0; y < rows; ++y)
+        for (int x = 0; x < columns; ++x)
+            ASSERT_EQ(dib_get(skin_image_rot, rows - 1 - y, x), dib_get(skin_image, x, y));
+}
+
+TEST_F(Skin, is_copied_with_the_dots_of_the_glass) {
+    fill_images(4);
+    for (const bool rotated : {false, true}) {
+        show(1, rotated);
+        Dib copy{};
+        static_cast<Dib&>(copy) = *view_lcd;
+        copy.block = dib_block(*view_lcd);
+        for (int y = 0; y < dib_rows(copy); ++y)
+            for (int x = 0; x < dib_columns(copy); ++x)
+                ASSERT_EQ(dib_row(copy, y)[static_cast<std::size_t>(x / 8)] >> (7 - x % 8) & 1,
+                          is_set(*view_lcd, x, y) ? 1 : 0)
+                    << x << ", " << y << rotated;
+    }
+}
+
 TEST_F(Skin, is_composed_with_the_dots_of_the_present_phase) {
     fill_images(1);
     for (const bool rotated : {false, true})
@@ -189,7 +217,7 @@ TEST_F(Skin, shows_each_of_its_pixels_at_zoom_2_and_their_mean_at_zoom_1) {
                   0xFF000000 | dib_colour(skin_image, dib_get(skin_image, x, y)));
     show(1, false);
     frame = composed();
-    for (const auto& [x, y] : {std::pair{3, 9}, {150, 2}, {291, 163}, {20, 100}}) {
+    for (const auto& [x, y] : {std::pair{3, 9}, {150, 2}, {291, 163}, {291, 80}, {20, 100}}) {
         unsigned green = 2;
         for (int i = 0; i < 4; ++i)
             green +=

@@ -12,7 +12,9 @@
 #include "host/requests/painter.h"
 #include "host/skin/lcd_colours.h"
 #include "host/skin/view.h"
+#include "host/window/ground/dialog.h"
 #include "host/window/ground/menu.h"
+#include "host/window/ground/ports_panel.h"
 #include "host/window/roof/menu_command.h"
 #include "host/window/roof/window_timer.h"
 #include "link/feeds/feeds.h"
@@ -126,6 +128,8 @@ bool all_read() { return feed_left() == 0 && rx_count() == 0; }
 
 // Writes past the end of the image, and a restart, which tells so.
 const std::string overflow = "\x1b&E\xFE\x7F\x04\x00Wabcd\x1b&E\x00\x00\x00\x00J"s;
+
+std::vector<std::uint8_t> bytes_of(std::string_view text) { return {text.begin(), text.end()}; }
 
 /// An open message box that has `word` in its text, none if none is.
 QMessageBox* message_box(const QString& word = {}) {
@@ -316,9 +320,11 @@ TEST_F(Window, shows_the_choice_of_the_dialog_at_once_and_lets_the_menu_wait) {
     ASSERT_NE(dialog(), nullptr);
     EXPECT_EQ(dialog()->windowTitle(), "LCD Custom Type - no standard");
     EXPECT_EQ(dialog()->findChild<QSlider*>("6040")->value(), 100);
+    EXPECT_EQ(dialog()->focusWidget(), dialog()->findChild<QWidget*>("60052"));
     dialog()->findChild<QRadioButton*>("6012")->click();
     EXPECT_EQ(lcd_type, 2);
     dialog()->findChild<QSlider*>("6040")->setValue(0);
+    EXPECT_EQ(dialog_value(6040), 0) << "where the user left it";
     EXPECT_EQ(backlight_light.load().backlight_level, 0);
     menu_command(item_zoom + 2);
     zoom_by_wheel(1);
@@ -335,6 +341,23 @@ TEST_F(Window, shows_the_choice_of_the_dialog_at_once_and_lets_the_menu_wait) {
     dialog()->close();
     EXPECT_EQ(skin_model, custom_model) << "the close box brings nothing back";
     menu_command(item_model);
+    close_window();
+}
+
+TEST_F(Window, fades_and_lights_its_lamps_as_the_module_says) {
+    open_with("");
+    ports_open();
+    QWidget* panel = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->windowTitle() == "OUT-Ports") panel = widget;
+    ASSERT_NE(panel, nullptr);
+    const auto lamp = [panel] { return panel->grab().toImage().pixelColor(12 + 7, 20 + 7); };
+    rx_pipe_put_block(bytes_of("#YH50,#YW1,0,"));
+    EXPECT_TRUE(run_until([&] { return lamp() == QColor(0, 255, 0); }));
+    rx_pipe_put_block(bytes_of("#YW1,1,"));
+    EXPECT_TRUE(run_until([&] { return lamp() == QColor(0, 128, 0); }));
+    EXPECT_TRUE(run_until([] { return backlight_light.load().backlight_level == 50; }));
+    ports_close();
     close_window();
 }
 

@@ -114,6 +114,8 @@ TEST_F(ScenarioProgram, the_window_timer_goes_before_the_scenario) {
     EXPECT_NE(get("err").find("3 wait in rx_pipe, 0 in the feed"), std::string::npos) << get("err");
     // At 100 ms the bytes come and the tick, so the next read sleeps 5 ms before it takes them.
     EXPECT_EQ(printed("feed feed\nsettle\ntime"), "time 125\n");
+    put("one", "x");
+    EXPECT_EQ(printed("feed one\nsettle\ntime"), "time 125\n");
 }
 
 TEST_F(ScenarioProgram, opens_pictures_and_takes_the_messages_of_a_companion) {
@@ -285,6 +287,8 @@ TEST_F(ScenarioProgram, a_wrong_line_ends_the_run_and_says_why) {
         EXPECT_EQ(get("err"), "a.scn:" + std::to_string(number) + ": error: " + fault + "\n");
         EXPECT_EQ(get("out"), "");
     }
+    printed("menu 273\ndialog 0\n", 2);
+    EXPECT_EQ(get("err"), "a.scn:2: error: dialog 6000 has no control 0\n");
 }
 
 TEST_F(ScenarioProgram, what_a_terminal_would_act_on_is_shown_to_the_user_instead) {
@@ -377,6 +381,20 @@ TEST_F(ScenarioProgram, a_trace_tells_what_the_module_did_in_silence) {
         << get("err");
     ASSERT_EQ(run({"--trace", "no/t", "a.scn"}), 2);
     EXPECT_EQ(get("err"), "a.scn: error: can't write no/t: No such file or directory\n");
+}
+
+TEST_F(ScenarioProgram, a_trace_names_the_macro_and_the_crc_of_an_image) {
+    // A length of 9 bytes and no CRC, and normal macro 0, of one byte for the terminal.
+    put("a.scn", "send 1B \"&E\" 00 00 02 00 \"W\" 09 00 1B \"&E\" 30 02 04 00 \"W\" 34 0E 01 00\n"
+                 "send \"#MN0,#SI\"\nsettle\n");
+    ASSERT_EQ(run({"--trace", "t", "a.scn"}), 0) << get("err");
+    const std::string trace = get("t");
+    EXPECT_NE(trace.find(" normal macro 0 FF | \"\\xFF\" | text for the terminal"),
+              std::string::npos)
+        << trace;
+    EXPECT_NE(trace.find(" | the image holds CRC FFFF and has F072 [wrong-crc]\n"),
+              std::string::npos)
+        << trace;
 }
 
 TEST_F(ScenarioProgram, a_trace_parts_text_by_its_source_and_by_64_bytes) {
