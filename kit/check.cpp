@@ -60,7 +60,7 @@ std::string title_of(const MacroId& macro) {
 }
 
 void find_loops(std::span<const std::uint8_t> image, const std::vector<Object>& objects,
-                std::vector<std::string>& findings) {
+                std::vector<Finding>& findings) {
     StartGraph graph;
     for (const Object& object : objects)
         if (is_macro(object.kind) && object.fault.empty())
@@ -74,7 +74,7 @@ void find_loops(std::span<const std::uint8_t> image, const std::vector<Object>& 
         std::string text = title_of(macro) + " starts itself";
         for (std::size_t i = 1; i < way.size(); ++i)
             text += (i == 1 ? ", by way of " : ", ") + title_of(way[i]);
-        findings.push_back(text);
+        findings.push_back({FindingKind::starts_itself, text});
     }
 }
 
@@ -84,8 +84,7 @@ struct Stretch {
     std::string title;
 };
 
-void find_overlaps(const std::vector<Object>& objects, int crc_at,
-                   std::vector<std::string>& findings) {
+void find_overlaps(const std::vector<Object>& objects, int crc_at, std::vector<Finding>& findings) {
     std::vector<Stretch> stretches;
     for (const Object& object : objects)
         if (object.fault.empty())
@@ -100,37 +99,43 @@ void find_overlaps(const std::vector<Object>& objects, int crc_at,
         const bool shared =
             farthest != nullptr && stretch.first == farthest->first && stretch.end == farthest->end;
         if (farthest != nullptr && stretch.first < farthest->end && !shared)
-            findings.push_back(stretch.title + " at " + hex4(stretch.first) + " overlaps " +
-                               farthest->title + ", which ends at " + hex4(farthest->end));
+            findings.push_back({FindingKind::objects_overlap,
+                                stretch.title + " at " + hex4(stretch.first) + " overlaps " +
+                                    farthest->title + ", which ends at " + hex4(farthest->end)});
         if (farthest == nullptr || stretch.end > farthest->end) farthest = &stretch;
     }
 }
 
 }  // namespace
 
-std::vector<std::string> findings_of(std::span<const std::uint8_t> image) {
-    std::vector<std::string> findings;
+std::vector<Finding> findings_of(std::span<const std::uint8_t> image) {
+    std::vector<Finding> findings;
     const int length = pair_at(image, image_length_at);
     const bool has_crc = length != unprogrammed && length + crc_size <= std::ssize(image);
     if (length == unprogrammed) {
-        findings.emplace_back("the image is not programmed: its length is 0xFFFF");
+        findings.push_back(
+            {FindingKind::image_length, "the image is not programmed: its length is 0xFFFF"});
     } else if (!has_crc) {
-        findings.push_back("the image is overfull: its length and CRC end at " +
-                           std::to_string(length + crc_size) + ", and the EEPROM has " +
-                           std::to_string(image.size()) + " bytes");
+        findings.push_back({FindingKind::image_length,
+                            "the image is overfull: its length and CRC end at " +
+                                std::to_string(length + crc_size) + ", and the EEPROM has " +
+                                std::to_string(image.size()) + " bytes"});
     } else {
         const int stored = pair_at(image, length);
         const int computed = crc_of(image.first(static_cast<std::size_t>(length)));
         if (stored != computed)
-            findings.push_back("the CRC is " + hex4(stored) + " and should be " + hex4(computed));
+            findings.push_back({FindingKind::image_crc,
+                                "the CRC is " + hex4(stored) + " and should be " + hex4(computed)});
     }
     const std::vector<Object> objects = objects_of(image);
     for (const Object& object : objects) {
         if (!object.fault.empty())
-            findings.push_back(title_of(object) + " is unusable: " + object.fault);
+            findings.push_back(
+                {FindingKind::object_unusable, title_of(object) + " is unusable: " + object.fault});
         else if (has_crc && object.offset + object.size > length + crc_size)
-            findings.push_back(title_of(object) + " ends at " + hex4(object.offset + object.size) +
-                               ", behind the length that the CRC covers");
+            findings.push_back({FindingKind::object_unusable,
+                                title_of(object) + " ends at " + hex4(object.offset + object.size) +
+                                    ", behind the length that the CRC covers"});
     }
     find_overlaps(objects, has_crc ? length : -1, findings);
     find_loops(image, objects, findings);

@@ -2,15 +2,14 @@
 
 #pragma once
 
-#include "kit/fault.h"
+#include "host/trace/findings.h"
 
 #include <span>
-#include <string>
 #include <vector>
 
 namespace orvanel {
 
 /// One finding a line: bad offsets, overlaps, a wrong length or CRC, macros that start themselves.
-std::vector<std::string> findings_of(std::span<const std::uint8_t> image);
+std::vector<Finding> findings_of(std::span<const std::uint8_t> image);
 
 }  // namespace orvanel

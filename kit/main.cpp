@@ -39,6 +39,7 @@ struct Options {
     std::string folder;
     BuildOptions build;
     bool quiet;
+    std::string fail_on;
 };
 
 /// Shows what is being worked on in one line that is gone at the end, if somebody watches.
@@ -130,25 +131,60 @@ int dump(const Options& options) {
     return write_folder(options.folder, dump_of(image, name)) ? all_well : wrong_call;
 }
 
-std::vector<std::string> findings_on(const Content& content) {
-    if (!content.cut.empty()) return {content.cut};
-    std::vector<std::string> findings = findings_of(content.image);
-    const std::vector<std::string> remarks = remarks_on(content.image, content.stream);
-    findings.insert(findings.end(), remarks.begin(), remarks.end());
+/// What stops a check with status 1.
+enum class FailOn : std::uint8_t { nothing, warnings, hints };
+
+FailOn fail_on(const std::string& word) {
+    if (word == "nothing") return FailOn::nothing;
+    return word == "hints" ? FailOn::hints : FailOn::warnings;
+}
+
+std::string fail_on_fault(const std::string& word) {
+    const bool known = word == "nothing" || word == "warnings" || word == "hints";
+    return known ? "" : "takes nothing, warnings or hints";
+}
+
+std::vector<TrialFinding> findings_on(const Content& content) {
+    std::vector<TrialFinding> findings;
+    for (Finding& finding : findings_of(content.image))
+        findings.push_back({"", std::move(finding)});
+    const bool loops = std::any_of(findings.begin(), findings.end(), [](const auto& found) {
+        return found.finding.kind == FindingKind::starts_itself;
+    });
+    for (TrialFinding& found : try_image(content.image, content.stream))
+        // That what starts itself runs on and on is the same mistake.
+        if (!loops || found.finding.kind != FindingKind::endless)
+            findings.push_back(std::move(found));
     return findings;
+}
+
+std::string line_of(const TrialFinding& found) {
+    std::string line = std::string(severity_of(found.finding)) + ": ";
+    if (!found.where.empty()) line += found.where + ": ";
+    return line + words_of(found.finding);
 }
 
 int check(const Options& options) {
     Faults faults;
     const Content content = load(options.source, faults);
     if (!faults.empty()) return tell(std::move(faults));
-    const std::vector<std::string> findings = findings_on(content);
+    if (!content.cut.empty()) {
+        put(options.source + ": " + content.cut + "\n");
+        return wrong_content;
+    }
+    const std::vector<TrialFinding> findings = findings_on(content);
     for (std::size_t i = 0; i < findings.size() && i < most_messages; ++i)
-        put(options.source + ": " + findings[i] + "\n");
+        put(options.source + ": " + line_of(findings[i]) + "\n");
     if (findings.size() > most_messages)
         put(options.source + ": and " + std::to_string(findings.size() - most_messages) +
             " more\n");
-    return findings.empty() ? all_well : wrong_content;
+    const FailOn limit = fail_on(options.fail_on);
+    const bool fails =
+        std::any_of(findings.begin(), findings.end(), [limit](const TrialFinding& found) {
+            return limit == FailOn::hints ||
+                   (limit == FailOn::warnings && is_remark(found.finding));
+        });
+    return fails ? wrong_content : all_well;
 }
 
 int diff(const Options& options) {
@@ -207,8 +243,13 @@ CommandLine command_line(Options& options) {
                           "List what an image holds",
                           {file_word("FILE", options.source, any_file), folder}},
                          {"check",
-                          "Tell what is wrong with an image",
-                          {file_word("FILE", options.source, any_file)}},
+                          "Tell what is wrong with an image, and what is probably not meant",
+                          {file_word("FILE", options.source, any_file),
+                           {.names = "--fail-on",
+                            .place = &options.fail_on,
+                            .help = "What makes the exit status 1; warnings if not given",
+                            .value_name = "nothing|warnings|hints",
+                            .fault = fail_on_fault}}},
                          {"diff",
                           "Tell what differs between two images",
                           {file_word("A", options.source, any_file),

@@ -39,10 +39,10 @@ constexpr long most_busy_bytes = 100'000;             // without a rest: an endl
 constexpr std::int64_t most_busy_us = 3'600'000'000;  // likewise, if it waits
 constexpr long act_costs = 1'000;                     // counted as bytes
 
-constexpr long most_bytes = 2'000'000;       // of all runs
-constexpr long whole_image_bytes = 4'000;    // what a command counts that goes over the whole image
-constexpr std::size_t most_findings = 1000;  // kept
-constexpr std::size_t most_shown = 60;       // characters of a command
+constexpr long most_bytes = 2'000'000;      // of all runs
+constexpr long whole_image_bytes = 4'000;   // what a command counts that goes over the whole image
+constexpr std::size_t max_findings = 1000;  // kept
+constexpr std::size_t most_shown = 60;      // characters of a command
 
 /// What happens to the module from outside.
 struct Act {
@@ -62,9 +62,13 @@ using Spot = std::tuple<int, int, AreaType, int, int>;  // place, type and codes
 
 struct Trial {
     // Of all runs.
-    std::vector<std::string> findings;
+    std::vector<TrialFinding> findings;
     std::set<std::string> told;
-    std::set<std::pair<int, int>> ran;  // macros, by table and number
+    std::set<int> drawn;                    // pictures
+    std::set<int> touch_codes, menu_codes;  // of all areas and menu rows that were defined
+    bool starts_any_row;                    // by the macro of a menu's selected row
+    std::set<std::pair<int, int>> alone;    // macros that the trial started itself
+    std::set<std::pair<int, int>> ran;      // macros, by table and number
     std::set<Spot> touched;
     std::deque<Visit> visits;
     long bytes_left = most_bytes;
@@ -79,7 +83,7 @@ struct Trial {
     StepReader reader;
 };
 
-// Null but within remarks_on.
+// Null but within try_image.
 constinit Trial* trial = nullptr;
 
 bool has_macro(int table, int number) {
@@ -98,17 +102,32 @@ void end_run() {
     shutdown_requested = true;
 }
 
+void tell_finding(const std::string& where, const Finding& finding);
+
+/// Something runs on and on: one macro after the other, or one that starts itself.
+void stop_endless() {
+    const ByteSource& source = trial->reader.last_source;
+    const std::string who =
+        source.origin == ByteOrigin::macro ? name_of(source) : std::string("the stream");
+    if (!shutdown_requested.load())
+        tell_finding("",
+                     {FindingKind::endless,
+                      who + " is among what runs on without an end: nothing else has its turn"});
+    end_run();
+}
+
 void count_bytes(long count) {
     trial->act_bytes += count;
     trial->busy_bytes += count;
-    if (trial->busy_bytes > trial->busy_limit) end_run();
+    if (trial->busy_bytes > trial->busy_limit) stop_endless();
 }
 
 // --- what the module tells
 
-void tell_finding(const std::string& finding) {
-    if (trial->findings.size() < most_findings && trial->told.insert(finding).second)
-        trial->findings.push_back(finding);
+void tell_finding(const std::string& where, const Finding& finding) {
+    if (trial->findings.size() < max_findings &&
+        trial->told.insert(where + '\n' + words_of(finding)).second)
+        trial->findings.push_back({where, finding});
 }
 
 /// The command as a kit writes it, cut to a few words.
@@ -128,10 +147,32 @@ bool depends_on_page(FindingKind kind) {
 }
 
 std::string title_of(const Step& step) {
-    if (step.count == 0) return "a timer or a touch: ";
+    if (step.count == 0) return "a timer or a touch";
     const bool of_macro = step.source.origin == ByteOrigin::macro;
     return (of_macro ? name_of(step.source) : "stream") + " at " +
-           hex4(static_cast<int>(step.source.offset)) + ", " + command_text(step.bytes) + ": ";
+           hex4(static_cast<int>(step.source.offset)) + ", " + command_text(step.bytes);
+}
+
+/// The codes of an area that a command defines, which start the macros of these numbers.
+void note_codes(const Step& step) {
+    if (step.group == 'N' && step.op == 'M') trial->starts_any_row = true;
+    const bool is_picture = step.op == 'U' || step.op == 'J';
+    const bool is_area = is_picture || step.op == 'T' || step.op == 'K' || step.op == 'M';
+    const std::size_t down = is_picture ? 3 : 4;
+    if (step.group != 'A' || !is_area || step.numbers.size() < down + 2) return;
+    trial->touch_codes.insert(step.numbers[down].value);
+    trial->touch_codes.insert(step.numbers[down + 1].value);
+    if (step.op != 'M' || step.numbers.size() < down + 3) return;
+    const auto rows = std::count(step.bytes.begin(), step.bytes.end(), '|');
+    for (int row = 0; row < rows; ++row)
+        trial->menu_codes.insert(low8(step.numbers[down + 2].value + row));
+}
+
+/// The picture that a command draws, if it draws one of the image.
+void note_picture(const Step& step) {
+    const bool draws = (step.group == 'U' && step.op == 'I') ||
+                       (step.group == 'A' && (step.op == 'U' || step.op == 'J'));
+    if (draws && step.numbers.size() > 2) trial->drawn.insert(step.numbers[2].value);
 }
 
 void take_step(const Step& step) {
@@ -142,7 +183,9 @@ void take_step(const Step& step) {
         return;
     for (const Finding& finding : step.findings)
         if (!trial->visit.alone || !depends_on_page(finding.kind))
-            tell_finding(title_of(step) + words_of(finding));
+            tell_finding(title_of(step), finding);
+    note_picture(step);
+    note_codes(step);
 }
 
 void listen(const TraceEvent& event) {
@@ -250,6 +293,36 @@ void run(const Visit& visit, std::span<const std::uint8_t> image,
     shutdown_requested = false;
 }
 
+void tell_unreached(int table, int number, const std::string& words) {
+    if (trial->alone.contains({table, number}))
+        tell_finding("", {FindingKind::unreached, words + " of the kit has this code"});
+}
+
+/// Where the kit defines areas at all, the macros that none of these starts. A device that defines
+/// its keys itself may do so.
+void tell_unreached_macros() {
+    for (int number = 1; number < 256; ++number) {
+        const std::string n = std::to_string(number);
+        if (!trial->touch_codes.empty() && !trial->touch_codes.contains(number))
+            tell_unreached(touch_macro_table, number, "touch macro " + n + ": no key or switch");
+        if (!trial->menu_codes.empty() && !trial->menu_codes.contains(number) &&
+            !trial->starts_any_row)
+            tell_unreached(menu_macro_table, number, "menu macro " + n + ": no row of a menu");
+    }
+}
+
+/// Where macros draw pictures at all, those that none draws.
+void tell_undrawn_pictures() {
+    if (trial->drawn.empty()) return;
+    for (int number = 0; number < 256; ++number) {
+        const int at = picture_table + 2 * number;
+        const bool is_there = le16(eeprom_at(at), eeprom_at(at + 1)) != unprogrammed;
+        if (is_there && !trial->drawn.contains(number))
+            tell_finding("", {FindingKind::unreached, "picture " + std::to_string(number) +
+                                                          ": nothing in the kit draws it"});
+    }
+}
+
 /// Plans a run of a macro that nothing has started so far. False if there is none.
 bool plan_left_macro() {
     constexpr std::array<std::pair<Kind, std::uint8_t>, 3> tables{
@@ -257,6 +330,7 @@ bool plan_left_macro() {
     for (const auto& [kind, letter] : tables)
         for (int number = 0, table = table_of(kind).offset; number <= table_of(kind).max; ++number)
             if (has_macro(table, number) && trial->ran.insert({table, number}).second) {
+                trial->alone.insert({table, number});
                 const Act start{Act::start, {lead_in_esc, 'M', letter, low8(number)}, 0, 0};
                 trial->visits.push_back({0, {start}, true});
                 return true;
@@ -279,7 +353,8 @@ void run_all(std::span<const std::uint8_t> image, std::span<const std::uint8_t> 
     trial->bytes_left = most_bytes;
     while (!trial->visits.empty() || plan_left_macro()) {
         if (trial->bytes_left <= 0) {
-            tell_finding("the macros take too long to try all that they do");
+            tell_finding(
+                "", {FindingKind::trial_cut, "the macros take too long to try all that they do"});
             return;
         }
         const Visit visit = trial->visits.front();
@@ -287,6 +362,8 @@ void run_all(std::span<const std::uint8_t> image, std::span<const std::uint8_t> 
         run(visit, image, {});
         eeprom_reset_to(static_cast<int>(image.size()), image);
     }
+    tell_undrawn_pictures();
+    tell_unreached_macros();
 }
 
 }  // namespace
@@ -313,7 +390,7 @@ void trial_byte_taken() {
     count_bytes(1);
 }
 
-std::vector<std::string> remarks_on(std::span<const std::uint8_t> image,
+std::vector<TrialFinding> try_image(std::span<const std::uint8_t> image,
                                     std::span<const std::uint8_t> stream) {
     Trial whole{};
     trial = &whole;

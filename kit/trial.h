@@ -3,6 +3,9 @@
 
 #pragma once
 
+#include "host/trace/findings.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -10,12 +13,19 @@
 
 namespace orvanel {
 
-/// What the trace would remark on, a finding a line, each command once. First `stream` is fed to a
+/// What is found, and where in the image or the stream: `touch macro 65 at 0x1A20, #ZF 3`. Empty
+/// for what has no place.
+struct TrialFinding {
+    std::string where;
+    Finding finding;
+};
+
+/// What the trace would say, each mistake once. First `stream` is fed to a
 /// module with an erased image, if it isn't empty. Then `image` is switched on with each kind of
 /// reset, and each key and menu row that appears is touched; macros that are left run by
 /// themselves, and a bar or character that these miss is not told, since it may be the business of
 /// a page. Bounded for any content: what was left out is a finding.
-std::vector<std::string> remarks_on(std::span<const std::uint8_t> image,
+std::vector<TrialFinding> try_image(std::span<const std::uint8_t> image,
                                     std::span<const std::uint8_t> stream);
 
 // For the platform below the module: time has passed, the module has nothing to do, it has taken a

@@ -35,6 +35,11 @@ constexpr std::array types{
     FindingType{FindingKind::bytes_lost, "bytes-lost", remark_degree},
     FindingType{FindingKind::frame_sum, "frame-sum", remark_degree},
     FindingType{FindingKind::frame_room, "frame-room", remark_degree},
+    FindingType{FindingKind::image_length, "length", remark_degree},
+    FindingType{FindingKind::image_crc, "crc", remark_degree},
+    FindingType{FindingKind::object_unusable, "unusable", remark_degree},
+    FindingType{FindingKind::objects_overlap, "objects-overlap", remark_degree},
+    FindingType{FindingKind::starts_itself, "starts-itself", remark_degree},
     FindingType{FindingKind::number_took, "number-took", hint_degree},
     FindingType{FindingKind::number_skipped, "skipped", hint_degree},
     FindingType{FindingKind::text_unseen, "unseen", hint_degree},
@@ -57,6 +62,9 @@ constexpr std::array types{
     FindingType{FindingKind::plain_on_frames, "plain-bytes", hint_degree},
     FindingType{FindingKind::frame_on_plain, "frame-on-plain", hint_degree},
     FindingType{FindingKind::frame_cut, "frame-cut", hint_degree},
+    FindingType{FindingKind::unreached, "unreached", hint_degree},
+    FindingType{FindingKind::endless, "endless", hint_degree},
+    FindingType{FindingKind::trial_cut, "trial-cut", hint_degree},
 };
 
 constexpr bool in_order() {

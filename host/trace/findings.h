@@ -40,6 +40,11 @@ enum class FindingKind : std::uint8_t {
     bytes_lost,
     frame_sum,
     frame_room,
+    image_length,
+    image_crc,
+    object_unusable,
+    objects_overlap,
+    starts_itself,
     // Hints on a stream.
     number_took,
     number_skipped,
@@ -64,6 +69,10 @@ enum class FindingKind : std::uint8_t {
     plain_on_frames,
     frame_on_plain,
     frame_cut,
+    // Hints on a kit.
+    unreached,
+    endless,
+    trial_cut,
 };
 
 struct Finding {

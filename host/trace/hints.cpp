@@ -36,7 +36,7 @@ std::string text_of(std::span<const std::uint8_t> bytes) {
     return text;
 }
 
-std::string in_quotes(std::string_view text) { return '"' + std::string(text) + '"'; }
+std::string in_double_quotes(std::string_view text) { return '"' + printable(text) + '"'; }
 
 // --- numbers
 
@@ -63,11 +63,11 @@ Written written(const Step& step, const StepNumber& number) {
 
 /// The command up to the number's digits, and the separator that it lacks.
 std::string mended(const Step& step, const StepNumber& number) {
-    return text_of(std::span(step.bytes).first(number.end - 1)) + ',';
+    return printable(text_of(std::span(step.bytes).first(number.end - 1)) + ',');
 }
 
 std::string took_words(const Step& step, const StepNumber& number, const Written& w) {
-    const std::string end = text_of({&w.end, 1});
+    const std::string end = printable(text_of({&w.end, 1}));
     const std::string took = "the number took '" + end + "' along: ";
     if (w.end == '.') return took + "numbers have no decimals, 0 to 255";
     if ((w.end == 'x' || w.end == 'X') && text_of(w.digits) == "0")
@@ -142,8 +142,8 @@ void add_alignment_hint(Step& step, std::string_view label, const std::string& b
     const std::string_view line = first_line(label);
     if (line.empty() || !aligns(line.front()) || !belongs_to_word(line)) return;
     hint(step, FindingKind::label_alignment,
-         "the label's first letter became its alignment, " + in_quotes(line.substr(1)) +
-             " shows: write " + in_quotes(before + 'C' + std::string(line)));
+         "the label's first letter became its alignment, " + in_double_quotes(line.substr(1)) +
+             " shows: write " + in_double_quotes(before + 'C' + std::string(line)));
 }
 
 std::string_view raw_text(const Step& step) {
@@ -164,8 +164,9 @@ void add_opener_text_hints(Step& step) {
     if (!belongs_to_word(line))
         return add_alignment_hint(step, line.substr(1), std::string(1, first));
     hint(step, FindingKind::opener_direction,
-         "the text's first letter became the direction of the list, " + in_quotes(line.substr(1)) +
-             " is left: write " + in_quotes("UC" + std::string(line)));
+         "the text's first letter became the direction of the list, " +
+             in_double_quotes(line.substr(1)) + " is left: write " +
+             in_double_quotes("UC" + std::string(line)));
 }
 
 // --- places on the glass

@@ -63,10 +63,10 @@ class KitImage : public KitFolder {
     }
 };
 
-std::string joined(const std::vector<std::string>& lines) {
+std::string joined(const std::vector<Finding>& findings) {
     std::string text;
-    for (const std::string& line : lines)
-        text += line + "\n";
+    for (const Finding& finding : findings)
+        text += finding.words + '\n';
     return text;
 }
 

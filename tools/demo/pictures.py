@@ -5,7 +5,6 @@ They are kept in data/demo/pictures, so nobody needs this to build. It takes pyt
 python3-numpy, and the outlines of fonts-dejavu.
 """
 
-import math
 import pathlib
 
 import numpy
@@ -219,25 +218,6 @@ def draw_home():
     return picture
 
 
-def draw_lamps():
-    """A lamp that is off, and the same lit: the two pictures of a switch."""
-    sheet, _ = canvas(48, 24)
-    for i, lit in enumerate((False, True)):
-        picture, pen = canvas(24, 24)
-        pen.ellipse((6, 5, 17, 16), dark if lit else light, dark)
-        pen.rectangle((9, 16, 14, 20), light, dark)
-        pen.line((9, 18, 14, 18), dark)
-        pen.line((10, 22, 13, 22), dark)
-        if lit:
-            pen.arc((8, 7, 13, 12), 180, 270, light)
-            for angle in range(180, 361, 45):
-                way = math.radians(angle)
-                pen.line((11.5 + 8 * math.cos(way), 10.5 + 8 * math.sin(way),
-                          11.5 + 10 * math.cos(way), 10.5 + 10 * math.sin(way)), dark)
-        sheet.paste(picture, (24 * i, 0))
-    return sheet
-
-
 def draw_sliders():
     """A sliding switch, off and on, 32 x 16 each."""
     sheet, _ = canvas(64, 16)
@@ -272,7 +252,7 @@ def draw_warning():
 
 
 for name, draw in {"icons": draw_icons, "logo": draw_logo, "photo": draw_photo,
-                   "arrows": draw_arrows, "home": draw_home, "lamps": draw_lamps,
+                   "arrows": draw_arrows, "home": draw_home,
                    "sliders": draw_sliders, "radios": draw_radios,
                    "warning": draw_warning}.items():
     folder.mkdir(parents=True, exist_ok=True)
