@@ -19,9 +19,10 @@ namespace {
 
 constexpr std::size_t max_lock = 4096;  // bytes of a lock file
 
-constinit int folder_fd = -1;         // -1: no folder is locked
-constinit int lock_fd = -1;           // of the lock file, -1 if there is none
-constinit bool lock_is_ours = false;  // we may write it
+constinit int folder_fd = -1;             // -1: no folder is locked
+constinit bool folder_is_locked = false;  // itself, which not every file system can
+constinit int lock_fd = -1;               // of the lock file, -1 if there is none
+constinit bool lock_is_ours = false;      // we may write it
 constinit bool lock_is_wanted = false;
 std::string socket_told;
 
@@ -72,7 +73,7 @@ bool lock(int fd) { return flock(fd, LOCK_EX | LOCK_NB) == 0; }
 
 /// Locks the file too, for file systems that lock no folder. Where it can't be written the folder's
 /// lock is enough, but one that another user has written may be held by him.
-FolderLock lock_file(const std::string& path, bool folder_is_locked, std::string& fault) {
+FolderLock lock_file(const std::string& path, std::string& fault) {
     constexpr int common = O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
     lock_fd = open(path.c_str(), O_RDWR | O_CREAT | common, 0644);
     lock_is_ours = lock_fd >= 0;
@@ -94,15 +95,31 @@ FolderLock lock_both(const std::string& folder, std::string& fault) {
         fault = folder + ": " + errno_text();
         return FolderLock::failed;
     }
-    const bool locked = lock(folder_fd);
-    if (!locked && errno == EWOULDBLOCK) return FolderLock::held;
-    return lock_file(lock_path(folder), locked, fault);
+    folder_is_locked = lock(folder_fd);
+    if (!folder_is_locked && errno == EWOULDBLOCK) return FolderLock::held;
+    return lock_file(lock_path(folder), fault);
+}
+
+void drop_lock_file() {
+    close_fd(lock_fd);
+    lock_is_ours = false;
 }
 
 void unlock() {
+    drop_lock_file();
     close_fd(folder_fd);
-    close_fd(lock_fd);
-    lock_is_ours = false;
+    folder_is_locked = false;
+}
+
+/// The folder has been ours all along, and only the file has gone: without one nobody finds us, and
+/// that is all.
+void make_lock_file_again(const std::string& folder) {
+    std::string ignored;
+    drop_lock_file();
+    if (lock_file(lock_path(folder), ignored) == FolderLock::taken)
+        tell_socket(socket_told);
+    else
+        drop_lock_file();
 }
 
 /// Whether the path still names what is open.
@@ -151,9 +168,10 @@ FolderLock lock_folder(const std::string& folder, std::string& fault) {
 }
 
 FolderLock keep_folder_lock(const std::string& folder, std::string& fault) {
-    if (folder_fd >= 0 && names(folder + "/.", folder_fd) &&
-        (lock_fd < 0 || names(lock_path(folder), lock_fd)))
-        return FolderLock::taken;
+    const bool same_folder = folder_fd >= 0 && names(folder + "/.", folder_fd);
+    const bool same_file = lock_fd < 0 || names(lock_path(folder), lock_fd);
+    if (same_folder && !same_file && folder_is_locked) make_lock_file_again(folder);
+    if (same_folder && (same_file || folder_is_locked)) return FolderLock::taken;
     if (lock_is_wanted) {
         const FolderLock lock = lock_folder(folder, fault);
         return lock == FolderLock::taken ? FolderLock::taken_again : lock;

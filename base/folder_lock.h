@@ -11,7 +11,7 @@ namespace orvanel {
 
 enum class FolderLock : std::uint8_t {
     taken,        // ours until the process ends, however it does
-    taken_again,  // it had gone, or somebody else had it: what is in it need not be ours
+    taken_again,  // it had gone, or somebody else may have had it: what is in it need not be ours
     held,         // by another program
     failed,       // it can't be made or read, or something else stands where its lock file goes
 };
@@ -20,8 +20,8 @@ enum class FolderLock : std::uint8_t {
 FolderLock lock_folder(const std::string& folder, std::string& fault);
 
 /// Whether we still have the folder that lock_folder was asked for, before something is written
-/// there. One that was removed is made again, and a lock file that was too. Where nothing was ever
-/// locked it only makes the folder.
+/// there. One that was removed is made again, and a lock file that was too, which alone leaves the
+/// folder ours. Where nothing was ever locked it only makes the folder.
 FolderLock keep_folder_lock(const std::string& folder, std::string& fault);
 
 /// Whether there is a lock file of ours, to be found by others.

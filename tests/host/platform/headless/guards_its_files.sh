@@ -109,6 +109,17 @@ rm module/Orvanel42.lock
 refuses 'module is in use by another program' "$headless" --dir module nothing.scn
 ends_with 0
 
+# That gives the folder to nobody else: the image to keep is still the one from before this run.
+fresh
+start
+programs
+until_it holds module/Orvanel42.bin first
+rm module/Orvanel42.lock
+printf 'send 1B "&E" 30 0E 06 00 "Wsecond" %s\n' "$restart" >&4
+until_it holds module/Orvanel42.bin second
+ends_with 0
+cmp module/Orvanel42.bin.bak blank
+
 # The folder is gone: it is made again, with what its user had written.
 fresh
 printf '[Orvanel42]\nadr=3\n' >module/simulator.ini
