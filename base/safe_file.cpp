@@ -197,6 +197,10 @@ std::string part_name(const std::string& path) {
     return path + "." + std::to_string(getpid()) + ".part";
 }
 
+bool is_part_of(std::string_view name, std::string_view file) {
+    return process_of_part(name, file) > 0;
+}
+
 void clear_parts(const std::string& path) {
     const fs::path target = target_of(path);
     const std::string file = target.filename();
@@ -204,8 +208,11 @@ void clear_parts(const std::string& path) {
     for (fs::directory_iterator at(folder_of(target), fault), end; !fault && at != end;
          at.increment(fault)) {
         const std::string name = at->path().filename();
-        if (is_gone(process_of_part(name, file)) || is_gone(process_of_part(name, file + ".bak")))
-            fs::remove_all(at->path(), ignored);
+        const bool left =
+            is_gone(process_of_part(name, file)) || is_gone(process_of_part(name, file + ".bak"));
+        // What writes a file makes a plain one; a folder or a link of such a name is somebody's.
+        if (left && fs::is_regular_file(at->symlink_status(ignored)))
+            fs::remove(at->path(), ignored);
     }
 }
 

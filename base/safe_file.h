@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace orvanel {
 
@@ -35,8 +36,11 @@ std::string back_up(const std::string& path);
 /// What writes the file `path` first has the name path, ".", the number of the process and ".part".
 std::string part_name(const std::string& path);
 
-/// Removes what processes that have been killed have left under such names of this file, or folder,
-/// and of its backup. replace_file does that too.
+/// Whether a name is one of these for a file of the name `file`.
+bool is_part_of(std::string_view name, std::string_view file);
+
+/// Removes the plain files that processes that have been killed have left under such names of this
+/// file and of its backup. replace_file does that too.
 void clear_parts(const std::string& path);
 
 }  // namespace orvanel

@@ -1,5 +1,6 @@
 #include "kit/output.h"
 
+#include "base/files.h"
 #include "base/safe_file.h"
 #include "base/visible.h"
 #include "host/platform/system/wake.h"
@@ -18,17 +19,44 @@ namespace fs = std::filesystem;
 // Where a folder's files wait until all of them are written.
 constexpr const char* waiting_folder = "unfinished-dump";
 
-/// Whether the folder holds nothing but what a former dump of these files had to leave.
-bool is_free(const fs::path& folder, const std::vector<DumpFile>& files, std::error_code& fault) {
-    const bool left_half_done = fs::exists(folder / waiting_folder, fault);
-    for (fs::directory_iterator entry(folder, fault), end; !fault && entry != end;
-         entry.increment(fault)) {
-        const std::string name = entry->path().filename().string();
-        const bool ours = std::any_of(files.begin(), files.end(),
-                                      [&](const DumpFile& file) { return file.name == name; });
-        if (name != waiting_folder && !(left_half_done && ours)) return false;
-    }
-    return true;
+bool is_plain(const fs::directory_entry& entry) {
+    std::error_code ignored;
+    return fs::is_regular_file(entry.symlink_status(ignored));
+}
+
+/// Whether a former dump of these files has put this there to wait, whole or half written.
+bool waited(const fs::directory_entry& entry, const std::vector<DumpFile>& files) {
+    const std::string name = entry.path().filename().string();
+    return is_plain(entry) && std::ranges::any_of(files, [&](const DumpFile& file) {
+               return name == file.name || is_part_of(name, file.name);
+           });
+}
+
+/// Whether it has brought this to its place: it is what would be written there now.
+bool arrived(const fs::directory_entry& entry, const std::vector<DumpFile>& files) {
+    const std::string name = entry.path().filename().string();
+    const auto file = std::ranges::find(files, name, &DumpFile::name);
+    Bytes content;
+    return file != files.end() && is_plain(entry) &&
+           read_file(entry.path().string(), file->content.size(), content).empty() &&
+           content == file->content;
+}
+
+/// The first thing in the folder that no former dump of these files has left half done; empty if
+/// there is none.
+std::string in_the_way(const fs::path& folder, const std::vector<DumpFile>& files,
+                       std::error_code& fault) {
+    const fs::path waiting = folder / waiting_folder;
+    const bool left_half_done = fs::is_directory(fs::symlink_status(waiting, fault));
+    fault.clear();
+    if (left_half_done)
+        for (const fs::directory_entry& entry : fs::directory_iterator(waiting, fault))
+            if (!waited(entry, files)) return entry.path().string();
+    if (fault) return {};
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, fault))
+        if (!left_half_done || (entry.path() != waiting && !arrived(entry, files)))
+            return entry.path().string();
+    return {};
 }
 
 /// Writes the files, all of them beside their places before the first moves there. Gives what went
@@ -79,17 +107,17 @@ bool write_folder(const std::string& path, const std::vector<DumpFile>& files) {
     std::error_code fault, ignored;
     const int end_fd = open_end_signals();
     const bool made = fs::create_directories(folder, fault);
-    const bool free = !fault && is_free(folder, files, fault);
+    const std::string other = fault ? "" : in_the_way(folder, files, fault);
     std::string what = fault ? fault.message() : "";
-    if (free && what.empty()) what = fill_folder(folder, files, end_fd);
+    if (other.empty() && what.empty()) what = fill_folder(folder, files, end_fd);
     // Goes only if it is empty.
     if (made) fs::remove(folder, ignored);
     obey_end_signals();
     if (!what.empty())
         tell_error("cannot write into " + path + ": " + what);
-    else if (!free)
-        tell_error(path + " isn't empty; name a new folder");
-    return free && what.empty();
+    else if (!other.empty())
+        tell_error(path + " isn't empty, it holds " + other + "; name a new folder");
+    return other.empty() && what.empty();
 }
 
 }  // namespace orvanel

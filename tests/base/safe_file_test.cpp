@@ -124,10 +124,12 @@ TEST_F(SafeFile, removes_the_parts_of_processes_that_are_gone) {
     const std::string lives = "." + std::to_string(getppid()) + ".part";
     for (const std::string& end : {gone, ".bak" + gone, lives, ".x" + gone, std::string(".part")})
         std::ofstream(image.string() + end) << "half";
+    fs::create_directory(image.string() + ".0" + gone.substr(1));
+    fs::create_symlink("nowhere", image.string() + ".00" + gone.substr(1));
     EXPECT_EQ(replace_file(image, first, Backup::keep), "");
     EXPECT_FALSE(fs::exists(image.string() + gone));
     EXPECT_FALSE(fs::exists(image.string() + ".bak" + gone));
-    EXPECT_EQ(names(), 4) << "the image, and what is no part of a process that is gone";
+    EXPECT_EQ(names(), 6) << "the image, and what is no part of a process that is gone";
 }
 
 }  // namespace

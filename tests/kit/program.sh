@@ -147,9 +147,14 @@ for call in fsync rename; do
         rm -rf half
     done
 done
+# What others have put there is no dump half done, whatever its name.
 mkdir -p half/unfinished-dump
 : >half/mine
-expect 2 '*empty*' dump a.bin -o half
+expect 2 '*empty*half/mine*' dump a.bin -o half
+mv half/mine half/unfinished-dump
+expect 2 '*empty*half/unfinished-dump/mine*' dump a.bin -o half
+mv half/unfinished-dump/mine half/a.kit
+expect 2 '*empty*half/a.kit*' dump a.bin -o half
 expect_of interrupted 143 '*' fsync TERM 1 build "$examples/device.kit" -q -o new.bin
 cmp -s new.bin a.bin && [ -z "$(find . -name '*.part')" ] || { echo "program.sh: a signal tears a file" >&2; failed=1; }
 # What a kill leaves beside the output goes with the next build of it, but not what a living process writes.
