@@ -20,8 +20,8 @@ bool answers_in_json();
 void begin_answer(int line);
 void give_answer();
 
-/// Mistakes that the trace has found, which are faults of the device's bytes, and how many more there
-/// were.
+/// Mistakes that the trace has found, which are faults of the device's bytes, and how many more
+/// there were.
 void answer_mistakes(std::span<const Mistake> mistakes, std::size_t unkept);
 
 /// The last object, after the module's end: what was left to tell, and the exit status.
