@@ -88,6 +88,7 @@ TEST_F(KitSource, tells_each_fault_with_its_place) {
         {"[normal macro 1]\n#", "k.kit:2:2: error: expected the letters of a command"},
         {"[normal macro 1]\n#GX 1", "k.kit:2:3: error: group G has the commands DPRVWZ"},
         {"[normal macro 1]\n#O", "k.kit:2:2: error: there is no command group O"},
+        {"[normal macro 1]\n#TX", "k.kit:2:3: error: group T has the commands ACEPQRSV"},
         {"[normal macro 1]\n#GP 1", "k.kit:2:6: error: expected a comma; ESC G P takes x, y"},
         {"[normal macro 1]\nESC GP 1,", "k.kit:2:10: error: y is missing; ESC G P takes x, y"},
         {"[normal macro 1]\n#GP 1,256", "k.kit:2:7: error: y is 256, outside 0 to 255"},

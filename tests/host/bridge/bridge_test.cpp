@@ -201,13 +201,13 @@ TEST_F(Bridge, names_are_put_together_cleared_and_bounded) {
     std::ofstream(path, std::ios::binary) << std::string(2, '\0');
     open_as(path);
     EXPECT_EQ(feed_left(), 7);
-    send(0x40A, 3);
-    EXPECT_EQ(feed_left(), 7) << "nothing is to be done with the name";
     drain_feed();
     for (const int byte : {0x1B, int{'U'}, int{'L'}, 0, 0})
         EXPECT_EQ(rx_pipe_get(), byte) << "at the module's first dot";
     send(0x40A, 1);
     EXPECT_EQ(feed_left(), 2) << "the same name, unchanged";
+    send(0x40A, 3);
+    EXPECT_EQ(feed_left(), 2) << "nothing is to be done with it";
     open_as('"' + path + '"');
     EXPECT_EQ(feed_left(), 7);
     const std::string longest = "/" + std::string(253 - path.size(), '/') + path;

@@ -131,6 +131,9 @@ TEST_F(Import, dark_pixels_become_set_dots_whichever_order_the_palette_has) {
     EXPECT_EQ(command_of(file, 3, 4), light);
     put(file, 54, 0xFFFFFF);
     EXPECT_EQ(command_of(file, 3, 4), light) << "equal colours: as with the first one dark";
+    put(file, 54, 0xC80000);
+    put(file, 58, 0x009600);
+    EXPECT_EQ(command_of(file, 3, 4), dark) << "red counts as much as green";
 }
 
 TEST_F(Import, pictures_keep_on_the_glass) {
@@ -345,7 +348,7 @@ TEST_F(Import, a_dropped_picture_lands_one_dot_off_and_waits_for_no_feed) {
     drain_feed();
     const Bytes off_glass = all_of_rx();
     EXPECT_EQ(off_glass.size(), 39U) << "the second drop came while the first ran";
-    EXPECT_EQ(off_glass[3], 0);
+    EXPECT_EQ((std::vector<int>{off_glass[3], off_glass[4]}), (std::vector<int>{0, 0}));
     ASSERT_EQ(prepare_view(), "");
     choose_view();
     drop_file(path, lcd_dib.area.left + 30, lcd_dib.area.top + 20);

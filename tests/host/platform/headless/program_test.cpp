@@ -634,7 +634,7 @@ TEST_F(ScenarioProgram, a_signal_ends_it_in_order) {
     for (const char* mode : {"--jobs=1", "--realtime"}) {
         put("long.scn", "time\nwait 1000000000");
         const pid_t pid = start({mode, "long.scn"});
-        for (int i = 0; i < 500 && get("out").empty(); ++i)
+        for (int i = 0; i < 30'000 && get("out").empty(); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds{10});
         kill(pid, SIGTERM);
         EXPECT_EQ(status_of(pid), 1);
