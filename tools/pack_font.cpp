@@ -180,7 +180,9 @@ void append_le16(std::vector<std::uint8_t>& bytes, std::size_t value) {
 
 std::vector<std::uint8_t> pack(const Glyphs& glyphs) {
     std::vector<std::uint8_t> image(font_magic.begin(), font_magic.end());
-    image.insert(image.end(), {image_format, first_code, last_code, cell_width, cell_height});
+    for (const int byte :
+         {int{image_format}, int{first_code}, int{last_code}, int{cell_width}, int{cell_height}})
+        image.push_back(static_cast<std::uint8_t>(byte));
     append_le16(image, glyph_bits_offset);
     image.push_back(line_gap);
     image.resize(font_head_size);
