@@ -4,6 +4,8 @@
 
 #include <poll.h>
 
+#include <array>
+
 namespace orvanel {
 
 namespace {
@@ -23,5 +25,17 @@ bool told_to_end() {
 }
 
 int end_signals_fd() { return end_fd; }
+
+bool wait_for_input(int fd) {
+    std::array<pollfd, 2> fds{pollfd{fd, POLLIN, 0}, pollfd{end_fd, POLLIN, 0}};
+    while (poll(fds.data(), fds.size(), -1) < 0) {
+    }
+    return fds[1].revents == 0;
+}
+
+bool input_is_there(int fd) {
+    pollfd input{fd, POLLIN, 0};
+    return poll(&input, 1, 0) > 0;
+}
 
 }  // namespace orvanel

@@ -10,4 +10,10 @@ void take_end_signals();
 bool told_to_end();
 int end_signals_fd();
 
+/// Waits until there is something to read on `fd`. False if one of the signals came first.
+bool wait_for_input(int fd);
+
+/// Whether reading `fd` gives something at once.
+bool input_is_there(int fd);
+
 }  // namespace orvanel

@@ -6,8 +6,6 @@
 #include "host/scenario/commands.h"
 #include "host/scenario/report.h"
 
-#include <unistd.h>
-
 namespace orvanel {
 
 std::string open_first_port() {
@@ -20,8 +18,6 @@ std::string open_first_port() {
     }
     if (const std::string name = new_peer_name(serial); !name.empty())
         print_event("serial " + name);
-    // Standard output is the module's from here on.
-    if (fault.empty() && serial == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
     return fault;
 }
 

@@ -4,6 +4,7 @@
 #include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/fade.h"
 #include "host/platform/headless/first_port.h"
+#include "host/platform/headless/session_options.h"
 #include "host/platform/instance/instance.h"
 #include "host/platform/real_time/real_time.h"
 #include "host/platform/system/wake.h"
@@ -17,6 +18,7 @@
 #include "host/window/roof/window_timer.h"
 
 #include <poll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -91,6 +93,8 @@ std::string open_real_session() {
     run_leading_lines();
     if (!scenario_ended())
         if (std::string fault = open_first_port(); !fault.empty()) return fault;
+    // Standard output is the line's from here on.
+    if (session_options.serial == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
     start = steady_clock::now();
     next_window_timer_us = window_timer_us;
     start_module();

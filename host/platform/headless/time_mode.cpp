@@ -2,20 +2,11 @@
 
 #include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/first_port.h"
-#include "host/platform/headless/halt.h"
 #include "host/platform/headless/module_time.h"
-#include "host/platform/headless/real_session.h"
 #include "host/platform/headless/simulated_line.h"
-#include "host/platform/real_time/real_time.h"
-#include "host/platform/serial/serial_line.h"
 #include "host/scenario/runner.h"
 #include "host/scenario/world.h"
 #include "host/window/roof/program_life.h"
-#include "link/ground/port.h"
-
-#include <poll.h>
-
-#include <array>
 
 namespace orvanel {
 
@@ -32,10 +23,7 @@ std::int64_t module_clock_ms() { return module_clock_us() / us_per_ms; }
 
 /// The scenario's next line has yet to come: nothing moves until it is there.
 bool stand_still_for_input(int fd) {
-    std::array<pollfd, 2> fds{pollfd{fd, POLLIN, 0}, pollfd{end_signals_fd(), POLLIN, 0}};
-    while (poll(fds.data(), fds.size(), -1) < 0) {
-    }
-    if (fds[1].revents == 0) return true;
+    if (wait_for_input(fd)) return true;
     stop_scenario();
     return false;
 }
@@ -45,29 +33,6 @@ void run_module_session() {
     furnish_window("");
     run_in_module_time();
 }
-
-void sleep_in_real_time(int ms) {
-    note_real_sleep();
-    firmware_sleeps();
-    real_sleep_ms(ms);
-    firmware_wakes();
-}
-
-void idle_in_real_time(int /*ms*/) {
-    note_real_sleep();
-    firmware_sleeps();
-    real_sleep_until_woken(max_idle_ms);
-    firmware_wakes();
-}
-
-void take_real_byte() {
-    note_real_byte();
-    firmware_took_byte();
-}
-
-bool real_rts() { return com_port.load() > 0 && rts_wanted.load(); }
-
-std::int32_t real_speed() { return com_port.load() > 0 ? line_baud.load() : 0; }
 
 }  // namespace
 
@@ -92,28 +57,6 @@ constinit const TimeMode module_time{
     .run = run_module_session,
 };
 
-constinit const TimeMode real_time{
-    .sleep_ms = sleep_in_real_time,
-    .sleep_until_woken = idle_in_real_time,
-    .wake_firmware = real_wake_firmware,
-    .spend_byte_time = take_real_byte,
-    .on_main_thread = real_on_main_thread,
-    .clock_ms = real_clock_ms,
-    .wake_main = wake_real_session,
-    .lines = real_lines,
-    .clock_us = real_clock_us,
-    .bytes_delivered = real_bytes_delivered,
-    // The main loop watches the input, and the timers go on meanwhile.
-    .wait_for_scenario_input = [](int) { return false; },
-    .halt_module = halt_firmware,
-    .resume_module = resume_firmware,
-    .line_is_simulated = false,
-    .line_queued = [] { return 0; },
-    .line_rts = real_rts,
-    .line_speed = real_speed,
-    .run = run_in_real_time,
-};
-
 void choose_time_mode(const TimeMode& mode) {
     time_mode = &mode;
     serial_lines = &mode.lines;
@@ -125,10 +68,7 @@ std::uint64_t bytes_delivered() { return time_mode->bytes_delivered(); }
 
 bool wait_for_scenario_input(int fd) { return time_mode->wait_for_scenario_input(fd); }
 
-bool scenario_input_is_there(int fd) {
-    pollfd input{fd, POLLIN, 0};
-    return poll(&input, 1, 0) > 0;
-}
+bool scenario_input_is_there(int fd) { return input_is_there(fd); }
 
 void halt_module() { time_mode->halt_module(); }
 
