@@ -47,8 +47,8 @@ bool is_too_large(const FT_GlyphSlotRec_& slot) {
     } else {
         box.xMin = FT_Pos{slot.bitmap_left} * 64;
         box.yMax = FT_Pos{slot.bitmap_top} * 64;
-        box.xMax = box.xMin + FT_Pos{slot.bitmap.width} * 64;
-        box.yMin = box.yMax - FT_Pos{slot.bitmap.rows} * 64;
+        box.xMax = box.xMin + static_cast<FT_Pos>(slot.bitmap.width) * 64;
+        box.yMin = box.yMax - static_cast<FT_Pos>(slot.bitmap.rows) * 64;
     }
     constexpr FT_Pos most = largest_cell * 64;
     const auto beyond = [](FT_Pos length) { return length < -most || length > most; };

@@ -18,7 +18,7 @@ void power_on_menu_definitions() {
 }
 
 std::uint8_t free_slot() {
-    const auto* found =
+    const auto found =
         std::ranges::find_if(menu_defs, [](const MenuBox& menu) { return menu.items_text == 0; });
     return found == menu_defs.end() ? no_menu_slot : low8(found - menu_defs.begin());
 }

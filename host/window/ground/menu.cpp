@@ -147,7 +147,7 @@ void menu_mark_view() {
 void menu_mark_port() { mark_one(item_port, max_com_ports + 1, com_port.load()); }
 
 void menu_mark_baud() {
-    const auto* const found = std::ranges::find(menu_bauds, com_baud.load());
+    const auto found = std::ranges::find(menu_bauds, com_baud.load());
     mark_one(item_baud, std::ssize(menu_bauds), static_cast<int>(found - menu_bauds.begin()));
 }
 

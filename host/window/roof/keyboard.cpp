@@ -29,7 +29,7 @@ constexpr char32_t latin_to = 0xFF;
 std::uint8_t windows_code(char32_t character) {
     if (character < windows_from || (character >= latin_from && character <= latin_to))
         return low8(static_cast<std::int64_t>(character));
-    const auto* const found = std::ranges::find(windows_characters, character);
+    const auto found = std::ranges::find(windows_characters, character);
     if (character == 0 || found == windows_characters.end()) return '?';
     return low8(static_cast<std::int64_t>(windows_from) + (found - windows_characters.begin()));
 }
@@ -41,7 +41,7 @@ std::uint8_t module_code(std::uint8_t code) {
     };
     constexpr Letter letters[]{{0xC4, 0x8E}, {0xD6, 0x99}, {0xDC, 0x9A}, {0xDF, 0xE1},
                                {0xE4, 0x84}, {0xF6, 0x94}, {0xFC, 0x81}};
-    const auto* const found = std::ranges::find(letters, code, &Letter::windows);
+    const auto found = std::ranges::find(letters, code, &Letter::windows);
     return found == std::end(letters) ? code : found->module;
 }
 

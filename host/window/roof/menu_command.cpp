@@ -155,7 +155,7 @@ constexpr Action actions[]{
 }  // namespace
 
 void menu_command(int id) {
-    const auto* const found = std::ranges::find_if(
+    const auto found = std::ranges::find_if(
         actions, [id](const Action& a) { return id >= a.first && id <= a.last; });
     if (found == std::end(actions) || postpone([id] { menu_command(id); })) return;
     found->run(id - found->first);
