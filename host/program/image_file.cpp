@@ -12,7 +12,8 @@ std::string image_notice;
 
 namespace {
 
-std::string notice_path;  // the file that the last notice of a load is about
+// The file that the last notice of a load is about, and the name that it foretells.
+std::string notice_path, notice_name;
 
 /// How much longer than `size` the plain file is, 0 if it isn't.
 std::uintmax_t excess(const std::string& path, std::size_t size) {
@@ -30,8 +31,10 @@ void note_longer_file(const std::string& path, int size) {
                    " bytes only the first " + std::to_string(size) + " are used.";
     if (size < eeprom_large && length <= eeprom_large)
         image_notice += " With 64 KiB (memKB=64 in simulator.ini, or --mem 64) all are.";
-    image_notice += " Before an image is saved as that file, it is renamed to " + free_name(path);
+    image_notice += " Before an image is saved as that file, it is renamed to ";
     notice_path = path;
+    notice_name = free_name(path);
+    image_notice += notice_name;
 }
 
 /// Keeps a file that is longer than what will replace it under a further name, which `name` then
@@ -65,7 +68,8 @@ std::string save_image(const std::string& path, std::span<const std::uint8_t> im
         if (!kept.empty()) std::filesystem::remove(kept, ignored);
         return "cannot save " + path + ": " + reason;
     }
-    if (!kept.empty() && path != notice_path)
+    // Somebody may have taken the name that was foretold.
+    if (!kept.empty() && (path != notice_path || kept != notice_name))
         image_notice = path + " was longer than the image that is saved there, and is now " + kept;
     return {};
 }

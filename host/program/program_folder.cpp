@@ -1,5 +1,6 @@
 #include "host/program/program_folder.h"
 
+#include "base/files.h"
 #include "base/folder_lock.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/program/demo.h"
@@ -9,6 +10,7 @@
 #include "seam/host_calls.h"
 #include "seam/platform.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -114,6 +116,12 @@ std::string save_elsewhere(std::span<const std::uint8_t> image, const std::strin
     return "cannot save " + image_path() + ": " + why + "; the image is in " + image_elsewhere;
 }
 
+bool file_holds(const std::string& path, std::span<const std::uint8_t> image) {
+    Bytes content;
+    return read_file(path, image.size(), content).empty() &&
+           std::equal(content.begin(), content.end(), image.begin(), image.end());
+}
+
 /// Only the first save of a run keeps the former file: a backup of what this run itself has saved
 /// would be of no use to anybody.
 std::string save_image_of_run(std::span<const std::uint8_t> image) {
@@ -122,12 +130,18 @@ std::string save_image_of_run(std::span<const std::uint8_t> image) {
     if (lock == FolderLock::held) return save_elsewhere(image, fault);
     if (lock == FolderLock::failed) return "cannot save " + image_path() + ": " + fault;
     if (fault = image_link_fault(); !fault.empty()) return "cannot save " + fault;
+    // A disk that has filled up since would refuse what it has already.
+    if (former_kept && file_holds(image_path(), image)) return {};
     fault = save_image(image_path(), image, former_kept ? Backup::none : Backup::keep);
     former_kept = former_kept || fault.empty();
     return fault;
 }
 
-bool copy_is_unsaved() { return eeprom_copy_waits() || !unsaved_copy.empty(); }
+/// One that was taken, but is withdrawn meanwhile, isn't saved any more.
+bool copy_is_unsaved() {
+    if (!eeprom_copy_stands()) unsaved_copy = {};
+    return eeprom_copy_waits() || !unsaved_copy.empty();
+}
 
 /// Saves the newest copy, if there is one. What is no plain file could make us wait; at the end a
 /// signal can cut that short.

@@ -24,6 +24,7 @@ constinit std::uint8_t copy_taken = 1;    // main thread
 /// The index of the copy between, and copy_is_new until it is taken.
 constexpr std::uint8_t copy_is_new = 4;
 constinit std::atomic<std::uint8_t> copy_between{2};
+constinit std::atomic<bool> copy_stands{false};
 
 constexpr std::uint8_t copy_index(std::uint8_t between) { return between & 3; }
 
@@ -45,9 +46,16 @@ std::span<const std::uint8_t> eeprom_bytes() {
 void eeprom_leave_copy() {
     std::ranges::copy(eeprom_bytes(), copies[copy_to_fill].begin());
     copy_to_fill = copy_index(copy_between.exchange(copy_to_fill | copy_is_new));
+    // Not before the new one is there: an older one must not stand again.
+    copy_stands.store(true);
 }
 
-void eeprom_withdraw_copy() { copy_between.fetch_and(static_cast<std::uint8_t>(~copy_is_new)); }
+bool eeprom_copy_stands() { return copy_stands.load(); }
+
+void eeprom_withdraw_copy() {
+    copy_stands.store(false);
+    copy_between.fetch_and(static_cast<std::uint8_t>(~copy_is_new));
+}
 
 bool eeprom_copy_waits() { return (copy_between.load() & copy_is_new) != 0; }
 

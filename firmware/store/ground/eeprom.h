@@ -43,6 +43,10 @@ void eeprom_leave_copy();
 /// Takes that back, unless it has been taken: the image has overflowed. Firmware.
 void eeprom_withdraw_copy();
 
+/// Whether the last copy, also one that has been taken, has not been withdrawn: false, a save of it
+/// that has failed is not tried again. From any thread.
+bool eeprom_copy_stands();
+
 /// Whether a copy waits to be taken. From any thread.
 bool eeprom_copy_waits();
 

@@ -228,6 +228,11 @@ TEST_F(Folder, the_image_has_the_size_of_the_settings) {
     EXPECT_NE(image_notice.find("of 65537 bytes only the first 65536"), std::string::npos)
         << image_notice;
     image_notice.clear();
+    put("Orvanel42.bin.1", "somebody took the name that the notice foretells");
+    EXPECT_EQ(save_image(folder / "Orvanel42.bin", eeprom_bytes(), Backup::none), "");
+    EXPECT_TRUE(image_notice.ends_with("is now " + (folder / "Orvanel42.bin.2").string()))
+        << image_notice;
+    image_notice.clear();
 }
 
 // As the firmware's restart leaves a copy of it.
@@ -277,6 +282,23 @@ TEST_F(Folder, a_save_of_a_running_program_that_fails_is_shown_once_and_tried_ag
     fs::remove(folder / "Orvanel42.bin");
     timer_at(21000);
     EXPECT_EQ(get("Orvanel42.bin")[0], '1');
+}
+
+TEST_F(Folder, a_save_that_failed_is_not_tried_again_once_the_copy_is_withdrawn) {
+    ASSERT_EQ(open_program_folder(folder.string()), "");
+    mkfifo((folder / "Orvanel42.bin").c_str(), 0600);
+    timer_at(0);
+    program('1');
+    timer_at(100);
+    timer_at(1100);
+    fs::remove(folder / "Orvanel42.bin");
+    eeprom_withdraw_copy();
+    timer_at(11'100);
+    EXPECT_FALSE(fs::exists(folder / "Orvanel42.bin"));
+    program('2');
+    timer_at(20'000);
+    timer_at(21'000);
+    EXPECT_EQ(get("Orvanel42.bin")[0], '2') << "the next one is";
 }
 
 TEST_F(Folder, keeps_what_the_user_writes_while_the_program_runs) {
