@@ -19,6 +19,7 @@
 #include "host/scenario/expectations.h"
 #include "host/scenario/hints.h"
 #include "host/scenario/module_tables.h"
+#include "host/scenario/named_files.h"
 #include "host/scenario/received.h"
 #include "host/scenario/report.h"
 #include "host/scenario/sources.h"
@@ -356,6 +357,16 @@ void report_unknown(std::string_view name) {
     report_fault(wrong_line, message + is_it(name, names));
 }
 
+const ScenarioCommand* find_command(std::string_view name) {
+    const auto* command = std::find_if(std::begin(commands), std::end(commands),
+                                       [name](const ScenarioCommand& c) { return c.name == name; });
+    return command == std::end(commands) ? nullptr : command;
+}
+
+bool is_path(Take take) {
+    return take == Take::path || take == Take::picture || take == Take::file;
+}
+
 void run_command(const ScenarioCommand& command, std::string_view rest) {
     const std::string name(command.name);
     Arguments values{};
@@ -369,6 +380,7 @@ void run_command(const ScenarioCommand& command, std::string_view rest) {
                      fault + "; the form is: " + name + (usage.empty() ? "" : " ") + usage);
         return;
     }
+    if (fault = output_clash(values.path); !fault.empty()) return report_fault(wrong_line, fault);
     note_command(command.name);
     command.run(values);
 }
@@ -376,6 +388,14 @@ void run_command(const ScenarioCommand& command, std::string_view rest) {
 }  // namespace
 
 std::span<const ScenarioCommand> scenario_commands() { return commands; }
+
+std::string path_in_line(std::string_view line) {
+    std::string_view rest = trimmed(line);
+    const ScenarioCommand* command = find_command(take_word(rest));
+    if (command == nullptr || !is_path(command->arguments.front().take)) return {};
+    Arguments values{};
+    return take_argument(rest, command->arguments.front(), values).empty() ? values.path : "";
+}
 
 bool run_scenario_line(std::string_view line, bool is_first) {
     std::string_view rest = trimmed(line);
@@ -386,9 +406,8 @@ bool run_scenario_line(std::string_view line, bool is_first) {
         return true;
     }
     const std::string_view name = take_word(rest);
-    const auto* command = std::find_if(std::begin(commands), std::end(commands),
-                                       [name](const ScenarioCommand& c) { return c.name == name; });
-    if (command == std::end(commands))
+    const ScenarioCommand* command = find_command(name);
+    if (command == nullptr)
         report_unknown(name);
     else
         run_command(*command, rest);

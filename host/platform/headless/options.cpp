@@ -4,9 +4,12 @@
 #include "base/files.h"
 #include "host/platform/real_time/start_port.h"
 #include "host/platform/system/process.h"
+#include "host/scenario/commands.h"
+#include "host/scenario/named_files.h"
 #include "host/scenario/report.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace orvanel {
 
@@ -133,46 +136,72 @@ std::vector<Option> options_into(Options& options) {
     };
 }
 
-/// A file that is written or read, and the option that says so.
-struct NamedFile {
-    std::string option, path;
-};
+/// Whether a file may be written over that a scenario yet to come might have named: there is
+/// nothing in it, or what such an option has written before.
+bool is_former_output(const RunOutput& output) {
+    Bytes start;
+    if (!is_plain_file(output.path) || output.option == "--save-image" ||
+        !read_file_start(output.path, 64, start).empty() || start.empty())
+        return true;
+    const std::string_view text(reinterpret_cast<const char*>(start.data()), start.size());
+    if (output.option == "--junit") return text.starts_with("<?xml");
+    if (output.option == "--trace-json") return text.starts_with('{');
+    const std::size_t digits = text.find_first_not_of("0123456789");
+    return digits > 0 && digits < text.size() && text[digits] == '.';
+}
 
 /// The option that would write over a file that is read, or over another one's, and what is wrong
 /// with it; both empty if none would.
-std::pair<std::string, std::string> output_clash(const Options& options) {
-    std::vector<NamedFile> files;
+RunOutput output_clash_in(const Options& options) {
+    std::vector<RunOutput> files;
     for (const std::string& name : options.scenarios)
         if (name != "-") files.push_back({"SCENARIO", name});
     if (!options.folder.empty())
-        for (const char* name : {"/simulator.ini", "/Orvanel42.bin"})
+        for (const char* name :
+             {"/simulator.ini", "/Orvanel42.bin", "/Orvanel42.bin.bak", "/Orvanel42.lock"})
             files.push_back({"--dir", options.folder + name});
     // The image alone may go back into the file that it came from.
     if (!is_same_file(options.image, options.session.save_image))
         files.push_back({"--image", options.image});
-    const char* const trace =
-        options.session.trace.form == TraceForm::json ? "--trace-json" : "--trace";
-    for (const NamedFile& output :
-         {NamedFile{"--save-image", options.session.save_image},
-          NamedFile{trace, options.session.trace.file}, NamedFile{"--junit", options.junit}}) {
-        if (output.path.empty() || output.path == "-") continue;
-        for (const NamedFile& other : files)
+    files.push_back({"--kit", options.kit});
+    for (const RunOutput& output : run_outputs) {
+        for (const RunOutput& other : files)
             if (!other.path.empty() && is_same_file(output.path, other.path))
                 return {output.option,
                         output.path + " is the file of " + other.option + " too: name another one"};
         files.push_back(output);
     }
+    for (const std::string& name : options.scenarios) {
+        if (RunOutput named = named_output(name, path_in_line); !named.option.empty()) return named;
+        if (name.empty() || is_plain_file(name)) continue;
+        for (const RunOutput& output : run_outputs)
+            if (!is_former_output(output))
+                return {output.option, output.path + " holds something else, which the scenario "
+                                                     "may be about to read: name another one"};
+    }
     return {};
 }
 
+/// What the command line has the run write.
+std::vector<RunOutput> outputs_of(const Options& options) {
+    const TraceOptions& trace = options.session.trace;
+    std::vector<RunOutput> outputs{
+        {"--save-image", options.session.save_image},
+        {trace.form == TraceForm::json ? "--trace-json" : "--trace", trace.file},
+        {"--junit", options.junit}};
+    std::erase_if(
+        outputs, [](const RunOutput& output) { return output.path.empty() || output.path == "-"; });
+    return outputs;
+}
+
 /// What doesn't go together: the option that is at fault and why, both empty if all is well.
-std::pair<std::string, std::string> clash_in(const Options& options) {
+RunOutput clash_in(const Options& options) {
     const std::vector<std::string>& scenarios = options.scenarios;
     if (std::count(scenarios.begin(), scenarios.end(), "-") > 1)
         return {"SCENARIO", "standard input can be read only once"};
     if (options.session.serial == "stdio" && scenarios.size() == 1 && scenarios.front() == "-")
         return {"SCENARIO", "standard input is the line: name a file"};
-    if (auto clash = output_clash(options); !clash.first.empty()) return clash;
+    if (RunOutput clash = output_clash_in(options); !clash.option.empty()) return clash;
     if (scenarios.size() == 1 && options.session.json && scenarios.front().empty())
         return {"--json", "answers the lines of a scenario: name one, or - for standard input"};
     if (options.session.json && options.session.serial == "stdio")
@@ -206,6 +235,7 @@ int parse_options(int argc, char** argv, Options& options) {
         return output_is_whole(line.program) ? status : wrong_line;
     options.session.trace.strictness = strictness_of(options.strict);
     if (options.scenarios.empty()) options.scenarios = {options.session.serial.empty() ? "-" : ""};
+    run_outputs = outputs_of(options);
     const auto [option, fault] = clash_in(options);
     return option.empty() ? -1 : refuse_option(line.program, option, fault);
 }

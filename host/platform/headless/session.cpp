@@ -9,6 +9,7 @@
 #include "host/scenario/hints.h"
 #include "host/scenario/json_answers.h"
 #include "host/scenario/memory_window.h"
+#include "host/scenario/named_files.h"
 #include "host/scenario/report.h"
 #include "host/scenario/runner.h"
 #include "host/scenario/world.h"
@@ -34,7 +35,9 @@ void save_all() {
     for (const std::string& fault : save_program_folder())
         tell_unsaved(fault);
     tell_image_notice();
-    if (session_options.save_image.empty() || eeprom_state != EepromState::programmed) return;
+    if (session_options.save_image.empty() || eeprom_state != EepromState::programmed ||
+        is_withheld(session_options.save_image))
+        return;
     const std::string fault = save_image(session_options.save_image, eeprom_bytes(), Backup::none);
     if (!fault.empty()) tell_unsaved(fault);
     tell_image_notice();
