@@ -22,25 +22,25 @@ std::string kind_fault(const std::string& path) {
 
 }  // namespace
 
-std::string read_file(const std::string& path, std::size_t most, Bytes& content) {
+std::string read_file(const std::string& path, std::size_t max, Bytes& content) {
     if (std::string fault = kind_fault(path); !fault.empty()) return fault;
     std::error_code fault;
     const std::uintmax_t size = std::filesystem::file_size(path, fault);
     if (fault) return fault.message();
-    if (size > most) return "longer than " + std::to_string(most) + " bytes";
+    if (size > max) return "longer than " + std::to_string(max) + " bytes";
     return read_any_start(path, static_cast<std::size_t>(size) + 1,
                           content);  // at least one address
 }
 
-std::string read_file_start(const std::string& path, std::size_t most, Bytes& content) {
+std::string read_file_start(const std::string& path, std::size_t max, Bytes& content) {
     std::string fault = kind_fault(path);
-    return fault.empty() ? read_any_start(path, most, content) : fault;
+    return fault.empty() ? read_any_start(path, max, content) : fault;
 }
 
-std::string read_any_start(const std::string& path, std::size_t most, Bytes& content) {
+std::string read_any_start(const std::string& path, std::size_t max, Bytes& content) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) return errno_text();
-    content.resize(most);
+    content.resize(max);
     const std::size_t n = std::fread(content.data(), 1, content.size(), file);
     const bool failed = std::ferror(file) != 0;
     std::string message = failed ? errno_text() : "";

@@ -11,15 +11,15 @@
 
 namespace orvanel {
 
-/// Reads a plain file of at most `most` bytes. The result is empty on success, else what went
+/// Reads a plain file of at most `max` bytes. The result is empty on success, else what went
 /// wrong; `content` then says nothing.
-std::string read_file(const std::string& path, std::size_t most, Bytes& content);
+std::string read_file(const std::string& path, std::size_t max, Bytes& content);
 
-/// The same for the first `most` bytes of a plain file of any length.
-std::string read_file_start(const std::string& path, std::size_t most, Bytes& content);
+/// The same for the first `max` bytes of a plain file of any length.
+std::string read_file_start(const std::string& path, std::size_t max, Bytes& content);
 
 /// The same for whatever the path opens: a pipe is waited for.
-std::string read_any_start(const std::string& path, std::size_t most, Bytes& content);
+std::string read_any_start(const std::string& path, std::size_t max, Bytes& content);
 
 /// Why the path is no plain file that can be opened to read; empty if it is one.
 std::string unreadable(const std::string& path);

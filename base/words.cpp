@@ -110,16 +110,16 @@ std::string take_path(std::string_view& rest, std::string& path) {
     return path.empty() ? "the path is empty" : "";
 }
 
-std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t most,
+std::string take_number(std::string_view& rest, std::int64_t min, std::int64_t max,
                         std::int64_t& value) {
     const std::string_view word = take_word(rest);
-    const std::string range = std::to_string(least) + " to " + std::to_string(most);
+    const std::string range = std::to_string(min) + " to " + std::to_string(max);
     if (word.empty()) return "a number is missing, " + range;
-    const std::string_view digits = word.substr(least < 0 && word.starts_with('-') ? 1 : 0);
+    const std::string_view digits = word.substr(min < 0 && word.starts_with('-') ? 1 : 0);
     if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
         return in_quotes(word) + " is no number, " + range;
     const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (fault != std::errc{} || value < least || value > most)
+    if (fault != std::errc{} || value < min || value > max)
         return printable(word) + " is outside " + range;
     return {};
 }

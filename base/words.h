@@ -23,8 +23,8 @@ std::string take_bytes(std::string_view& rest, std::vector<std::uint8_t>& bytes)
 /// A word, or anything between double quotes, in which a backslash is a backslash.
 std::string take_path(std::string_view& rest, std::string& path);
 
-/// A decimal number of least..most, with a minus sign only where least is below 0.
-std::string take_number(std::string_view& rest, std::int64_t least, std::int64_t most,
+/// A decimal number of min..max, with a minus sign only where min is below 0.
+std::string take_number(std::string_view& rest, std::int64_t min, std::int64_t max,
                         std::int64_t& value);
 
 /// A hexadecimal number of at most 32 bits, without prefix.

@@ -12,7 +12,7 @@ namespace orvanel {
 namespace {
 
 constexpr std::string_view own_registry = "Orvanel42";
-constexpr int largest_glyph = 512;  // dots a side, and around the point
+constexpr int max_glyph = 512;  // dots a side, and around the point
 
 struct BdfReader {
     std::string name;
@@ -40,14 +40,14 @@ bool next_line(BdfReader& reader) {
     return true;
 }
 
-int take_int(BdfReader& reader, int least, int most) {
+int take_int(BdfReader& reader, int min, int max) {
     std::string_view rest = reader.line;
     const std::string_view word = take_word(rest);
     int value = 0;
     const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (word.empty() || fault != std::errc{} || end != word.data() + word.size() || value < least ||
-        value > most)
-        fail(reader, "expected a number, " + std::to_string(least) + " to " + std::to_string(most));
+    if (word.empty() || fault != std::errc{} || end != word.data() + word.size() || value < min ||
+        value > max)
+        fail(reader, "expected a number, " + std::to_string(min) + " to " + std::to_string(max));
     reader.line = rest;
     return value;
 }
@@ -86,12 +86,12 @@ void read_character(BdfReader& reader, const Codes& wanted) {
         if (word == "ENCODING") {
             number = take_int(reader, -1, 0x10FFFF);
         } else if (word == "DWIDTH") {
-            glyph.advance = take_int(reader, 0, largest_glyph);
+            glyph.advance = take_int(reader, 0, max_glyph);
         } else if (word == "BBX") {
-            const int width = take_int(reader, 0, largest_glyph);
-            const int height = take_int(reader, 0, largest_glyph);
-            glyph.left = take_int(reader, -largest_glyph, largest_glyph);
-            glyph.top = take_int(reader, -largest_glyph, largest_glyph) + height;
+            const int width = take_int(reader, 0, max_glyph);
+            const int height = take_int(reader, 0, max_glyph);
+            glyph.left = take_int(reader, -max_glyph, max_glyph);
+            glyph.top = take_int(reader, -max_glyph, max_glyph) + height;
             glyph.dots = blank_dots(width, height);
             has_box = true;
         } else if (word == "BITMAP") {
@@ -110,18 +110,18 @@ void read_character(BdfReader& reader, const Codes& wanted) {
 
 void read_property(BdfReader& reader, std::string_view word) {
     if (word == "FONT_ASCENT") {
-        reader.ascent = take_int(reader, -largest_glyph, largest_glyph);
+        reader.ascent = take_int(reader, -max_glyph, max_glyph);
         reader.has_metrics = true;
     } else if (word == "FONT_DESCENT") {
-        reader.descent = take_int(reader, -largest_glyph, largest_glyph);
+        reader.descent = take_int(reader, -max_glyph, max_glyph);
         reader.has_metrics = true;
     } else if (word == "CHARSET_REGISTRY") {
         reader.codes = reader.line.find(own_registry) != std::string_view::npos;
     } else if (word == "FONTBOUNDINGBOX" && !reader.has_metrics) {
-        take_int(reader, 0, largest_glyph);
-        const int height = take_int(reader, 0, largest_glyph);
-        take_int(reader, -largest_glyph, largest_glyph);
-        reader.descent = -take_int(reader, -largest_glyph, largest_glyph);
+        take_int(reader, 0, max_glyph);
+        const int height = take_int(reader, 0, max_glyph);
+        take_int(reader, -max_glyph, max_glyph);
+        reader.descent = -take_int(reader, -max_glyph, max_glyph);
         reader.ascent = height - reader.descent;
     }
 }

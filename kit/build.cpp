@@ -13,7 +13,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t longest_stream = std::size_t{16} << 20;  // bytes of a file
+constexpr std::size_t max_stream_bytes = std::size_t{16} << 20;  // bytes of a file
 
 Built build_lines(const std::string& name, const std::vector<SourceLine>& lines,
                   const BuildOptions& options, const Progress& progress, Faults& faults) {
@@ -78,7 +78,7 @@ Content load_any(const std::string& path, const Progress& progress, Faults& faul
     Bytes content;
     const bool stream = ends_in(path, ".eep");
     const std::string fault =
-        read_file(path, stream ? longest_stream : std::size_t{eeprom_large}, content);
+        read_file(path, stream ? max_stream_bytes : std::size_t{eeprom_large}, content);
     if (!fault.empty()) throw Fault({path, 0, 0}, fault);
     if (stream) return {play_stream(content), content, {}};
     if (is_text(content))

@@ -84,12 +84,12 @@ Scanner start_of_tail(Writer& writer) {
     return *writer.scanner;
 }
 
-int take_param(Writer& writer, const Param& param, int most) {
+int take_param(Writer& writer, const Param& param, int max) {
     step_over_comma(writer, true);
     Scanner& scanner = *writer.scanner;
     if (peek(scanner) == 0)
         fail(scanner, std::string(param.name) + " is missing; " + usage_of(*writer.form));
-    return take_sum(scanner, *writer.assembly->names, param.kind, param.name, 0, most);
+    return take_sum(scanner, *writer.assembly->names, param.kind, param.name, 0, max);
 }
 
 void put_string(Writer& writer) {
@@ -133,9 +133,9 @@ void put_counted(Writer& writer) {
 }
 
 void put_eeprom(Writer& writer) {
-    constexpr int most = 0xFFFF;
+    constexpr int max = 0xFFFF;
     Scanner& scanner = *writer.scanner;
-    append_pair(*writer.bytes, take_param(writer, {"address", Kind::number}, most));
+    append_pair(*writer.bytes, take_param(writer, {"address", Kind::number}, max));
     expect_char(scanner, ',');
     Scanner ahead = scanner;
     if (take_name(ahead) == "W") {
@@ -143,14 +143,14 @@ void put_eeprom(Writer& writer) {
         take_char(scanner, ',');
         const Scanner start = scanner;
         const Bytes data = take_bytes(scanner);
-        if (data.size() > most) fail(start, "these are more than 65535 bytes");
+        if (data.size() > max) fail(start, "these are more than 65535 bytes");
         append_pair(*writer.bytes, static_cast<int>(data.size()));
         writer.bytes->push_back('W');
         append(*writer.bytes, data);
         return;
     }
     append_pair(*writer.bytes,
-                take_sum(scanner, *writer.assembly->names, Kind::number, "length or W", 0, most));
+                take_sum(scanner, *writer.assembly->names, Kind::number, "length or W", 0, max));
     expect_char(scanner, ',');
     peek(scanner);
     const Scanner start = scanner;

@@ -28,7 +28,7 @@ enum class Tail : std::uint8_t {
     eeprom,   // address and length of two bytes each, a letter, and behind W the data
 };
 
-constexpr int most_params = 9;
+constexpr int max_params = 9;
 
 /// One command. `op` is 0 for a command without an op letter; `name` is null behind the last
 /// parameter.
@@ -36,7 +36,7 @@ struct Form {
     char group;
     char op;
     Tail tail;
-    std::array<Param, most_params> params;
+    std::array<Param, max_params> params;
     const CommandRow* row;
 };
 
@@ -57,7 +57,7 @@ std::string letters_of(const Form& form);
 /// A command as it stands in a stream.
 struct Parsed {
     const Form* form;  // null: no command, but bytes that the module takes behind a lead-in
-    std::array<int, most_params> params;
+    std::array<int, max_params> params;
     std::size_t tail_at, tail_size;  // the raw bytes, without what ends or counts them
     std::size_t size;                // bytes of the whole
     int address, length;             // of Tail::eeprom, whose letter is `operation`

@@ -15,8 +15,8 @@ namespace orvanel {
 namespace {
 
 constexpr int default_block = 1024;
-constexpr int largest_block = 0xFFFF;
-constexpr int largest_stream = 1 << 24;
+constexpr int max_block = 0xFFFF;
+constexpr int max_stream = 1 << 24;
 constexpr std::array<std::string_view, 3> stream_names{"block", "blocks", "percent"};
 
 /// A kit on its way.
@@ -57,9 +57,9 @@ void read_stream_section(const Section& section, KitReader& reader) {
     StreamPlan& stream = reader.kit.stream;
     for_settings(section.lines, *reader.faults, [&](Setting& setting) {
         if (setting.key == "block")
-            stream.block = take_number(setting.value, 16, largest_block);
+            stream.block = take_number(setting.value, 16, max_block);
         else if (setting.key == "length")
-            stream.length = take_number(setting.value, 0, largest_stream);
+            stream.length = take_number(setting.value, 0, max_stream);
         else if (setting.key == "restart")
             stream.restart = take_yes(setting.value);
         else

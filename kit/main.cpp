@@ -29,7 +29,7 @@ namespace {
 
 using namespace orvanel;
 
-constexpr std::size_t most_messages = 20;
+constexpr std::size_t max_messages = 20;
 
 enum Status { all_well = 0, wrong_content = 1, wrong_call = 2 };
 
@@ -65,10 +65,10 @@ class ProgressLine {
 /// Tells the faults, those of a file in the order of its lines.
 Status tell(Faults faults) {
     sort_by_place(faults);
-    for (std::size_t i = 0; i < faults.size() && i < most_messages; ++i)
+    for (std::size_t i = 0; i < faults.size() && i < max_messages; ++i)
         tell_user(message_of(faults[i]));
-    if (faults.size() > most_messages)
-        tell_error("and " + std::to_string(faults.size() - most_messages) + " more");
+    if (faults.size() > max_messages)
+        tell_error("and " + std::to_string(faults.size() - max_messages) + " more");
     return faults.empty() ? all_well : wrong_content;
 }
 
@@ -173,10 +173,10 @@ int check(const Options& options) {
         return wrong_content;
     }
     const std::vector<TrialFinding> findings = findings_on(content);
-    for (std::size_t i = 0; i < findings.size() && i < most_messages; ++i)
+    for (std::size_t i = 0; i < findings.size() && i < max_messages; ++i)
         put(options.source + ": " + line_of(findings[i]) + "\n");
-    if (findings.size() > most_messages)
-        put(options.source + ": and " + std::to_string(findings.size() - most_messages) +
+    if (findings.size() > max_messages)
+        put(options.source + ": and " + std::to_string(findings.size() - max_messages) +
             " more\n");
     const FailOn limit = fail_on(options.fail_on);
     const bool fails =
@@ -197,11 +197,11 @@ int diff(const Options& options) {
     return text.empty() ? all_well : wrong_content;
 }
 
-/// An option whose value is a number, decimal or hexadecimal, 0..most.
-Option number_option(const char* name, int most, int& value, const char* help) {
-    const auto take = [most, &value](const std::string& text) {
-        const bool taken = number_of(text, 0, most, value);
-        return taken ? "" : "takes a number, 0 to " + std::to_string(most);
+/// An option whose value is a number, decimal or hexadecimal, 0..max.
+Option number_option(const char* name, int max, int& value, const char* help) {
+    const auto take = [max, &value](const std::string& text) {
+        const bool taken = number_of(text, 0, max, value);
+        return taken ? "" : "takes a number, 0 to " + std::to_string(max);
     };
     return {.names = name, .place = take, .help = help, .value_name = "N"};
 }

@@ -49,8 +49,8 @@ std::vector<std::string_view> all_of(const Names& names) {
 
 std::string_view kind_name(Kind kind) { return kind_names[static_cast<std::size_t>(kind)]; }
 
-int take_sum(Scanner& scanner, const Names& names, Kind wanted, std::string_view what, int least,
-             int most) {
+int take_sum(Scanner& scanner, const Names& names, Kind wanted, std::string_view what, int min,
+             int max) {
     constexpr int beyond = 100'000'000;  // no sum that is still of use
     peek(scanner);
     const Scanner start = scanner;
@@ -66,9 +66,9 @@ int take_sum(Scanner& scanner, const Names& names, Kind wanted, std::string_view
             break;
         if (sum > beyond || sum < -beyond) break;
     }
-    if (sum < least || sum > most)
+    if (sum < min || sum > max)
         fail(start, std::string(what) + " is " + std::to_string(sum) + ", outside " +
-                        std::to_string(least) + " to " + std::to_string(most));
+                        std::to_string(min) + " to " + std::to_string(max));
     return sum;
 }
 

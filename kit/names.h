@@ -26,10 +26,10 @@ using Names = std::map<std::string, Named, std::less<>>;
 /// The names alone, for a message.
 std::vector<std::string_view> all_of(const Names& names);
 
-/// Numbers and names joined by + and -, e.g. `left + 8`. Throws unless the sum lies in least..most
+/// Numbers and names joined by + and -, e.g. `left + 8`. Throws unless the sum lies in min..max
 /// and its names are plain numbers or of the kind that is wanted. `what` names the value in
 /// messages.
-int take_sum(Scanner& scanner, const Names& names, Kind wanted, std::string_view what, int least,
-             int most);
+int take_sum(Scanner& scanner, const Names& names, Kind wanted, std::string_view what, int min,
+             int max);
 
 }  // namespace orvanel

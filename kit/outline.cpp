@@ -31,7 +31,7 @@ Library open_library() {
     return Library(opened);
 }
 
-constexpr int largest_cell = 512;  // dots a side, and around the point
+constexpr int max_cell = 512;  // dots a side, and around the point
 
 /// Dots of a length in 64ths, rounded.
 int rounded(FT_Pos length) { return static_cast<int>((length + 32) >> 6); }
@@ -50,8 +50,8 @@ bool is_too_large(const FT_GlyphSlotRec_& slot) {
         box.xMax = box.xMin + static_cast<FT_Pos>(slot.bitmap.width) * 64;
         box.yMin = box.yMax - static_cast<FT_Pos>(slot.bitmap.rows) * 64;
     }
-    constexpr FT_Pos most = largest_cell * 64;
-    const auto beyond = [](FT_Pos length) { return length < -most || length > most; };
+    constexpr FT_Pos max = max_cell * 64;
+    const auto beyond = [](FT_Pos length) { return length < -max || length > max; };
     return beyond(box.xMin) || beyond(box.xMax) || beyond(box.yMin) || beyond(box.yMax) ||
            beyond(slot.advance.x);
 }
@@ -86,8 +86,8 @@ std::string read_outlines(std::span<const std::uint8_t> file, int size, const Co
         return "has no size of " + std::to_string(size) + " dots";
     const FT_Size_Metrics& metrics = face->size->metrics;
     const std::string size_text = "size = " + std::to_string(size);
-    const std::string limit_text = std::to_string(largest_cell) + " dots";
-    if (metrics.ascender > largest_cell * 64 || metrics.descender < -largest_cell * 64)
+    const std::string limit_text = std::to_string(max_cell) + " dots";
+    if (metrics.ascender > max_cell * 64 || metrics.descender < -max_cell * 64)
         return "is too large: at " + size_text + " its lines reach over " + limit_text;
     std::map<int, DrawnGlyph> drawn;
     for (int code = ' '; code < code_count; ++code) {

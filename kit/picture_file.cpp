@@ -17,11 +17,11 @@ namespace {
 constexpr std::uint8_t black = 0, white = 255;
 
 std::string size_fault(std::int64_t width, std::int64_t height) {
-    if (width > 0 && height > 0 && width <= most_picture_dots && height <= most_picture_dots &&
-        width * height <= most_picture_dots)
+    if (width > 0 && height > 0 && width <= max_picture_dots && height <= max_picture_dots &&
+        width * height <= max_picture_dots)
         return {};
     return "is " + std::to_string(width) + " x " + std::to_string(height) +
-           " dots; a picture has 1 to " + std::to_string(most_picture_dots);
+           " dots; a picture has 1 to " + std::to_string(max_picture_dots);
 }
 
 /// Appends a packed row, the leftmost dot in bit 7. `light` is that of a clear and a set bit.

@@ -11,7 +11,7 @@
 namespace orvanel {
 
 /// Larger pictures are refused before their dots are looked at.
-constexpr int most_picture_dots = 1 << 20;
+constexpr int max_picture_dots = 1 << 20;
 
 /// Reads a picture by its content, whatever the file is called. What is transparent shows white
 /// behind it. The result is empty on success, else what is wrong with the file.

@@ -13,9 +13,9 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t longest_file = std::size_t{32} << 20;  // bytes
-constexpr int largest_size = 255;                            // dots
-constexpr int first_default = 32, last_default = 126;        // codes of ASCII
+constexpr std::size_t max_file_bytes = std::size_t{32} << 20;  // bytes
+constexpr int max_size = 255;                                  // dots
+constexpr int first_default = 32, last_default = 126;          // codes of ASCII
 
 /// A file that a setting names.
 struct NamedFile {
@@ -36,7 +36,7 @@ NamedFile take_file(Setting& setting) {
 
 Bytes read_named(const NamedFile& file) {
     Bytes content;
-    const std::string fault = read_file(file.path, longest_file, content);
+    const std::string fault = read_file(file.path, max_file_bytes, content);
     if (!fault.empty()) fail_file(file, "can't be read: " + fault);
     return content;
 }
@@ -85,14 +85,14 @@ Encoding take_encoding(Scanner& scanner) {
 
 void take_font_setting(Setting& setting, const Names& names, FontSettings& font) {
     Scanner& value = setting.value;
-    const auto number = [&](int least, int most) {
-        return take_sum(value, names, Kind::number, setting.key, least, most);
+    const auto number = [&](int min, int max) {
+        return take_sum(value, names, Kind::number, setting.key, min, max);
     };
     if (setting.key == "file") {
         font.file = take_file(setting);
     } else if (setting.key == "size") {
         font.size_place = setting.key_place;
-        font.size = number(1, largest_size);
+        font.size = number(1, max_size);
     } else if (setting.key == "range") {
         font.codes_place = setting.key_place;
         take_ranges(value, font.wanted);
@@ -191,11 +191,11 @@ constexpr std::string_view picture_keys =
     "file, part, second, second_part, threshold, dither, invert, at or same";
 
 Box take_box(Scanner& scanner, const Names& names) {
-    constexpr int most = most_picture_dots;
+    constexpr int max = max_picture_dots;
     Box box{};
-    box.x = take_sum(scanner, names, Kind::number, "x", 0, most);
+    box.x = take_sum(scanner, names, Kind::number, "x", 0, max);
     expect_char(scanner, ',');
-    box.y = take_sum(scanner, names, Kind::number, "y", 0, most);
+    box.y = take_sum(scanner, names, Kind::number, "y", 0, max);
     expect_char(scanner, ',');
     box.width = take_sum(scanner, names, Kind::number, "width", 1, max_picture_width);
     expect_char(scanner, ',');

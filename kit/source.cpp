@@ -15,8 +15,8 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t longest_source = std::size_t{4} << 20;  // bytes of a file
-constexpr std::size_t most_lines = 1 << 18;                   // of all files together
+constexpr std::size_t max_source_bytes = std::size_t{4} << 20;  // bytes of a file
+constexpr std::size_t max_lines = 1 << 18;                      // of all files together
 constexpr std::size_t deepest_include = 16;
 constexpr std::string_view blanks = " \t\r";
 constexpr char comment = ';';
@@ -42,7 +42,7 @@ void read_included(Reader& reader, const std::string& path) {
         throw Fault({path, 0, 0},
                     "is included too deep, at most " + std::to_string(deepest_include) + " files");
     Bytes content;
-    const std::string fault = read_file(path, longest_source, content);
+    const std::string fault = read_file(path, max_source_bytes, content);
     if (!fault.empty()) throw Fault({path, 0, 0}, fault);
     reader.open.push_back(key);
     read_text(reader, path, std::string(content.begin(), content.end()));
@@ -73,8 +73,8 @@ void read_text(Reader& reader, const std::string& name, std::string_view text) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         SourceLine line{name, number, std::string(text.substr(0, end))};
         text.remove_prefix(std::min(end + 1, text.size()));
-        if (reader.lines.size() >= most_lines)
-            throw Fault({name, number, 0}, "more than " + std::to_string(most_lines) + " lines");
+        if (reader.lines.size() >= max_lines)
+            throw Fault({name, number, 0}, "more than " + std::to_string(max_lines) + " lines");
         try {
             if (!read_include(reader, line)) reader.lines.push_back(std::move(line));
         } catch (const Fault& fault) {
@@ -133,8 +133,8 @@ int take_value(std::string_view& text) {
     return value;
 }
 
-std::string range_of(int least, int most) {
-    return std::to_string(least) + " to " + std::to_string(most);
+std::string range_of(int min, int max) {
+    return std::to_string(min) + " to " + std::to_string(max);
 }
 
 }  // namespace
@@ -241,22 +241,21 @@ std::string take_path(Scanner& scanner) {
     return path;
 }
 
-int take_number(Scanner& scanner, int least, int most) {
+int take_number(Scanner& scanner, int min, int max) {
     skip_blanks(scanner);
     const Scanner start = scanner;
     std::string_view rest = std::string_view(scanner.line->text).substr(scanner.at);
     const std::size_t before = rest.size();
     const int value = take_value(rest);
-    if (value < 0) fail(start, "expected a number, " + range_of(least, most));
+    if (value < 0) fail(start, "expected a number, " + range_of(min, max));
     scanner.at += before - rest.size();
-    if (value < least || value > most)
-        fail(start, "the number is outside " + range_of(least, most));
+    if (value < min || value > max) fail(start, "the number is outside " + range_of(min, max));
     return value;
 }
 
-bool number_of(std::string_view text, int least, int most, int& value) {
+bool number_of(std::string_view text, int min, int max, int& value) {
     value = take_value(text);
-    return text.empty() && value >= least && value <= most;
+    return text.empty() && value >= min && value <= max;
 }
 
 Bytes take_text(Scanner& scanner) {

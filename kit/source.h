@@ -63,11 +63,11 @@ std::string_view take_word(Scanner& scanner, std::string_view ends = {});
 /// What stands between double quotes, or a word. Throws if there is neither.
 std::string take_path(Scanner& scanner);
 
-/// A decimal number, or a hexadecimal one behind $ or 0x. Throws unless it lies in least..most.
-int take_number(Scanner& scanner, int least, int most);
+/// A decimal number, or a hexadecimal one behind $ or 0x. Throws unless it lies in min..max.
+int take_number(Scanner& scanner, int min, int max);
 
 /// As take_number, from a command line: the whole text. False if it is no such number.
-bool number_of(std::string_view text, int least, int most, int& value);
+bool number_of(std::string_view text, int min, int max, int& value);
 
 /// A text in double quotes, turned to the module's code page. \\ \" \n \r \t \e \xHH are escapes;
 /// \| \~ \@ stay as they are, since the module reads them so.

@@ -33,16 +33,16 @@ constexpr std::int64_t tick_us = 100'000;
 
 // How long the module is left to itself behind each act.
 constexpr std::int64_t quiet_us = 26'000'000;  // the longest timer has run out by then
-constexpr std::int64_t most_us = 60'000'000;   // for what never comes to rest
-constexpr long most_act_bytes = 20'000;
-constexpr long most_busy_bytes = 100'000;             // without a rest: an endless macro
-constexpr std::int64_t most_busy_us = 3'600'000'000;  // likewise, if it waits
-constexpr long act_costs = 1'000;                     // counted as bytes
+constexpr std::int64_t max_us = 60'000'000;    // for what never comes to rest
+constexpr long max_act_bytes = 20'000;
+constexpr long max_busy_bytes = 100'000;             // without a rest: an endless macro
+constexpr std::int64_t max_busy_us = 3'600'000'000;  // likewise, if it waits
+constexpr long act_costs = 1'000;                    // counted as bytes
 
-constexpr long most_bytes = 2'000'000;      // of all runs
-constexpr long whole_image_bytes = 4'000;   // what a command counts that goes over the whole image
-constexpr std::size_t max_findings = 1000;  // kept
-constexpr std::size_t most_shown = 60;      // characters of a command
+constexpr long max_bytes = 2'000'000;        // of all runs
+constexpr long whole_image_bytes = 4'000;    // what a command counts that goes over the whole image
+constexpr std::size_t max_findings = 1000;   // kept
+constexpr std::size_t max_shown_bytes = 60;  // characters of a command
 
 /// What happens to the module from outside.
 struct Act {
@@ -71,7 +71,7 @@ struct Trial {
     std::set<std::pair<int, int>> ran;      // macros, by table and number
     std::set<Spot> touched;
     std::deque<Visit> visits;
-    long bytes_left = most_bytes;
+    long bytes_left = max_bytes;
 
     // Of the present run.
     Visit visit;
@@ -134,7 +134,7 @@ void tell_finding(const std::string& where, const Finding& finding) {
 std::string command_text(const Bytes& bytes) {
     const std::vector<std::string> lines = lines_from(bytes);
     std::string text = lines.empty() ? "" : lines.front();
-    if (text.size() > most_shown) text.replace(most_shown, std::string::npos, "...");
+    if (text.size() > max_shown_bytes) text.replace(max_shown_bytes, std::string::npos, "...");
     return text;
 }
 
@@ -280,7 +280,7 @@ void run(const Visit& visit, std::span<const std::uint8_t> image,
     trial->next_act = 0;
     trial->stream = stream;
     trial->fed = 0;
-    trial->busy_limit = most_busy_bytes + std::ssize(stream);
+    trial->busy_limit = max_busy_bytes + std::ssize(stream);
     trial->busy_bytes = trial->act_bytes = 0;
     trial->now_us = trial->act_began_us = trial->last_byte_us = 0;
     trial->next_tick_us = tick_us;
@@ -350,7 +350,7 @@ void run_all(std::span<const std::uint8_t> image, std::span<const std::uint8_t> 
     for (int kind = 0; kind <= table_of(Kind::power_on).max; ++kind)
         if (kind == 0 || has_macro(power_on_macro_table, kind))
             trial->visits.push_back({low8(kind), {}, false});
-    trial->bytes_left = most_bytes;
+    trial->bytes_left = max_bytes;
     while (!trial->visits.empty() || plan_left_macro()) {
         if (trial->bytes_left <= 0) {
             tell_finding(
@@ -372,14 +372,14 @@ void trial_time_passes(int ms) {
     trial->now_us += ms * us_per_ms;
     for (; trial->next_tick_us <= trial->now_us; trial->next_tick_us += tick_us)
         firmware_tick();
-    if (trial->now_us - trial->act_began_us > most_busy_us) end_run();
+    if (trial->now_us - trial->act_began_us > max_busy_us) end_run();
 }
 
 void trial_idles() {
     trial->busy_bytes = 0;
     if (feed_more()) return;
     if (trial->now_us - trial->last_byte_us < quiet_us &&
-        trial->now_us - trial->act_began_us < most_us && trial->act_bytes < most_act_bytes)
+        trial->now_us - trial->act_began_us < max_us && trial->act_bytes < max_act_bytes)
         return;
     act_is_over();
 }

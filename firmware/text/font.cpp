@@ -29,10 +29,10 @@ static_assert(builtin_font.size() == 2096);
 constexpr std::uint8_t power_on_font = 5;
 constexpr std::uint8_t max_gap = 15;
 
-constexpr std::size_t largest_glyph = std::size_t{max_font_height} * stride_of(max_glyph_width);
+constexpr std::size_t max_glyph = std::size_t{max_font_height} * stride_of(max_glyph_width);
 
 /// The copy of a glyph that lies partly outside its font's memory.
-constinit std::array<std::uint8_t, largest_glyph> cut_glyph{};
+constinit std::array<std::uint8_t, max_glyph> cut_glyph{};
 
 /// The memory that a font lies in.
 std::span<const std::uint8_t> font_memory(bool builtin) {

@@ -64,12 +64,12 @@ template <auto& word> void number(std::int32_t value) { word = value; }
 
 template <auto& word> void on_off(std::int32_t value) { word = value != 0; }
 
-template <auto& word, int least, int most> void clamped(std::int32_t value) {
-    word = std::clamp(value, least, most);
+template <auto& word, int min, int max> void clamped(std::int32_t value) {
+    word = std::clamp(value, min, max);
 }
 
-template <auto& word, int least, int most, int outside> void in_range(std::int32_t value) {
-    word = value >= least && value <= most ? value : outside;
+template <auto& word, int min, int max, int outside> void in_range(std::int32_t value) {
+    word = value >= min && value <= max ? value : outside;
 }
 
 template <auto& word> std::string digits() { return std::to_string(static_cast<int>(word)); }

@@ -17,7 +17,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::size_t longest_picture = std::size_t{16} << 20;  // bytes of a file
+constexpr std::size_t max_picture_bytes = std::size_t{16} << 20;  // bytes of a file
 
 std::string size_fault(std::int64_t width, std::int64_t height) {
     if (width == screen_width && height == screen_height) return {};
@@ -116,7 +116,7 @@ bool is_picture_path(const std::string& path) {
 
 std::string read_picture(const std::string& path, BitPlane& dots) {
     Bytes file;
-    std::string fault = read_file(path, longest_picture, file);
+    std::string fault = read_file(path, max_picture_bytes, file);
     if (!fault.empty()) return fault;
     return ends_in(path, ".pbm") ? decode_pbm(file, dots) : decode_png(file, dots);
 }

@@ -11,7 +11,7 @@ namespace orvanel {
 namespace {
 
 constexpr std::size_t colour_size = 4;
-constexpr std::uint32_t most_colours = 256;
+constexpr std::uint32_t max_colours = 256;
 constexpr std::uint32_t pixels_per_metre = 5865;
 
 // Places in the header that are written.
@@ -44,8 +44,8 @@ std::string dib_attach(Dib& dib, Bytes bmp) {
         return "has a side outside 1 to " + std::to_string(max_dib_side);
     if (head.bits != 8 || head.compression != 0)
         return "has not 8 bits a pixel without compression";
-    if (head.colours_used > most_colours) return "has more than 256 colours";
-    const std::size_t count = head.colours_used == 0 ? most_colours : head.colours_used;
+    if (head.colours_used > max_colours) return "has more than 256 colours";
+    const std::size_t count = head.colours_used == 0 ? max_colours : head.colours_used;
     const std::size_t colours = bmp_file_head + bmp_usual_head;
     const std::size_t bits = colours + colour_size * count;
     const auto stride = static_cast<std::uint32_t>(bmp_stride(head));
@@ -112,7 +112,7 @@ void dib_set_colour(Dib& dib, int index, std::uint32_t colour) {
 void dib_turn(Dib& target, const Dib& source) {
     const int columns = dib_columns(source);
     const int rows = dib_rows(source);
-    dib_create(target, rows, columns, most_colours);
+    dib_create(target, rows, columns, max_colours);
     const auto from = source.block.begin() + static_cast<std::ptrdiff_t>(source.colours);
     std::copy(from, from + static_cast<std::ptrdiff_t>(source.bits - source.colours),
               target.block.begin() + static_cast<std::ptrdiff_t>(target.colours));

@@ -53,8 +53,8 @@ std::vector<Taps> taps_of(int dot, int scale) {
 using Sums = std::uint64_t;
 constexpr int red_shift = 42, green_shift = 21;
 constexpr std::uint64_t sum_mask = (1 << 21) - 1;
-constexpr int most_scale = 64;
-static_assert(255 * most_scale * most_scale <= sum_mask);
+constexpr int max_scale = 64;
+static_assert(255 * max_scale * max_scale <= sum_mask);
 
 constexpr Sums spread(std::uint32_t colour) {
     return std::uint64_t{colour >> 16 & 0xFF} << red_shift |

@@ -48,8 +48,8 @@ std::size_t put_block(BytePipe& pipe, std::span<const std::uint8_t> data, Excess
         pipe.turn.wait(true);
     const std::uint64_t head = pipe.head.load(std::memory_order_relaxed);
     const auto room = static_cast<std::size_t>(pipe_size - count_of(pipe));
-    const std::size_t most = excess == Excess::drop_all && data.size() > room ? 0 : room;
-    const std::size_t n = std::min(data.size(), most);
+    const std::size_t max = excess == Excess::drop_all && data.size() > room ? 0 : room;
+    const std::size_t n = std::min(data.size(), max);
     auto place = static_cast<std::size_t>(head % pipe_size);
     for (const std::uint8_t byte : data.first(n)) {
         pipe.buffer[place].store(byte, std::memory_order_relaxed);

@@ -97,9 +97,9 @@ std::span<const std::uint8_t> answer_values(std::initializer_list<int> values) {
 
 /// The bytes leave tx_pipe here: from now on they exist in answer_frame alone.
 std::span<const std::uint8_t> answer_waiting() {
-    const std::size_t most = packet_size.load();
+    const std::size_t max = packet_size.load();
     std::size_t n = 0;
-    for (int byte = 0; n < most && (byte = tx_pipe_get()) >= 0; ++n)
+    for (int byte = 0; n < max && (byte = tx_pipe_get()) >= 0; ++n)
         answer_frame.bytes[start_and_length + n] = static_cast<std::uint8_t>(byte);
     return close_answer(frame_data, n);
 }
@@ -253,8 +253,8 @@ TurnWait framed_turn() {
     if (queued > 0 && !protocol_on.load()) return TurnWait::none;
     std::array<std::uint8_t, max_answer + 3> bytes;
     if (queued > 0) {
-        const auto most = std::min(bytes.size(), static_cast<std::size_t>(queued));
-        const int got = com_read(std::span(bytes).first(most));
+        const auto max = std::min(bytes.size(), static_cast<std::size_t>(queued));
+        const int got = com_read(std::span(bytes).first(max));
         if (got <= 0) return TurnWait::fault;
         StrayBytes stray{};
         for (const std::uint8_t byte : std::span(bytes).first(static_cast<std::size_t>(got))) {

@@ -97,10 +97,10 @@ void settle_answer(Peer& peer) {
     if (payload_of(number) > 0 || number == instance_activate) check(answer == 0);
 }
 
-void read_answers(Peer& peer, std::size_t most) {
-    if (peer.gone || most == 0) return;
+void read_answers(Peer& peer, std::size_t max) {
+    if (peer.gone || max == 0) return;
     std::array<std::uint8_t, 4096> bytes{};
-    const ssize_t n = recv(peer.fd, bytes.data(), std::min(most, bytes.size()), MSG_DONTWAIT);
+    const ssize_t n = recv(peer.fd, bytes.data(), std::min(max, bytes.size()), MSG_DONTWAIT);
     peer.gone = n == 0 || (n < 0 && errno != EAGAIN);
     // Who is let go has ended and got all answers, or was one too many.
     if (peer.gone) check(crowded || (peer.closed && peer.served.empty()));
@@ -111,14 +111,14 @@ void read_answers(Peer& peer, std::size_t most) {
 }
 
 /// Sends at most so many bytes of what is queued.
-void send_some(Peer& peer, std::size_t most) {
-    while (most > 0 && !peer.queued.empty() && !peer.closed && !peer.gone) {
+void send_some(Peer& peer, std::size_t max) {
+    while (max > 0 && !peer.queued.empty() && !peer.closed && !peer.gone) {
         const auto bytes = message_bytes(peer.queued.front());
         const auto rest = std::span(bytes).subspan(peer.begun);
-        const std::size_t wanted = std::min(most, rest.size());
+        const std::size_t wanted = std::min(max, rest.size());
         const ssize_t n = send(peer.fd, rest.data(), wanted, MSG_DONTWAIT | MSG_NOSIGNAL);
         if (n <= 0) return;
-        most -= static_cast<std::size_t>(n);
+        max -= static_cast<std::size_t>(n);
         peer.begun += static_cast<std::size_t>(n);
         if (peer.begun < message_size) continue;
         peer.served.push_back(peer.queued.front().number);

@@ -96,8 +96,8 @@ void write_all(int fd, std::span<const std::uint8_t> bytes) {
     }
 }
 
-std::vector<std::uint8_t> read_some(int fd, std::size_t most) {
-    std::vector<std::uint8_t> bytes(most);
+std::vector<std::uint8_t> read_some(int fd, std::size_t max) {
+    std::vector<std::uint8_t> bytes(max);
     for (;;) {
         wait_readable(fd);
         const ssize_t n = read(fd, bytes.data(), bytes.size());

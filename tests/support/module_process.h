@@ -38,8 +38,8 @@ int end_module_process(ModuleProcess& module);
 void write_all(int fd, std::span<const std::uint8_t> bytes);
 void wait_readable(int fd);
 
-/// As many bytes as there are, at least one and at most `most`.
-std::vector<std::uint8_t> read_some(int fd, std::size_t most);
+/// As many bytes as there are, at least one and at most `max`.
+std::vector<std::uint8_t> read_some(int fd, std::size_t max);
 
 /// Exactly so many.
 std::vector<std::uint8_t> read_exactly(int fd, std::size_t count);

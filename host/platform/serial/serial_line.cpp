@@ -52,8 +52,8 @@ Device& device_of_port(int port) { return devices[static_cast<std::size_t>(port 
 Device& device_of_line(int line) { return device_of_port(line % max_serial_ports + 1); }
 
 int new_line(int port) {
-    constexpr int most = std::numeric_limits<int>::max() / max_serial_ports - 1;
-    lines_opened = lines_opened % most + 1;
+    constexpr int max = std::numeric_limits<int>::max() / max_serial_ports - 1;
+    lines_opened = lines_opened % max + 1;
     return lines_opened * max_serial_ports + port - 1;
 }
 

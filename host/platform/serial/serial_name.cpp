@@ -17,12 +17,12 @@ constexpr std::string_view loopback = "127.0.0.1";
 constexpr std::string_view pty_prefix = "pty:";
 constexpr std::string_view tcp_prefix = "tcp:";
 
-/// The whole text as a decimal number of at most `highest`.
-std::optional<int> number_of(std::string_view text, int highest) {
+/// The whole text as a decimal number of at most `max`.
+std::optional<int> number_of(std::string_view text, int max) {
     int number = 0;
     const char* end = text.data() + text.size();
     const auto [stop, fault] = std::from_chars(text.data(), end, number);
-    if (fault != std::errc{} || stop != end || number < 0 || number > highest) return {};
+    if (fault != std::errc{} || stop != end || number < 0 || number > max) return {};
     return number;
 }
 

@@ -123,8 +123,8 @@ std::string any_picture() {
 std::optional<DrawArea> box_of(std::string_view letters, const std::vector<unsigned>& params) {
     constexpr std::string_view fills[]{"RL", "RS", "RI", "RM", "RO", "QI", "QL", "QM"};
     if (std::ranges::find(fills, letters) == std::end(fills)) return std::nullopt;
-    const auto clamped = [&](std::size_t i, int most) {
-        return std::min(static_cast<int>(params[i]), most);
+    const auto clamped = [&](std::size_t i, int max) {
+        return std::min(static_cast<int>(params[i]), max);
     };
     const auto [x1, x2] = std::minmax({clamped(0, last_x), clamped(2, last_x)});
     const auto [y1, y2] = std::minmax({clamped(1, last_y), clamped(3, last_y)});

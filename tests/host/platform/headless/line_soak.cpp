@@ -84,11 +84,11 @@ void talk_plain(const ModuleProcess& module, const Talk& talk, std::mt19937& ran
     std::printf("plain: %zu bytes back in %.1f s\n", got, time);
 }
 
-/// Fetches answers until the module has none, `most` bytes at most.
-std::size_t fetch(PactlinkPeer& peer, const Talk& talk, std::size_t at, std::size_t most) {
+/// Fetches answers until the module has none, `max` bytes at most.
+std::size_t fetch(PactlinkPeer& peer, const Talk& talk, std::size_t at, std::size_t max) {
     const Bytes command{'S'};
     std::size_t got = 0;
-    while (got < most) {
+    while (got < max) {
         const Bytes part = ask(peer, command);
         if (part.empty()) break;
         check(talk, at + got, part);
