@@ -156,25 +156,40 @@ int take_item(Scanner& scanner, const Kit& kit) {
     return static_cast<int>(item - kit.items.data());
 }
 
-/// Takes the settings that every item may have.
-bool take_place_setting(Setting& setting, Item& item, const Kit& kit) {
-    if (setting.key == "at") {
-        item.at = take_number(setting.value, 0, 0xFFFF);
-        return true;
-    }
-    if (setting.key != "same") return false;
+bool is_place_setting(const SourceLine& line) {
+    if (!is_setting(line)) return false;
+    const std::string_view key = setting_of(line).key;
+    return key == "at" || key == "same";
+}
+
+void take_same(Setting& setting, Item& item, const Kit& kit) {
     const Scanner start = setting.value;
     item.same = take_item(setting.value, kit);
     const Item& other = kit.items[static_cast<std::size_t>(item.same)];
     if (&other == &item) fail(start, "that is this item itself");
     if (other.kind != item.kind && !(is_macro(other.kind) && is_macro(item.kind)))
         fail(start, title_of(other) + " can't serve as a " + std::string(kind_name(item.kind)));
-    return true;
 }
 
-/// Lines of a macro: settings of its place, and commands.
-Bytes macro_of_section(const Section& section, const Assembly& assembly, const TakePlace& take,
-                       Faults& faults) {
+/// Takes the settings that every item may have. The result is the section without them.
+Section take_place_settings(const Section& section, Item& item, const Kit& kit, Faults& faults) {
+    Section rest = section;
+    const auto first =
+        std::stable_partition(rest.lines.begin(), rest.lines.end(),
+                              [](const SourceLine& line) { return !is_place_setting(line); });
+    const std::vector<SourceLine> place_lines(first, rest.lines.end());
+    rest.lines.erase(first, rest.lines.end());
+    for_settings(place_lines, faults, [&](Setting& setting) {
+        if (setting.key == "at")
+            item.at = take_number(setting.value, 0, 0xFFFF);
+        else
+            take_same(setting, item, kit);
+    });
+    return rest;
+}
+
+/// Lines of a macro: commands, and no settings but those of its place.
+Bytes macro_of_section(const Section& section, const Assembly& assembly, Faults& faults) {
     std::vector<SourceLine> settings;
     Bytes bytes;
     for (const SourceLine& line : section.lines)
@@ -182,9 +197,7 @@ Bytes macro_of_section(const Section& section, const Assembly& assembly, const T
             settings.push_back(line);
         else
             guarded(faults, [&] { assemble_line(line, assembly, bytes); });
-    for_settings(settings, faults, [&](Setting& setting) {
-        if (!take(setting)) fail_key(setting, "at or same");
-    });
+    for_settings(settings, faults, [](Setting& setting) { fail_key(setting, "at or same"); });
     if (bytes.size() > max_macro_length)
         faults.emplace_back(section.place, "the macro takes more than " +
                                                std::to_string(max_macro_length) + " bytes");
@@ -194,21 +207,23 @@ Bytes macro_of_section(const Section& section, const Assembly& assembly, const T
 void read_item(std::size_t i, KitReader& reader) {
     Kit& kit = reader.kit;
     Item& item = kit.items[i];
-    const Section& section = *reader.item_sections[i];
-    const TakePlace take = [&](Setting& setting) { return take_place_setting(setting, item, kit); };
+    Faults faults;
+    const Section section = take_place_settings(*reader.item_sections[i], item, kit, faults);
+    const bool shared = item.same >= 0;
     if (item.kind == Kind::font) {
-        item.bytes = font_of_section(section, kit.names, take, kit.inputs, *reader.faults);
+        item.bytes = font_of_section(section, shared, kit.names, kit.inputs, faults);
     } else if (item.kind == Kind::picture) {
-        item.bytes = picture_of_section(section, kit.names, take, kit.inputs, *reader.faults);
+        item.bytes = picture_of_section(section, shared, kit.names, kit.inputs, faults);
     } else {
         const Assembly assembly{&kit.names, [&kit](int number) {
                                     const Item* picture = find_item(kit, Kind::picture, number);
                                     return picture == nullptr ? Bytes() : bytes_of(kit, *picture);
                                 }};
-        item.bytes = macro_of_section(section, assembly, take, *reader.faults);
-        if (item.same >= 0 && !item.bytes.empty())
-            reader.faults->emplace_back(item.place, "the macro has same, and commands beside it");
+        item.bytes = macro_of_section(section, assembly, faults);
+        if (shared && !item.bytes.empty())
+            faults.emplace_back(item.place, "the macro has same, and commands beside it");
     }
+    reader.faults->insert(reader.faults->end(), faults.begin(), faults.end());
 }
 
 /// Fonts and pictures first, since macros may hold a picture.

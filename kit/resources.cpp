@@ -153,7 +153,7 @@ Bytes finished_font(const FontSettings& settings, Bytes file) {
     return file;
 }
 
-Bytes made_font(FontSettings& settings) {
+Bytes build_font(FontSettings& settings) {
     Bytes file = read_named(settings.file);
     if (file.size() > font_magic.size() && has_font_magic(file))
         return finished_font(settings, std::move(file));
@@ -256,7 +256,7 @@ Dots read_dots(const PictureSettings& settings, const NamedFile& file,
     return settings.dither ? by_dither(picture) : by_threshold(picture, settings.threshold);
 }
 
-Bytes made_picture(const PictureSettings& settings) {
+Bytes build_picture(const PictureSettings& settings) {
     const Dots first = read_dots(settings, settings.file, settings.part, settings.part_place);
     if (!settings.second.given && !settings.second_part) return picture_bytes(first, nullptr);
     const NamedFile& file = settings.second.given ? settings.second : settings.file;
@@ -270,21 +270,16 @@ Bytes made_picture(const PictureSettings& settings) {
 }
 
 /// Settings first, then the files, so that a wrong setting is told in any case.
-template <typename Settings, typename Take, typename Make>
-Bytes made(const Section& section, Settings& settings, const TakePlace& take_place, Faults& faults,
-           Take take, Make make) {
-    const std::size_t faults_before = faults.size();
-    bool shared = false;
-    for_settings(section.lines, faults, [&](Setting& setting) {
-        if (setting.key == "same") shared = true;
-        if (!take_place(setting)) take(setting);
-    });
-    if (faults.size() > faults_before) return {};
+template <typename Settings, typename Take, typename Build>
+Bytes build_resource(const Section& section, bool shared, Settings& settings, Faults& faults,
+                     Take take, Build build) {
+    for_settings(section.lines, faults, take);
+    if (!faults.empty()) return {};
     try {
         if (shared && settings.file.given) fail(settings.file.place, "a file beside same");
         if (shared) return {};
         if (!settings.file.given) throw Fault(section.place, "expected file = NAME below");
-        return make();
+        return build();
     } catch (const Fault& fault) {
         faults.push_back(fault);
         return {};
@@ -293,30 +288,30 @@ Bytes made(const Section& section, Settings& settings, const TakePlace& take_pla
 
 }  // namespace
 
-Bytes font_of_section(const Section& section, const Names& names, const TakePlace& take_place,
+Bytes font_of_section(const Section& section, bool shared, const Names& names,
                       std::vector<std::string>& inputs, Faults& faults) {
     FontSettings settings{};
     settings.gap = settings.format = -1;
-    return made(
-        section, settings, take_place, faults,
+    return build_resource(
+        section, shared, settings, faults,
         [&](Setting& setting) { take_font_setting(setting, names, settings); },
         [&] {
             inputs.push_back(settings.file.path);
-            return made_font(settings);
+            return build_font(settings);
         });
 }
 
-Bytes picture_of_section(const Section& section, const Names& names, const TakePlace& take_place,
+Bytes picture_of_section(const Section& section, bool shared, const Names& names,
                          std::vector<std::string>& inputs, Faults& faults) {
     PictureSettings settings{};
     settings.threshold = 50;
-    return made(
-        section, settings, take_place, faults,
+    return build_resource(
+        section, shared, settings, faults,
         [&](Setting& setting) { take_picture_setting(setting, names, settings); },
         [&] {
             inputs.push_back(settings.file.path);
             if (settings.second.given) inputs.push_back(settings.second.path);
-            return made_picture(settings);
+            return build_picture(settings);
         });
 }
 

@@ -6,19 +6,17 @@
 #include "kit/names.h"
 #include "kit/sections.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
 namespace orvanel {
 
-/// Reads the section's settings and files; `at` and `same` of the item are its own affair, told by
-/// `take_place`, which gives true if the setting was one of them. The files join `inputs`. Empty,
-/// and told, on a fault.
-using TakePlace = std::function<bool(Setting& setting)>;
-Bytes font_of_section(const Section& section, const Names& names, const TakePlace& take_place,
+/// Reads the settings of the section, which holds no `at` and no `same` any more, and its files,
+/// which join `inputs`. `shared`: the item has the bytes of another, and so no file of its own.
+/// `faults` are those of the item; as long as there are any, no file is read. Empty on a fault.
+Bytes font_of_section(const Section& section, bool shared, const Names& names,
                       std::vector<std::string>& inputs, Faults& faults);
-Bytes picture_of_section(const Section& section, const Names& names, const TakePlace& take_place,
+Bytes picture_of_section(const Section& section, bool shared, const Names& names,
                          std::vector<std::string>& inputs, Faults& faults);
 
 }  // namespace orvanel
