@@ -46,7 +46,9 @@ std::int64_t clock_ms();
 // RTS set last. What stands for a wire without being one, such as a pseudo terminal, has no faults:
 // while nobody is at its other end nothing comes and what goes out is lost.
 
-/// Opens what stands behind COM `port` (1..8), for this program alone: 8 data bits, no parity, 1
+constexpr int max_com_ports = 8;  // COM1 to COM8
+
+/// Opens what COM `port` (1..8) stands for, for this program alone: 8 data bits, no parity, 1
 /// stop bit, RTS/CTS handshake, queues of 16384 bytes in and 8192 out, DTR on, then RTS on. 0 on
 /// failure. A port that was given up may be opened again before link_thread has closed its line;
 /// the new line then is another one, and the former is only to be closed.

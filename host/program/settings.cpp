@@ -31,7 +31,7 @@ constinit int lcd_polarizer = 0;
 constinit int lcd_backlight = 0;
 constinit int custom_dialog_x = 0;
 constinit int custom_dialog_y = 0;
-std::array<std::string, max_ports> port_devices;
+std::array<std::string, max_com_ports> port_devices;
 
 namespace {
 
@@ -116,7 +116,7 @@ std::string memory_text() { return std::to_string(eeprom_size / bytes_per_kib); 
 
 // clang-format off
 constexpr Setting settings[]{
-    {"com",             0,    0, in_range<com_setting, 1, 8, 0>,         port_text,                  Kept::saved},
+    {"com",             0,    0, in_range<com_setting, 1, max_com_ports, 0>, port_text,             Kept::saved},
     {"baud",       115200, 9600, take_baud,                              baud_text,                  Kept::saved},
     {"protocol",        1,    0, take_protocol,                          protocol_text,              Kept::saved},
     {"adr",             7,    0, take_address,                           digits<configured_address>, Kept::by_hand},
@@ -182,7 +182,7 @@ void take_settings(std::string_view ini, const std::string& folder) {
     }
     const std::int32_t large = number_from(ini_value(ini, view_section, zoom_key).value_or(""), 0);
     if (large > max_zoom_setting && large <= max_view_zoom) set_view_zoom(large);
-    for (int number = 1; number <= max_ports; ++number)
+    for (int number = 1; number <= max_com_ports; ++number)
         port_devices[static_cast<std::size_t>(number - 1)] = port_device(ini, number, folder);
 }
 

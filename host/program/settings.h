@@ -6,6 +6,8 @@
 
 #pragma once
 
+#include "seam/platform.h"
+
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -71,8 +73,7 @@ extern int custom_dialog_y;
 
 /// What stands behind COM1 to COM8, as the user named it (docs/reference/settings.md): not yet
 /// checked, and empty where a name was left out after the key. Never saved.
-constexpr int max_ports = 8;
-extern std::array<std::string, max_ports> port_devices;
+extern std::array<std::string, max_com_ports> port_devices;
 
 /// Whether the text is empty or has a section of ours: any other belongs to somebody else.
 bool are_settings(std::string_view ini);

@@ -1,5 +1,7 @@
 #include "host/reading/drawing.h"
 
+#include "base/bytes.h"
+#include "firmware/core/language/eeprom_layout.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/blit.h"
 #include "firmware/raster/planes.h"
@@ -42,8 +44,8 @@ struct KeptDrawing {
 
 std::vector<FontRef> module_fonts() {
     std::vector<FontRef> fonts;
-    for (std::uint8_t n = 0; n < 16; ++n)
-        if (FontRef font{}; find_font(n, font) && font.height > 0) fonts.push_back(font);
+    for (int n = 0; n <= table_of(Kind::font).max; ++n)
+        if (FontRef font{}; find_font(low8(n), font) && font.height > 0) fonts.push_back(font);
     return fonts;
 }
 

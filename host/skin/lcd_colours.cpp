@@ -90,9 +90,9 @@ const LcdColours& lcd_colours_of(int type, int polarizer, int backlight) {
 }
 
 std::uint32_t blended(const std::array<std::uint32_t, 3>& colour, std::uint8_t level) {
-    constexpr std::uint32_t half = 50, full = 100;
+    constexpr std::uint32_t half = 50, full = backlight_full;
     const auto [at_full, at_half, at_dark] = colour;
-    if (level == 1) return at_full;
+    if (level == backlight_level_full) return at_full;
     const std::uint32_t percent = std::min<std::uint32_t>(level, full);
     if (percent <= half) return mixed(at_dark, half - percent, at_half, percent);
     return mixed(at_half, full - percent, at_full, percent - half);

@@ -20,8 +20,8 @@ struct LcdColours {
 /// is outside is clamped.
 const LcdColours& lcd_colours_of(int type, int polarizer, int backlight);
 
-/// A colour at `level`, as backlight_light (firmware/core/ground/backlight.h) counts it: 0 dark, 1
-/// full, else percent, above 100 as 100. Fractions are dropped.
+/// A colour at `level`, as backlight_light (firmware/core/ground/backlight.h) counts it: 0 dark,
+/// backlight_level_full, else percent, above 100 as 100. Fractions are dropped.
 std::uint32_t blended(const std::array<std::uint32_t, 3>& colour, std::uint8_t level);
 
 /// Sets lcd_type, lcd_polarizer and lcd_backlight to those of skin_model, if it is a fixed one, and

@@ -10,6 +10,10 @@
 
 namespace orvanel {
 
+/// The speeds of the line in bits a second, by the number that `ESC +` has for each.
+inline constexpr std::array<std::int32_t, 8> line_speeds{1200,  2400,  4800,  9600,
+                                                         19200, 38400, 57600, 115200};
+
 /// The chosen port: 1..8 for COM1 to COM8, 0 for none, -1 until the settings are applied.
 extern std::atomic<std::int32_t> com_port;
 

@@ -15,7 +15,6 @@
 
 namespace orvanel {
 
-constexpr int max_com_ports = 8;
 constexpr int line_block = 4000;     // bytes that a turn of plain bytes moves at most, each way
 constexpr int cts_wait_limit = 300;  // changes of time_10ms that a write waits for CTS
 constexpr int com_write_chunk = 8;   // bytes of one write; CTS is looked at before each

@@ -9,29 +9,28 @@ namespace orvanel {
 
 constinit std::atomic<std::uint8_t> backlight_brightness{0};
 constinit std::atomic<BacklightGoal> backlight_goal{};
-constinit std::atomic<BacklightLight> backlight_light{{0, 1}};
+constinit std::atomic<BacklightLight> backlight_light{{0, backlight_level_full}};
 static_assert(std::atomic<BacklightGoal>::is_always_lock_free);
 
 namespace {
 
 constexpr std::uint8_t full = backlight_full;
-constexpr int fade_step = 2;            // percent each 20 ms
-constexpr std::uint8_t level_full = 1;  // how a level says full
+constexpr int fade_step = 2;  // percent each fade_step_ms
 
 /// The step from `current` towards `target`, and the level that it shows.
 BacklightLight step_towards(std::uint8_t target, std::uint8_t current) {
     if (current < target) {
         const std::uint8_t next = low8(std::min<int>(current + fade_step, target));
-        return {next, next == full ? level_full : next};
+        return {next, next == full ? backlight_level_full : next};
     }
     const std::uint8_t next = low8(std::max<int>(current - fade_step, target));
-    return {next, next < 3 ? std::uint8_t{0} : next};
+    return {next, next < min_shown_percent ? std::uint8_t{0} : next};
 }
 
 }  // namespace
 
 void power_on_backlight() {
-    backlight_light.store({full, level_full});
+    backlight_light.store({full, backlight_level_full});
     backlight_goal.store({full, 0});
     backlight_brightness.store(full);
 }
@@ -76,7 +75,7 @@ void set_backlight_level(std::uint8_t level) {
 
 void adopt_backlight_level() {
     const std::uint8_t level = backlight_light.load().backlight_level;
-    const std::uint8_t percent = level == level_full ? full : level;
+    const std::uint8_t percent = level == backlight_level_full ? full : level;
     put_backlight_current(percent);
     backlight_brightness.store(percent);
     BacklightGoal seen = backlight_goal.load();

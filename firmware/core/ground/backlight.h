@@ -21,15 +21,22 @@ struct alignas(2) BacklightGoal {  // its size: clang's atomics need that to wor
 extern std::atomic<BacklightGoal> backlight_goal;
 
 /// Where the fade has come, `backlight_current` in percent; and `backlight_level`, what the colour
-/// model shows: 0 dark, 1 full, else percent. A fade up to 1 percent shows as full. Commands, reset
-/// and fade set them: one word.
+/// model shows: 0 dark, backlight_level_full, else percent. A fade up to 1 percent shows as full.
+/// Commands, reset and fade set them: one word.
 struct alignas(2) BacklightLight {
     std::uint8_t backlight_current, backlight_level;
 };
 extern std::atomic<BacklightLight> backlight_light;
 
-/// A level or a brightness of full, in percent.
+/// How a level says full; and what is full in percent.
+constexpr std::uint8_t backlight_level_full = 1;
 constexpr std::uint8_t backlight_full = 100;
+
+/// The time between two steps of the fade.
+constexpr int fade_step_ms = 20;
+
+/// Percent below which the light shows as dark, as it goes down or as a user sets it.
+constexpr std::uint8_t min_shown_percent = 3;
 
 /// Where the fade stands, in percent; what shows stays. From any thread.
 void put_backlight_current(std::uint8_t current);

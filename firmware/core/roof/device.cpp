@@ -9,6 +9,7 @@
 #include "firmware/core/read/read.h"
 #include "firmware/store/ground/eeprom.h"
 #include "firmware/store/roof/eeprom_command.h"
+#include "firmware/store/roof/timers.h"
 #include "firmware/text/terminal.h"
 #include "link/ground/answers.h"
 #include "link/ground/pipes.h"
@@ -53,15 +54,12 @@ void identify() {
 }
 
 void set_line_speed() {
-    constexpr std::array<std::int32_t, 8> rates{1200,  2400,  4800,  9600,
-                                                19200, 38400, 57600, 115200};
-    com_set_baud(rates[masked(params[0], 7)]);
+    com_set_baud(line_speeds[masked(params[0], low8(line_speeds.size() - 1))]);
 }
 
 void wait_command() {
-    constexpr int step_ms = 100;
     for (int left = params[0]; left > 0 && !breaking_off(); --left)
-        sleep_ms(step_ms);
+        sleep_ms(tick_ms);
 }
 
 void set_address() {

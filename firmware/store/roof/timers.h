@@ -10,6 +10,9 @@
 
 namespace orvanel {
 
+/// The tick, and the unit of the commands that count time in tenths of a second.
+constexpr int tick_ms = 100;
+
 /// A sequence of normal macros. Modes: 1 cyclic upward, 2 cyclic downward, 3 to and fro going up,
 /// 4 going down, 5 once upward, 6 once downward; 0 never defined.
 struct MacroSequence {

@@ -23,8 +23,8 @@ constexpr int panel_width = 164, panel_height = 62;
 constexpr QRect frame_area(4, 0, panel_width - 8, panel_height - 4);
 
 // The number below each light.
-constexpr int lights = 7;
-constexpr int first_light_x = 12, light_distance = 20, number_top = 38, number_height = 16;
+constexpr int lights = static_cast<int>(ports_on_panel);
+constexpr int number_top = 38, number_height = 16;
 
 /// A light as it was drawn last.
 struct Light {

@@ -30,9 +30,6 @@ constinit const SerialLines* serial_lines = &real_lines;
 
 namespace {
 
-constexpr int window_timer_ms = 100;
-constexpr int fade_step_ms = 20;
-
 constinit QTimer* fade_timer = nullptr;  // a child of the window
 constinit int main_wake = -1;            // set by firmware_thread when it wants a paint
 

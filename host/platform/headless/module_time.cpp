@@ -14,7 +14,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr std::int64_t window_timer_us = 100'000;
+constexpr std::int64_t window_timer_us = window_timer_ms * 1000;
 constexpr std::int64_t link_us = 5'000;
 constexpr std::int64_t byte_us = 10;
 

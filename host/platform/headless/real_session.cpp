@@ -33,7 +33,7 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::int64_t us_per_ms = 1000;
-constexpr std::int64_t window_timer_us = 100 * us_per_ms;
+constexpr std::int64_t window_timer_us = window_timer_ms * us_per_ms;
 constexpr std::int64_t test_step_us = us_per_ms;  // between two looks at what the scenario awaits
 
 constinit steady_clock::time_point start{};

@@ -37,7 +37,7 @@ std::string serial_option_fault(const std::string& serial) {
 void name_devices(const std::string& serial, const std::string& folder) {
     set_serial_folder(folder);
     if (!serial.empty()) device_of(option_port) = serial;
-    for (int port = 1; port <= max_serial_ports; ++port)
+    for (int port = 1; port <= max_com_ports; ++port)
         set_serial_device(port, device_of(port));
 }
 

@@ -41,7 +41,7 @@ struct Device {
     bool rts;
 };
 
-std::array<Device, max_serial_ports> devices{};
+std::array<Device, max_com_ports> devices{};
 std::string link_folder;
 constinit int link_wake = -1;
 constinit std::atomic<bool> link_woken{false};  // link_wake is set: saves setting it again
@@ -49,12 +49,12 @@ constinit int lines_opened = 0;                 // makes the number of each line
 
 Device& device_of_port(int port) { return devices[static_cast<std::size_t>(port - 1)]; }
 
-Device& device_of_line(int line) { return device_of_port(line % max_serial_ports + 1); }
+Device& device_of_line(int line) { return device_of_port(line % max_com_ports + 1); }
 
 int new_line(int port) {
-    constexpr int max = std::numeric_limits<int>::max() / max_serial_ports - 1;
+    constexpr int max = std::numeric_limits<int>::max() / max_com_ports - 1;
     lines_opened = lines_opened % max + 1;
-    return lines_opened * max_serial_ports + port - 1;
+    return lines_opened * max_com_ports + port - 1;
 }
 
 /// The device of a line for an operation of link_thread. A line that was opened while the one
@@ -171,7 +171,7 @@ std::string serial_peer_name(int port) {
 
 int real_serial_open(int port, std::int32_t baud) {
     serial_fault = "COM" + std::to_string(port) + ": there is no such port, or no such speed";
-    if (port < 1 || port > max_serial_ports || baud <= 0) return 0;
+    if (port < 1 || port > max_com_ports || baud <= 0) return 0;
     Device& device = device_of_port(port);
     const auto end = steady_clock::now() + max_closing;
     for (int lines = device.lines.load();;) {

@@ -13,8 +13,6 @@
 
 namespace orvanel {
 
-constexpr int max_serial_ports = 8;
-
 /// Makes the wake ready. Before anything else here but the setters; false if the system has no
 /// descriptor left.
 [[nodiscard]] bool open_serial();

@@ -21,9 +21,6 @@ constexpr int light_slider = 6040;
 constexpr int cancel_button = 6051;
 constexpr int ok_button = 60052;
 
-constexpr std::uint8_t level_full = 1;  // how backlight_light says 100 percent
-constexpr std::uint8_t min_level = 3;   // what is darker counts as off
-
 // clang-format off
 constexpr Control controls[]{
     {ControlKind::group,  0,                    "LCD Type"},
@@ -62,8 +59,8 @@ void show_choice() {
 
 void move_slider(int position) {
     slider_position = position;
-    const std::uint8_t percent = position < min_level ? std::uint8_t{0} : low8(position);
-    set_backlight_level(position == slider_end ? level_full : percent);
+    const std::uint8_t percent = position < min_shown_percent ? std::uint8_t{0} : low8(position);
+    set_backlight_level(position == slider_end ? backlight_level_full : percent);
     show_choice();
 }
 
@@ -134,7 +131,7 @@ void open_custom_type_dialog() {
     const std::uint8_t level = backlight_light.load().backlight_level;
     kept = {lcd_type, lcd_polarizer, lcd_backlight, skin_model, level};
     skin_model = custom_model;
-    slider_position = level == level_full ? slider_end : level;
+    slider_position = level == backlight_level_full ? slider_end : level;
     begin_dialog(dialog, PixelPoint{custom_dialog_x, custom_dialog_y});
 }
 

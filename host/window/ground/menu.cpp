@@ -3,7 +3,6 @@
 #include "host/program/settings.h"
 #include "host/window/ground/ports_panel.h"
 #include "link/ground/port.h"
-#include "link/roof/com_port.h"
 #include "seam/window_system.h"
 
 #include <algorithm>
@@ -147,8 +146,8 @@ void menu_mark_view() {
 void menu_mark_port() { mark_one(item_port, max_com_ports + 1, com_port.load()); }
 
 void menu_mark_baud() {
-    const auto found = std::ranges::find(menu_bauds, com_baud.load());
-    mark_one(item_baud, std::ssize(menu_bauds), static_cast<int>(found - menu_bauds.begin()));
+    const auto found = std::ranges::find(line_speeds, com_baud.load());
+    mark_one(item_baud, std::ssize(line_speeds), static_cast<int>(found - line_speeds.begin()));
 }
 
 void menu_mark_switches() {

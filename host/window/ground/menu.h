@@ -4,7 +4,6 @@
 
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -38,14 +37,12 @@ constexpr int item_on_top = 240;
 constexpr int item_panel = 250;
 constexpr int item_model = 270;  // + skin_model, 0..3
 constexpr int item_port = 310;   // + the port, 0..8
-constexpr int item_baud = 320;   // + the index in menu_bauds
+constexpr int item_baud = 320;   // + the index in line_speeds
 constexpr int item_protocol = 330;
 constexpr int item_beep = 340;
 constexpr int item_help = 510;
 constexpr int item_about = 520;
 
-constexpr std::array<std::int32_t, 8> menu_bauds{1200,  2400,  4800,  9600,
-                                                 19200, 38400, 57600, 115200};
 constexpr int max_menu_zoom = 3;
 
 /// The menu bar, top level first: "&File" ... its rows ... end, "&View" ...

@@ -12,8 +12,6 @@ namespace orvanel {
 
 namespace {
 
-constexpr int first_x = 12, distance = 20, top = 20;  // of the lights in the panel
-
 constinit bool opened = false;
 constinit std::array<int, ports_on_panel> ports_leds{};
 constinit std::array<bool, ports_on_panel> lit{};
@@ -21,8 +19,9 @@ constinit std::array<bool, ports_on_panel> lit{};
 void add_lights() {
     led_init();
     for (std::size_t i = 0; i < ports_leds.size(); ++i)
-        ports_leds[i] = led_add(ports_panel_window, first_x + distance * static_cast<int>(i), top,
-                                led_circular, led_green, led_dark);
+        ports_leds[i] =
+            led_add(ports_panel_window, first_light_x + light_distance * static_cast<int>(i),
+                    lights_top, led_circular, led_green, led_dark);
 }
 
 }  // namespace

@@ -12,6 +12,10 @@ namespace orvanel {
 
 constexpr std::size_t ports_on_panel = 7;
 
+// Where the lights are in the panel, in pixels: the left edge of the first, from each to the next,
+// and the upper edge of all.
+constexpr int first_light_x = 12, light_distance = 20, lights_top = 20;
+
 /// Opens the panel at ports_x, ports_y, or closes it; nothing if it already is.
 void ports_open();
 void ports_close();

@@ -101,7 +101,7 @@ void choose_model(int which) {
 void choose_own_model(int /*which*/) { open_custom_type_dialog(); }
 
 void choose_baud(int which) {
-    const std::int32_t baud = menu_bauds[static_cast<std::size_t>(which)];
+    const std::int32_t baud = line_speeds[static_cast<std::size_t>(which)];
     if (baud == com_baud.load()) return;
     com_select(com_port.load(), baud);
     baud_chosen();
@@ -143,7 +143,7 @@ constexpr Action actions[]{
     {item_model,     item_model + custom_model - 1,   choose_model},
     {item_model + custom_model, item_model + custom_model, choose_own_model},
     {item_port,      item_port + max_com_ports,      choose_port},
-    {item_baud,      item_baud + std::ssize(menu_bauds) - 1, choose_baud},
+    {item_baud,      item_baud + std::ssize(line_speeds) - 1, choose_baud},
     {item_protocol,  item_protocol,                   switch_protocol},
     {item_beep,      item_beep,                       switch_beep},
     {item_help,      item_help,                       help},

@@ -158,7 +158,7 @@ TEST(Settings, ports_name_what_stands_behind_them) {
     take_settings("[ports]\ncom2=/dev/ttyUSB0@19200 ; adapter\nCOM3=tcp:7042\nCOM4=pty\n"
                   "COM5=\"pty:my link\"\nCOM6=pty:/tmp/link\nCOM7=\nCOM8=pty:\nCOM9=x",
                   "/home/me/kit");
-    EXPECT_EQ(port_devices, (std::array<std::string, max_ports>{
+    EXPECT_EQ(port_devices, (std::array<std::string, max_com_ports>{
                                 "/dev/ttyS0", "/dev/ttyUSB0@19200", "tcp:7042", "pty",
                                 "pty:/home/me/kit/my link", "pty:/tmp/link", "", "pty:"}));
     EXPECT_EQ(setting_line("com"), "com=none");
