@@ -11,10 +11,9 @@
 
 namespace orvanel {
 
-constinit int com_setting = 0;
-constinit std::int32_t baud_setting = 0;
-constinit int unsaved_port = -1;
-constinit std::int32_t unsaved_baud = 0;
+constinit LineSetting port_setting{};
+constinit LineSetting baud_setting{};
+constinit LineSetting protocol_setting{1, false};
 constinit std::atomic<bool> beep_on{false};
 constinit int window_x = 0;
 constinit int window_y = 0;
@@ -42,8 +41,6 @@ constexpr std::string_view zoom_key = "zoom";
 constexpr int max_zoom_setting = 3;
 
 constinit int zoom_setting = 1;  // the last zoom that the setting `zoom` can say
-constinit bool protocol_setting = true;
-constinit bool protocol_of_run = false;  // what protocol_on says is for this run alone
 constexpr int bytes_per_kib = 1024;
 
 /// Whether the program saves a setting, or only the user edits it.
@@ -74,28 +71,34 @@ template <auto& word, int min, int max, int outside> void in_range(std::int32_t 
 
 template <auto& word> std::string digits() { return std::to_string(static_cast<int>(word)); }
 
+std::int32_t saved(const LineSetting& setting, std::int32_t in_force) {
+    return setting.of_run ? setting.wanted : in_force;
+}
+
+void take_port(std::int32_t value) {
+    port_setting.wanted = value >= 1 && value <= max_com_ports ? value : 0;
+}
+
 std::string port_text() {
-    const int port = com_port.load() == unsaved_port ? com_setting : com_port.load();
+    const std::int32_t in_force = com_port.load();
+    const std::int32_t port = in_force < 0 ? port_setting.wanted : saved(port_setting, in_force);
     return port == 0 ? "none" : std::to_string(port);
 }
 
 void take_baud(std::int32_t value) {
-    baud_setting = value;
+    baud_setting.wanted = value;
     com_baud = value;
 }
 
-std::string baud_text() {
-    return std::to_string(com_baud.load() == unsaved_baud ? baud_setting : com_baud.load());
-}
+std::string baud_text() { return std::to_string(saved(baud_setting, com_baud.load())); }
 
 void take_protocol(std::int32_t value) {
-    protocol_setting = value != 0;
-    protocol_on = protocol_setting;
-    protocol_of_run = false;
+    protocol_setting = {value != 0 ? 1 : 0, false};
+    protocol_on = value != 0;
 }
 
 std::string protocol_text() {
-    return (protocol_of_run ? protocol_setting : protocol_on.load()) ? "1" : "0";
+    return std::to_string(saved(protocol_setting, protocol_on.load() ? 1 : 0));
 }
 
 void take_zoom(std::int32_t value) {
@@ -116,7 +119,7 @@ std::string memory_text() { return std::to_string(eeprom_size / bytes_per_kib); 
 
 // clang-format off
 constexpr Setting settings[]{
-    {"com",             0,    0, in_range<com_setting, 1, max_com_ports, 0>, port_text,             Kept::saved},
+    {"com",             0,    0, take_port,                              port_text,             Kept::saved},
     {"baud",       115200, 9600, take_baud,                              baud_text,                  Kept::saved},
     {"protocol",        1,    0, take_protocol,                          protocol_text,              Kept::saved},
     {"adr",             7,    0, take_address,                           digits<configured_address>, Kept::by_hand},
@@ -200,17 +203,6 @@ void set_view_zoom(int zoom) {
     view_zoom = zoom;
     if (zoom <= max_zoom_setting) zoom_setting = zoom;
 }
-
-void use_protocol(bool framed) {
-    protocol_of_run = true;
-    protocol_on.store(framed);
-}
-
-void protocol_chosen() { protocol_of_run = false; }
-
-void port_chosen() { unsaved_port = -1; }
-
-void baud_chosen() { unsaved_baud = 0; }
 
 std::optional<std::string> setting_line(std::string_view key) {
     for (const Setting& setting : settings)

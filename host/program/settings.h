@@ -17,24 +17,16 @@
 
 namespace orvanel {
 
-/// The port to open at start, 1..8, 0 for none, and its speed in bits a second.
-extern int com_setting;
-extern std::int32_t baud_setting;
-
-/// Of port and speed what is in force is saved, com_port and com_baud; but where these are the
-/// values below, which nobody has chosen, the settings above stay: -1 before a port is chosen, or
-/// what `--serial` has opened.
-extern int unsaved_port;
-extern std::int32_t unsaved_baud;
-
-/// The user has chosen a port, a speed: from now on what is in force is saved, whatever it is.
-void port_chosen();
-void baud_chosen();
-
-/// Has the line speak this in this run, without a change of the setting `protocol`; until the user
-/// chooses, which is saved.
-void use_protocol(bool framed);
-void protocol_chosen();
+/// A setting of the line. What is in force stands in another word (link/ground/port.h). While that
+/// is of this run alone, as `--serial` and `--protocol` or a device's name have it, `wanted` is
+/// saved; else, and from the user's next choice on, what is in force.
+struct LineSetting {
+    std::int32_t wanted;  // as the settings had it at the start
+    bool of_run;          // what is in force is of this run alone
+};
+extern LineSetting port_setting;      // 1..8, 0 for none; in force: com_port
+extern LineSetting baud_setting;      // bits a second; in force: com_baud
+extern LineSetting protocol_setting;  // 1 Pactlink, 0 plain bytes; in force: protocol_on
 
 /// The touch beep is heard.
 extern std::atomic<bool> beep_on;

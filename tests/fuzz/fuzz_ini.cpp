@@ -28,7 +28,7 @@ std::vector<std::string> settings_now() {
 }
 
 void check_ranges() {
-    check(com_setting >= 0 && com_setting <= max_com_ports);
+    check(port_setting.wanted >= 0 && port_setting.wanted <= max_com_ports);
     check(view_zoom >= 1 && view_zoom <= max_view_zoom);
     check(skin_model >= 0 && skin_model <= custom_model);
     check(lcd_type >= 0 && lcd_type <= 2);

@@ -47,10 +47,14 @@ std::string protocol_option_fault(const std::string& protocol) {
 }
 
 void take_protocol_option(const std::string& protocol) {
-    if (!protocol.empty()) use_protocol(protocol == frames);
+    if (protocol.empty()) return;
+    protocol_setting.of_run = true;
+    protocol_on.store(protocol == frames);
 }
 
-int start_port(const std::string& serial) { return serial.empty() ? com_setting : option_port; }
+int start_port(const std::string& serial) {
+    return serial.empty() ? port_setting.wanted : option_port;
+}
 
 bool is_by_option(int port, const std::string& serial) {
     return !serial.empty() && port == option_port;
@@ -59,12 +63,12 @@ bool is_by_option(int port, const std::string& serial) {
 std::string open_start_port(int port, const std::string& serial) {
     const bool by_option = is_by_option(port, serial);
     if (port > 0) {
-        com_baud.store(baud_of(device_of(port), by_option ? option_baud : baud_setting));
-        unsaved_baud = com_baud.load();
+        com_baud.store(baud_of(device_of(port), by_option ? option_baud : baud_setting.wanted));
+        baud_setting.of_run = true;
     }
     com_select(port, com_baud.load());
     title_update();
-    if (by_option) unsaved_port = com_port.load();
+    if (by_option) port_setting.of_run = true;
     return com_port.load() == port ? "" : serial_fault;
 }
 

@@ -104,7 +104,7 @@ void choose_baud(int which) {
     const std::int32_t baud = line_speeds[static_cast<std::size_t>(which)];
     if (baud == com_baud.load()) return;
     com_select(com_port.load(), baud);
-    baud_chosen();
+    baud_setting.of_run = false;
     title_update();
     menu_mark_baud();
 }
@@ -175,14 +175,14 @@ void ports_boxed() {
 void choose_port(int port) {
     if (port == com_port.load()) return;
     com_select(port, com_baud.load());
-    port_chosen();
+    port_setting.of_run = false;
     title_update();
     menu_mark_port();
 }
 
 void choose_framing(bool framed) {
     choose_protocol(framed);
-    protocol_chosen();
+    protocol_setting.of_run = false;
     menu_mark_switches();
     title_update();
 }

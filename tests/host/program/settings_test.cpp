@@ -138,8 +138,7 @@ TEST(Settings, a_large_zoom_is_kept_beside_the_last_small_one_only_while_it_hold
 
 TEST(Settings, a_chosen_port_is_saved_though_the_start_opened_another) {
     take_settings("[Orvanel42]\ncom=3\nbaud=9600", ".");
-    unsaved_port = 1;  // as --serial does
-    unsaved_baud = 115200;
+    port_setting.of_run = baud_setting.of_run = true;  // as --serial does
     com_port = 1;
     com_baud = 115200;
     EXPECT_EQ(setting_line("com"), "com=3");
