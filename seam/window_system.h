@@ -30,7 +30,7 @@ struct PixelPoint {
 // The window.
 
 /// Has the whole window painted soon.
-void repaint_window();
+void window_repaint();
 
 /// Gives the client area the size that window_width() and window_height() now have. The upper left
 /// corner stays where it is.

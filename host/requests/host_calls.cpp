@@ -18,7 +18,7 @@ constinit bool fade_timer_runs = false;  // main thread
 
 void colours_changed() {
     model_apply();
-    repaint_window();
+    window_repaint();
 }
 
 void start_fade_timer() {

@@ -64,7 +64,7 @@ void memory_mouse_up(int px, int py) {
 
 // What window_system.h asks for. Pictures are made when a scenario asks for them.
 
-void repaint_window() {}
+void window_repaint() {}
 
 void resize_window() {
     memory_window.width = window_width();

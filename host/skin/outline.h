@@ -31,7 +31,4 @@ Outline skin_outline();
 void window_show_frame();
 void window_cut_to_skin();
 
-/// Has the whole window painted soon.
-void window_repaint();
-
 }  // namespace orvanel

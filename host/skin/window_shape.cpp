@@ -25,6 +25,4 @@ void window_cut_to_skin() {
     cut_window(skin_outline());
 }
 
-void window_repaint() { repaint_window(); }
-
 }  // namespace orvanel

@@ -6,7 +6,7 @@ namespace orvanel {
 
 FakeWindow fake_window{};
 
-void repaint_window() { ++fake_window.repaints; }
+void window_repaint() { ++fake_window.repaints; }
 void resize_window() {}
 void show_window_frame() { fake_window.outline.reset(); }
 void cut_window(const Outline& outline) { fake_window.outline = outline; }

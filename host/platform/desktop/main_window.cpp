@@ -258,7 +258,7 @@ void drop_main_window() {
 
 // What window_system.h asks of the window.
 
-void repaint_window() { glass->update(); }
+void window_repaint() { glass->update(); }
 
 void resize_window() {
     glass->fit();

@@ -54,7 +54,7 @@ constinit int slider_position = 0;  // percent, as the user left it
 
 void show_choice() {
     model_apply();
-    repaint_window();
+    window_repaint();
 }
 
 void move_slider(int position) {
