@@ -105,58 +105,83 @@ void transpose(Dots& dots) {
         transpose_eight<1>(&dots[i]);
 }
 
-/// Transposes the block, which is of no use after that, and shows its columns.
-void show_rotated(Block& block) {
+/// Where the columns of a block go in the rows of the rotated images.
+struct ColumnPlace {
+    int shift;              // to the left, round the word
+    std::size_t word;       // 0 or 1
+    std::uint64_t mask;     // what of that word they take
+    std::uint64_t wrapped;  // and of word 0: the rows from 64 on are there, and reach in from above
+};
+
+ColumnPlace column_place(const Block& block) {
     const std::uint64_t rows = all_dots >> (64 - block.rows);
     const int shift = block.top % 64;
-    // The rows from 64 on are in word 0, and those that reach there from above wrap into it.
-    const std::size_t word = block.top < 64 ? 1 : 0;
     const std::uint64_t mask = rows << shift;
-    const std::uint64_t wrapped = std::rotl(rows, shift) & ~mask;
-    const auto show_column = [=](RotatedImage& image, int x, std::uint64_t dots) {
-        auto& row = image[static_cast<std::size_t>(last_x - x)];
-        merge(row[word], dots, mask);
-        if (wrapped != 0) merge(row[0], dots, wrapped);
-    };
+    return {shift, block.top < 64 ? std::size_t{1} : 0, mask, std::rotl(rows, shift) & ~mask};
+}
 
+void show_column(RotatedImage& image, const ColumnPlace& place, int x, std::uint64_t dots) {
+    auto& row = image[static_cast<std::size_t>(last_x - x)];
+    merge(row[place.word], dots, place.mask);
+    if (place.wrapped != 0) merge(row[0], dots, place.wrapped);
+}
+
+/// Calls turn(dots) for the phases of the block. What doesn't flash is turned once for both. The
+/// result is the second phase.
+template <typename Turn> const Dots& turn_phases(Block& block, Turn turn) {
     const auto unused = static_cast<std::size_t>(block_rows - block.rows);
     const auto used = [unused](Dots& dots) { return std::span(dots).subspan(unused); };
-    // What doesn't flash is turned once for both phases.
     const bool flashes = !std::ranges::equal(used(block.main), used(block.flash));
-    const Dots& flash = flashes ? block.flash : block.main;
-    const auto turn_phases = [&](auto turn) {
-        turn(block.main);
-        if (flashes) turn(block.flash);
-    };
+    turn(block.main);
+    if (!flashes) return block.main;
+    turn(block.flash);
+    return block.flash;
+}
 
-    const int first = std::countl_zero(block.mask);
-    const int last = 63 - std::countr_zero(block.mask);
+/// Eight rows or less need half of the steps, which leave each column in a byte of its own.
+void show_rotated_bytes(Block& block) {
+    const auto unused = block_rows - block.rows;
+    const Dots& flash = turn_phases(block, [unused](Dots& dots) {
+        std::fill(dots.begin() + 56, dots.begin() + unused, 0);
+        transpose_eight<1>(&dots[56]);
+    });
+    const ColumnPlace place = column_place(block);
     const int left = 64 * block.word;
-    if (block.rows <= 8) {
-        // Eight rows need half of the steps, which leave each column in a byte of its own.
-        turn_phases([unused](Dots& dots) {
-            std::fill(dots.begin() + 56, dots.begin() + static_cast<std::ptrdiff_t>(unused), 0);
-            transpose_eight<1>(&dots[56]);
-        });
-        for (int column = first; column <= last; column += 8) {
-            const int turn = column + 8 + shift;
-            for (int i = 0; i < 8; ++i) {
-                const auto row = static_cast<std::size_t>(56 + i);
-                show_column(lcd_image_rot, left + column + i, std::rotl(block.main[row], turn));
-                show_column(lcd_image_rot_flash, left + column + i, std::rotl(flash[row], turn));
-            }
+    const int last = 63 - std::countr_zero(block.mask);
+    for (int column = std::countl_zero(block.mask); column <= last; column += 8) {
+        const int turn = column + 8 + place.shift;
+        for (int i = 0; i < 8; ++i) {
+            const auto row = static_cast<std::size_t>(56 + i);
+            const int x = left + column + i;
+            show_column(lcd_image_rot, place, x, std::rotl(block.main[row], turn));
+            show_column(lcd_image_rot_flash, place, x, std::rotl(flash[row], turn));
         }
-        return;
     }
-    turn_phases([unused](Dots& dots) {
-        std::fill(dots.begin(), dots.begin() + static_cast<std::ptrdiff_t>(unused), 0);
+}
+
+void show_rotated_words(Block& block) {
+    const auto unused = block_rows - block.rows;
+    const Dots& flash = turn_phases(block, [unused](Dots& dots) {
+        std::fill(dots.begin(), dots.begin() + unused, 0);
         transpose(dots);
     });
-    for (int x = first; x <= last; ++x) {
-        const auto i = static_cast<std::size_t>(x);
-        show_column(lcd_image_rot, left + x, std::rotl(block.main[i], shift));
-        show_column(lcd_image_rot_flash, left + x, std::rotl(flash[i], shift));
+    const ColumnPlace place = column_place(block);
+    const int left = 64 * block.word;
+    const int last = 63 - std::countr_zero(block.mask);
+    for (int column = std::countl_zero(block.mask); column <= last; ++column) {
+        const auto i = static_cast<std::size_t>(column);
+        const int x = left + column;
+        show_column(lcd_image_rot, place, x, std::rotl(block.main[i], place.shift));
+        show_column(lcd_image_rot_flash, place, x, std::rotl(flash[i], place.shift));
     }
+}
+
+/// Transposes the block, which is of no use after that, and shows its columns.
+void show_rotated(Block& block) {
+    if (block.rows <= 8)
+        show_rotated_bytes(block);
+    else
+        show_rotated_words(block);
 }
 
 }  // namespace
