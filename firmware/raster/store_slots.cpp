@@ -9,4 +9,6 @@ void power_on_store() {
         slot.height = 0;  // the bytes outlive a reset
 }
 
+void cold_start_store() { store_slots.fill({}); }
+
 }  // namespace orvanel

@@ -29,4 +29,7 @@ extern std::array<ScreenStore, 2> store_slots;
 /// Power-on: both slots empty.
 void power_on_store();
 
+/// Program start: no bytes either.
+void cold_start_store();
+
 }  // namespace orvanel

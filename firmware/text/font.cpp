@@ -122,6 +122,8 @@ void power_on_fonts() {
     select_anew(power_on_font, touch_font);
 }
 
+void cold_start_fonts() { string_font = touch_font = menu_font = terminal_font = {}; }
+
 void select_string_font() { select_font(params[0], string_font); }
 void select_touch_font() { select_font(params[0], touch_font); }
 void select_menu_font() { select_font(params[0], menu_font); }

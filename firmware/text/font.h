@@ -53,6 +53,9 @@ std::span<const std::uint8_t> glyph_rows(const FontRef& font, GlyphEntry entry);
 /// Power-on of all four selections: read anew from the image, terminal, string, menu, touch.
 void power_on_fonts();
 
+/// Program start: no selection yet.
+void cold_start_fonts();
+
 // Handlers of the font commands.
 void select_string_font();
 void select_touch_font();

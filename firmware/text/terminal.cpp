@@ -153,6 +153,8 @@ void terminal_init() {
     refresh_all();
 }
 
+void cold_start_terminal() { terminal = {}; }
+
 void cursor_hide() {
     if (cursor_shown) cursor_toggle();
 }

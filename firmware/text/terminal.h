@@ -41,6 +41,9 @@ void terminal_blink();
 /// selected. Needs terminal_font.
 void terminal_init();
 
+/// Program start: no position is saved.
+void cold_start_terminal();
+
 /// Every command of group T, defined or not, starts with the one before its op letter is read and
 /// ends with the other.
 void cursor_hide();

@@ -53,6 +53,8 @@ void power_on_areas() {
     publish_touch_areas();
 }
 
+void cold_start_areas() { cur_area = 0; }
+
 void publish_touch_areas() {
     for (std::size_t i = 0; i < touch_areas.size(); ++i)
         published_rows[i].store(i < area_count ? published(touch_areas[i]) : 0,

@@ -96,4 +96,7 @@ bool touch_area_at(int x, int y);
 /// Power-on: an empty table.
 void power_on_areas();
 
+/// Program start: the finger has been in no area.
+void cold_start_areas();
+
 }  // namespace orvanel

@@ -168,6 +168,8 @@ void power_on_bars() {
     bar_send_mode = BarReport::at_release;
 }
 
+void cold_start_bars() { bar_slots = {}; }
+
 const BarGraph& bar_in_slot(int slot) {
     if (slot == bar_current) return bar_work;
     return bar_slots[static_cast<std::size_t>(slot)];

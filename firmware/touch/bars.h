@@ -53,6 +53,9 @@ void report_bar(int slot);
 /// Power-on: no bar in work, report at release.
 void power_on_bars();
 
+/// Program start: no bars.
+void cold_start_bars();
+
 // Handlers of group B, and of group A for bars.
 void define_bar_left();
 void define_bar_right();

@@ -90,6 +90,8 @@ void remove_all(bool erase) {
 
 }  // namespace
 
+void cold_start_keys() { switch_group = 0; }
+
 std::uint8_t press_switch(int index) {
     TouchArea& area = touch_area(index);
     if (area.group != 0) {

@@ -10,6 +10,9 @@ namespace orvanel {
 /// The radio group of the next switch, 0 for none. 0 at program start; a reset leaves it.
 extern std::uint8_t switch_group;
 
+/// Program start: new switches are in no group.
+void cold_start_keys();
+
 /// Flips switch `index` as a press does and returns the code to fire, 0 for none. A switch of a
 /// radio group that is on stays on.
 std::uint8_t press_switch(int index);

@@ -28,6 +28,9 @@ extern std::atomic<bool> tick_enabled;
 /// host.
 extern std::atomic<bool> tick_yield_pending;
 
+/// Program start: the first reset is of kind 0, and no tick has come.
+void cold_start_requests();
+
 /// Asks for a reset of `kind` 0..3, as the reset menu does. Nothing waits for it to happen.
 void request_restart(std::uint8_t kind);
 

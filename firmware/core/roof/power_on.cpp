@@ -29,8 +29,6 @@
 #include "link/ground/port.h"
 #include "seam/platform.h"
 
-#include <algorithm>
-
 namespace orvanel {
 
 namespace {
@@ -73,16 +71,14 @@ void power_on_defaults() {
 }
 
 void cold_start() {
-    reset_kind = 0;
-    tick_enabled = false;
-    tick_yield_pending = false;
-    terminal = {};
-    string_font = touch_font = menu_font = terminal_font = {};
-    std::ranges::fill(store_slots, ScreenStore{});
+    cold_start_requests();
+    cold_start_terminal();
+    cold_start_fonts();
+    cold_start_store();
     lift_finger();
-    cur_area = 0;
-    switch_group = 0;
-    bar_slots = {};
+    cold_start_areas();
+    cold_start_keys();
+    cold_start_bars();
 }
 
 void reset_cycle() {

@@ -8,8 +8,8 @@ namespace orvanel {
 /// Clears restart_requested. What survives a reset is said where each owner might have cleared it.
 void power_on_defaults();
 
-/// Brings what outlives a reset, but for the EEPROM image, to where it stands at program start: for
-/// who runs one module after another. Before run_firmware.
+/// Brings what outlives a reset, but for the EEPROM image, to where it stands at program start,
+/// through each owner's own function: for who runs one module after another. Before run_firmware.
 void cold_start();
 
 /// One reset: line speed, defaults, cleared planes, the power-on macro of reset_kind armed, the
