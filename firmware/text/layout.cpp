@@ -56,12 +56,12 @@ constexpr std::size_t max_entries =
 constexpr std::size_t max_lines = run_buffer_bytes / run_header_bytes;
 static_assert(max_entries == 382 && max_lines == 255);
 
-constinit std::array<RunEntry, max_entries> run_entries{};  // of all lines, one behind the other
+constinit std::array<RunEntry, max_entries> run_buffer{};  // of all lines, one behind the other
 constinit std::array<LineRun, max_lines> line_runs{};
 
 /// A line being scanned.
 struct OpenLine {
-    std::size_t first;  // its place in run_entries
+    std::size_t first;  // its place in run_buffer
     std::size_t end;    // behind its last entry
     int width;          // dots before zoom
 };
@@ -75,7 +75,7 @@ std::uint8_t next_byte(StringSource source) {
 }
 
 void append(OpenLine& line, RunEntry entry) {
-    run_entries[line.end++] = entry;
+    run_buffer[line.end++] = entry;
     line.width += entry.width;
 }
 
@@ -252,7 +252,7 @@ std::size_t layout_text(std::span<std::uint8_t> into) {
     const auto put = [&](std::uint8_t byte) {
         if (length < into.size()) into[length++] = byte;
     };
-    std::span<const RunEntry> entries = run_entries;
+    std::span<const RunEntry> entries = run_buffer;
     for (std::size_t i = 0; i < line_count; ++i) {
         if (i > 0) put('\n');
         for (const RunEntry entry : entries.first(line_runs[i].count))
@@ -279,7 +279,7 @@ void draw_string(std::uint8_t align) {
     Point at = anchor;
     if (rotation == 2) ++at.y;
     if (rotation == 3) ++at.x;
-    std::span<const RunEntry> entries = run_entries;
+    std::span<const RunEntry> entries = run_buffer;
     for (std::size_t i = 0; i < line_count; ++i) {
         const int back = i == 0 ? height : pitch;
         if (rotation == 2) at.y -= back;

@@ -155,7 +155,10 @@ void define_bar(char dir) {
     redraw_bar();
 }
 
-std::uint8_t shown_value() { return low8(bar_work.low + bar_work.value); }
+/// The value that a bar shows, 0 of none. Selects the bar.
+std::uint8_t bar_value(int slot) {
+    return select_bar(slot) ? low8(bar_work.low + bar_work.value) : std::uint8_t{0};
+}
 
 void answer_bar(int number, std::uint8_t value) {
     answer_packet('B', std::array{low8(number), value});
@@ -208,10 +211,7 @@ bool bar_touch_value(int slot) {
     return value && set_bar_value(*value);
 }
 
-void report_bar(int slot) {
-    const std::uint8_t value = select_bar(slot) ? shown_value() : std::uint8_t{0};
-    answer_bar(slot + 1, value);
-}
+void report_bar(int slot) { answer_bar(slot + 1, bar_value(slot)); }
 
 void define_bar_left() { define_bar('L'); }
 void define_bar_right() { define_bar('R'); }
@@ -244,7 +244,7 @@ void delete_bar_command() {
 
 void query_bar() {
     if (select_bar(params[0]))
-        answer_bar(params[0] + 1, shown_value());
+        answer_bar(params[0] + 1, bar_value(params[0]));
     else
         answer_bar(0, 0);
 }

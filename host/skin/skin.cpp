@@ -27,7 +27,7 @@ constexpr std::size_t skin_blob_size = 192632;
 
 /// Where the glass is in the picture, in pixels, rows and column inclusive.
 struct Glass {
-    int top, bottom, left;
+    int glass_top, glass_bottom, glass_left;
     int band_index;  // of the first pixel above the glass, -1 if the glass reaches the edge
 };
 
@@ -36,14 +36,16 @@ Glass find_glass(const Dib& skin) {
     const int middle = dib_rows(skin) / 2;
     const std::uint8_t glass_index = dib_get(skin, x, middle);
     Glass glass{middle, middle, x, -1};
-    while (glass.top > 0 && dib_get(skin, x, glass.top - 1) == glass_index)
-        --glass.top;
-    if (glass.top > 0) glass.band_index = dib_get(skin, x, glass.top - 1);
-    while (glass.bottom + 1 < dib_rows(skin) && dib_get(skin, x, glass.bottom + 1) == glass_index)
-        ++glass.bottom;
+    while (glass.glass_top > 0 && dib_get(skin, x, glass.glass_top - 1) == glass_index)
+        --glass.glass_top;
+    if (glass.glass_top > 0) glass.band_index = dib_get(skin, x, glass.glass_top - 1);
+    while (glass.glass_bottom + 1 < dib_rows(skin) &&
+           dib_get(skin, x, glass.glass_bottom + 1) == glass_index)
+        ++glass.glass_bottom;
     // The right edge isn't looked for: the glass is 240 dots wide.
-    while (glass.left > 0 && dib_get(skin, glass.left - 1, glass.bottom) == glass_index)
-        --glass.left;
+    while (glass.glass_left > 0 &&
+           dib_get(skin, glass.glass_left - 1, glass.glass_bottom) == glass_index)
+        --glass.glass_left;
     return glass;
 }
 
@@ -51,13 +53,13 @@ constexpr int glass_dots_shift = 7;  // the glass has 128 rows of dots
 static_assert(screen_height == 1 << glass_dots_shift);
 
 std::string glass_fault(const Dib& skin, const Glass& glass) {
-    const int rows = glass.bottom - glass.top + 1;
+    const int rows = glass.glass_bottom - glass.glass_top + 1;
     const int scale = rows >> glass_dots_shift;
     if (scale == 0)
         return "its glass is " + std::to_string(rows) + " pixels high, and less than " +
                std::to_string(screen_height) + " show no dots";
     if (glass.band_index < 0) return "its glass reaches the upper edge, there is no surround";
-    if (glass.left / scale + screen_width > dib_columns(skin) / scale)
+    if (glass.glass_left / scale + screen_width > dib_columns(skin) / scale)
         return "the display reaches beyond its right edge";
     return {};
 }
@@ -124,13 +126,13 @@ std::string skin_analyse(Bytes bmp) {
     key_colour_cut = dib_colour(skin, cut_index);
     band_index = glass.band_index;
 
-    const int scale = (glass.bottom - glass.top + 1) >> glass_dots_shift;
+    const int scale = (glass.glass_bottom - glass.glass_top + 1) >> glass_dots_shift;
     measure(skin, scale);
     skin_image = std::move(skin);
     dib_turn(skin_image_rot, skin_image);
     measure(skin_image_rot, scale);
-    const int left = glass.left / scale;
-    const int top = glass.top / scale;
+    const int left = glass.glass_left / scale;
+    const int top = glass.glass_top / scale;
     place_glass({left, top, left + last_x, top + last_y});
     return {};
 }

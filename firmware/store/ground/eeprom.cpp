@@ -8,7 +8,7 @@
 namespace orvanel {
 
 constinit int eeprom_size = eeprom_small;
-constinit std::array<std::uint8_t, eeprom_large> eeprom_image{};
+constinit EepromImage eeprom_image{};
 constinit EepromState eeprom_state = EepromState::unchanged;
 
 namespace {
@@ -17,7 +17,7 @@ constinit int image_cursor = 0;  // 0..eeprom_large
 
 // One copy is the firmware's to fill, one is what the main thread took last, and the third lies
 // between them. Each side swaps its own for that one, so nobody reads what another writes.
-constinit std::array<std::array<std::uint8_t, eeprom_large>, 3> copies{};
+constinit std::array<EepromImage, 3> copies{};
 constinit std::uint8_t copy_to_fill = 0;  // firmware
 constinit std::uint8_t copy_taken = 1;    // main thread
 

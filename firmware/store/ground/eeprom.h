@@ -17,7 +17,8 @@ namespace orvanel {
 extern int eeprom_size;
 
 /// The image: the first eeprom_size bytes are the module's memory.
-extern std::array<std::uint8_t, eeprom_large> eeprom_image;
+using EepromImage = std::array<std::uint8_t, eeprom_large>;
+extern EepromImage eeprom_image;
 
 /// Makes an erased image of `size` bytes, all 0xFF, and copies `content` to its start; what is
 /// longer than the image is cut. For the load at program start.

@@ -15,8 +15,8 @@ namespace {
 
 /// Where a level reads on.
 struct MacroFrame {
-    int pos;   // image offset of the next byte
-    int left;  // bytes that the level still holds, above 0 while it is active
+    int macro_pos;   // image offset of the next byte
+    int macro_left;  // bytes that the level still holds, above 0 while it is active
 };
 
 constinit MacroFrame running{};
@@ -58,15 +58,15 @@ void start_macro(std::uint16_t table, std::uint8_t index) {
 
 ByteSource next_macro_source() {
     ByteSource source = names[macro_depth];
-    source.offset = static_cast<std::uint32_t>(running.pos);
+    source.offset = static_cast<std::uint32_t>(running.macro_pos);
     return source;
 }
 
 std::uint8_t next_macro_byte() {
-    const std::uint8_t byte = eeprom_at(running.pos);
-    ++running.pos;
-    --running.left;
-    while (running.left == 0) {
+    const std::uint8_t byte = eeprom_at(running.macro_pos);
+    ++running.macro_pos;
+    --running.macro_left;
+    while (running.macro_left == 0) {
         if (--macro_depth == 0) break;
         running = suspended[macro_depth];
     }

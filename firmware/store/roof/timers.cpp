@@ -24,7 +24,7 @@ constinit std::atomic<std::uint8_t> auto_macro_timer{0};
 namespace {
 
 /// The automatic macro but for its mode, which other threads clear: auto_macro_mode.
-constinit MacroSequence automatic{};
+constinit MacroSequence auto_macro{};
 constinit std::uint8_t auto_macro_period = 0;
 
 /// Steps after a start. True if that ends the sequence; then nothing else has changed.
@@ -65,9 +65,9 @@ MacroSequence sequence_from(std::uint8_t a, std::uint8_t b, std::uint8_t up) {
 }
 
 void start_automatic(std::uint8_t up) {
-    automatic = sequence_from(params[0], params[1], up);
+    auto_macro = sequence_from(params[0], params[1], up);
     auto_macro_period = params[2];
-    auto_macro_mode.store(automatic.mode);
+    auto_macro_mode.store(auto_macro.mode);
     run_auto_macro();
 }
 
@@ -97,7 +97,7 @@ void tick_process(AutoMacroTimer& process) {
 }  // namespace
 
 void power_on_timers() {
-    automatic = {};
+    auto_macro = {};
     auto_macro_period = 0;
     auto_macro_timer.store(0);
     for (AutoMacroTimer& process : process_macros) {
@@ -110,12 +110,12 @@ void power_on_timers() {
 }
 
 void run_auto_macro() {
-    start_macro(normal_macro_table, automatic.current);
+    start_macro(normal_macro_table, auto_macro.current);
     std::uint8_t seen = auto_macro_mode.load();
-    automatic.mode = seen;
-    const bool ended = step_sequence(automatic);
+    auto_macro.mode = seen;
+    const bool ended = step_sequence(auto_macro);
     // The line may have ended the sequence since we looked; a step must not bring it back.
-    if (seen != 0) auto_macro_mode.compare_exchange_strong(seen, ended ? 0 : automatic.mode);
+    if (seen != 0) auto_macro_mode.compare_exchange_strong(seen, ended ? 0 : auto_macro.mode);
     if (auto_macro_mode.load() != 0) auto_macro_timer.store(auto_macro_period);
 }
 
@@ -136,10 +136,10 @@ void auto_macro_to_and_fro() { start_automatic(3); }
 void auto_macro_once() { start_automatic(5); }
 
 void delayed_macro() {
-    automatic = sequence_from(params[0], params[0], 5);
+    auto_macro = sequence_from(params[0], params[0], 5);
     auto_macro_period = params[1];
     auto_macro_timer.store(params[1]);
-    auto_macro_mode.store(automatic.mode);
+    auto_macro_mode.store(auto_macro.mode);
 }
 
 void define_process_macro() {
