@@ -8,6 +8,7 @@
 //
 // Leaves with 0, or with 1 after one message on stderr; a source that is refused writes nothing.
 
+#include "base/hex.h"
 #include "firmware/core/language/eeprom_layout.h"
 
 #include <array>
@@ -77,28 +78,17 @@ bool is_silent(std::string_view line) {
     return start == std::string_view::npos || line[start] == ';';
 }
 
-std::optional<int> hex_digit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return std::nullopt;
-}
-
 /// The code of a line `0x41 A`; nothing where the line isn't two hex digits, a blank and a name.
 std::optional<int> entry_code(std::string_view line) {
     if (line.size() < 6 || line.substr(0, 2) != "0x" || line[4] != ' ') return std::nullopt;
-    const std::optional<int> high = hex_digit(line[2]);
-    const std::optional<int> low = hex_digit(line[3]);
-    if (!high || !low || line.find_first_not_of(' ', 5) == std::string_view::npos) {
-        return std::nullopt;
-    }
-    return *high << 4 | *low;
+    const int code = hex_pair(line.substr(2));
+    if (code < 0 || line.find_first_not_of(' ', 5) == std::string_view::npos) return std::nullopt;
+    return code;
 }
 
 std::string code_name(int code) {
-    std::array<char, 8> text{};
-    std::snprintf(text.data(), text.size(), "0x%02X", static_cast<unsigned>(code));
-    return text.data();
+    const auto value = static_cast<std::uint32_t>(code);
+    return {'0', 'x', hex_character(value >> 4), hex_character(value)};
 }
 
 /// One row of dots as a byte, the leftmost dot in bit 7; nothing where the line isn't such a row.
@@ -174,8 +164,8 @@ std::optional<Glyphs> read_glyphs(Source& source) {
 }
 
 void append_le16(std::vector<std::uint8_t>& bytes, std::size_t value) {
-    bytes.push_back(static_cast<std::uint8_t>(value & 0xFF));
-    bytes.push_back(static_cast<std::uint8_t>(value >> 8 & 0xFF));
+    bytes.push_back(static_cast<std::uint8_t>(value));
+    bytes.push_back(static_cast<std::uint8_t>(value >> 8));
 }
 
 std::vector<std::uint8_t> pack(const Glyphs& glyphs) {

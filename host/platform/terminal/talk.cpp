@@ -1,6 +1,8 @@
 #include "host/platform/terminal/talk.h"
 
 #include "base/bytes.h"
+#include "base/hex.h"
+#include "base/quoting.h"
 #include "host/bridge/bridge_packing.h"
 #include "host/platform/instance/instance_client.h"
 #include "host/platform/system/wake.h"
@@ -58,13 +60,14 @@ void print_as_text(std::uint8_t byte) {
     else if (byte >= ' ' && byte <= '~')
         std::putchar(byte);
     else
-        std::printf("\\x%02X", byte);
+        std::fputs(byte_escape(static_cast<char>(byte)).c_str(), stdout);
 }
 
 void print_answer(std::uint8_t byte, bool hex) {
     printed = true;
     if (!hex) return print_as_text(byte);
-    std::printf(after_hex ? " %02X" : "%02X", byte);
+    if (after_hex) std::putchar(' ');
+    std::fputs(hex_digits(byte, 2).c_str(), stdout);
     after_hex = true;
 }
 
