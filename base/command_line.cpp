@@ -133,7 +133,7 @@ int refuse(const std::string& program, const std::string& fault, const std::stri
 }
 
 /// Says what has ended the reading, a fault or the help, and gives the status.
-int told(const CLI::App& app, const CommandLine& line, const CLI::Error& end) {
+int say_end(const CLI::App& app, const CommandLine& line, const CLI::Error& end) {
     if (end.get_exit_code() != 0) {
         std::string call = line.program;
         for (const CLI::App* command : app.get_subcommands())
@@ -159,7 +159,7 @@ int read_command_line(const CommandLine& line, int argc, char** argv, std::strin
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& fault) {
-        return told(app, line, fault);
+        return say_end(app, line, fault);
     }
     if (command != nullptr && !line.commands.empty())
         *command = app.get_subcommands().front()->get_name();

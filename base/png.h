@@ -19,7 +19,7 @@ struct PngSize {
 };
 PngSize png_size(std::span<const std::uint8_t> file);
 
-/// Reads a PNG of any kind; what lets light through shows white behind it. Takes five bytes for
+/// Reads a PNG of any kind; what lets light through shows white below it. Takes five bytes for
 /// each dot of a size that `size_fault` lets pass. The result is empty on success, else what is
 /// wrong with the file.
 std::string read_png(std::span<const std::uint8_t> file, SizeFault size_fault,

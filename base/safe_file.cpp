@@ -138,7 +138,7 @@ bool is_gone(pid_t process) {
 }
 
 /// The new name is on the disk only when its folder is. That can't fail in a way that would bring
-/// the old file back, so nobody is told.
+/// the old file back, so nothing is said.
 void flush_folder(const fs::path& target) {
     const int fd = open(folder_of(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return;

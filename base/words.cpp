@@ -32,7 +32,7 @@ std::string take_hex(std::string_view& rest, std::vector<std::uint8_t>& bytes) {
     return {};
 }
 
-/// `rest` stands behind a backslash.
+/// `rest` stands after a backslash.
 std::string take_escape(std::string_view& rest, std::vector<std::uint8_t>& bytes) {
     if (rest.empty()) return "the text lacks its closing quote";
     const char letter = rest.front();
@@ -50,7 +50,7 @@ std::string take_escape(std::string_view& rest, std::vector<std::uint8_t>& bytes
     return {};
 }
 
-/// `rest` stands behind the opening quote.
+/// `rest` stands after the opening quote.
 std::string take_text(std::string_view& rest, std::vector<std::uint8_t>& bytes) {
     while (!rest.empty()) {
         const char c = rest.front();

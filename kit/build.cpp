@@ -48,7 +48,7 @@ bool is_text(const Bytes& content) {
 
 /// Of an image that a file of `size` bytes begins.
 std::string cut_of(const Bytes& image, std::size_t size) {
-    const int end = pair_at(image, image_length_at) + crc_size;  // behind the CRC
+    const int end = pair_at(image, image_length_at) + crc_size;  // after the CRC
     if (size >= image.size() || end - 2 == unprogrammed || end <= static_cast<int>(size)) return {};
     return "the file ends at " + std::to_string(size) + ", its image with its CRC at " +
            std::to_string(end);
@@ -70,8 +70,7 @@ Content load_any(const std::string& path, const Progress& progress, Faults& faul
     if (ends_in(path, ".kit")) {
         const Built built = build_kit(path, {-1, -1, -1}, progress, faults);
         const StreamPlan& plan = built.kit.stream;
-        const bool talks =
-            !plan.before.empty() || !plan.after_block.empty() || !plan.behind.empty();
+        const bool talks = !plan.before.empty() || !plan.after_block.empty() || !plan.after.empty();
         if (!faults.empty() || !talks) return {built.image, {}, {}};
         return {built.image, stream_of(built.kit, built.image, faults), {}};
     }

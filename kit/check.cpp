@@ -65,12 +65,12 @@ void find_loops(std::span<const std::uint8_t> image, const std::vector<Object>& 
     for (const Object& object : objects)
         if (is_macro(object.kind) && object.fault.empty())
             graph[{object.kind, object.number}] = starts_of(bytes_of(image, object));
-    std::set<MacroId> told;  // in a ring that has been told
+    std::set<MacroId> reported;  // in a ring that has been reported
     for (const auto& [macro, starts] : graph) {
-        if (told.contains(macro)) continue;
+        if (reported.contains(macro)) continue;
         const std::vector<MacroId> way = way_back(graph, macro);
         if (way.empty()) continue;
-        told.insert(way.begin(), way.end());
+        reported.insert(way.begin(), way.end());
         std::string text = title_of(macro) + " starts itself";
         for (std::size_t i = 1; i < way.size(); ++i)
             text += (i == 1 ? ", by way of " : ", ") + title_of(way[i]);

@@ -18,7 +18,7 @@ struct Writer {
     const Assembly* assembly;
     const Form* form;
     bool numbers;  // parameters become ASCII numbers
-    bool first;    // nothing stands behind the letters yet
+    bool first;    // nothing stands after the letters yet
     Bytes* bytes;
 };
 
@@ -38,7 +38,7 @@ void put_number(Writer& writer, int value, char end) {
     writer.bytes->push_back(static_cast<std::uint8_t>(end));
 }
 
-/// The words of a command's parameters, and `tail` for what comes behind the numbers.
+/// The words of a command's parameters, and `tail` for what comes after the numbers.
 std::string parameters_of(const Form& form, std::string_view tail, const char* between) {
     std::string words;
     for (int i = 0; i < param_count(form); ++i)
@@ -76,7 +76,7 @@ void step_over_comma(Writer& writer, bool needed) {
     fail(scanner, "expected a comma; " + usage_of(*writer.form));
 }
 
-/// To what stands behind the numbers. Throws if nothing does.
+/// To what stands after the numbers. Throws if nothing does.
 Scanner start_of_tail(Writer& writer) {
     step_over_comma(writer, false);
     if (peek(*writer.scanner) == 0)

@@ -25,7 +25,7 @@ bool dot_at(const Dots& dots, int x, int y);
 /// Sets dot x, y, which lies inside.
 void set_dot(Dots& dots, int x, int y);
 
-/// Whether the bits behind the last dot of each row are clear.
+/// Whether the bits after the last dot of each row are clear.
 bool is_clean(const Dots& dots);
 
 /// What is darker than `percent` of white is set.

@@ -16,7 +16,7 @@ namespace {
 using Image = std::span<const std::uint8_t>;
 
 constexpr std::size_t bytes_a_line = 32;
-// A stretch of bytes goes on over so many that need not be there, rather than begin anew.
+// A stretch of bytes goes on over so many that need not be there, rather than begin again.
 constexpr std::size_t shortest_gap = 8;
 
 /// A dump on its way, and the kit that it describes.
@@ -26,7 +26,7 @@ struct Dump {
     std::vector<DumpFile> files;
     std::string source;
     int cursor;  // where the next item of the source falls by itself
-    // The CRC is right and lies behind all items, so that build makes it again, and a right one for
+    // The CRC is right and lies after all items, so that build makes it again, and a right one for
     // whatever the user changes.
     bool crc_holds;
 };
@@ -111,7 +111,7 @@ void add_object(Dump& dump, const Object& object) {
         return;
     }
     // Objects come in the order of their places, so only the last one can be in the way.
-    // Room for a CRC stays behind it, wherever the image has its own.
+    // Room for a CRC stays after it, wherever the image has its own.
     if (object.offset < dump.cursor ||
         object.offset + object.size + crc_size > std::ssize(dump.image))
         return;
@@ -137,7 +137,7 @@ void add_length(Dump& dump) {
 }
 
 /// Takes the CRC as wanted where the image has been brought to it: two bytes in front of it that
-/// belong to nothing, behind an item or erased bytes. A longer stretch is somebody's bytes.
+/// belong to nothing, after an item or erased bytes. A longer stretch is somebody's bytes.
 void add_crc(Dump& dump) {
     dump.kit.crc = -1;
     if (!dump.crc_holds || dump.kit.length < dump.cursor + 2) return;

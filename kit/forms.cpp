@@ -75,7 +75,7 @@ int digit_of(int c, int base) {
     return digit < base ? digit : -1;
 }
 
-/// Skips to a digit or $, and takes the one byte behind the number too.
+/// Skips to a digit or $, and takes the one byte after the number too.
 int take_param(ByteReader& reader) {
     if (!reader.numbers) return take_byte(reader);
     int c = take_byte(reader);

@@ -18,19 +18,19 @@ struct Param {
     Kind kind;  // whose names may stand for it
 };
 
-/// What comes behind the numbers, as raw bytes under both lead-ins.
+/// What comes after the numbers, as raw bytes under both lead-ins.
 enum class Tail : std::uint8_t {
     none,
     string,   // up to 0, LF or CR
     picture,  // width, height, rows
     byte,     // one byte
     counted,  // a parameter, and so many bytes
-    eeprom,   // address and length of two bytes each, a letter, and behind W the data
+    eeprom,   // address and length of two bytes each, a letter, and after W the data
 };
 
 constexpr int max_params = 9;
 
-/// One command. `op` is 0 for a command without an op letter; `name` is null behind the last
+/// One command. `op` is 0 for a command without an op letter; `name` is null after the last
 /// parameter.
 struct Form {
     char group;
@@ -56,7 +56,7 @@ std::string letters_of(const Form& form);
 
 /// A command as it stands in a stream.
 struct Parsed {
-    const Form* form;  // null: no command, but bytes that the module takes behind a lead-in
+    const Form* form;  // null: no command, but bytes that the module takes after a lead-in
     std::array<int, max_params> params;
     std::size_t tail_at, tail_size;  // the raw bytes, without what ends or counts them
     std::size_t size;                // bytes of the whole

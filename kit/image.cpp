@@ -19,7 +19,7 @@ struct Layout {
     Bytes image;
     std::vector<bool> patched;  // which bytes a [bytes] section has set
     std::vector<int> offsets;   // of each item
-    int end;                    // behind the last item
+    int end;                    // after the last item
     Faults* faults;
 };
 

@@ -12,7 +12,7 @@ namespace orvanel {
 /// Two bytes, low byte first; both lie in `bytes`.
 int pair_at(std::span<const std::uint8_t> bytes, int at);
 
-/// Writes the CRC behind the bytes that the image's length covers, if there is a length and room.
+/// Writes the CRC after the bytes that the image's length covers, if there is a length and room.
 void put_crc(Bytes& image);
 
 /// 0x and four digits.

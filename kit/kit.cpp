@@ -262,8 +262,8 @@ void read_plain_section(const Section& section, KitReader& reader) {
         return append(stream.before, section.lines);
     case Topic::stream_after_block:
         return append(stream.after_block, section.lines);
-    case Topic::stream_behind:
-        return append(stream.behind, section.lines);
+    case Topic::stream_after:
+        return append(stream.after, section.lines);
     case Topic::constants:
         return read_constants(section, reader);
     case Topic::bytes:

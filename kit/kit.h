@@ -34,7 +34,7 @@ struct StreamPlan {
     int block;     // bytes of the image in each write
     int length;    // bytes of the whole stream, -1: as it comes
     bool restart;  // ends in a restart
-    std::vector<SourceLine> before, after_block, behind;
+    std::vector<SourceLine> before, after_block, after;
 };
 
 struct Kit {
@@ -52,7 +52,7 @@ struct Kit {
 /// Called with what is being worked on.
 using Progress = std::function<void(const std::string& what)>;
 
-/// Reads the kit from its lines. What can't be read is left out and told in `faults`.
+/// Reads the kit from its lines. What can't be read is left out and has its fault in `faults`.
 Kit read_kit(const std::string& file, const std::vector<SourceLine>& lines,
              const Progress& progress, Faults& faults);
 

@@ -62,7 +62,7 @@ class ProgressLine {
     bool shown = false;
 };
 
-/// Tells the faults, those of a file in the order of its lines.
+/// Reports the faults, those of a file in the order of its lines.
 Status tell(Faults faults) {
     sort_by_place(faults);
     for (std::size_t i = 0; i < faults.size() && i < max_messages; ++i)
@@ -85,7 +85,8 @@ Content load(const std::string& path, Faults& faults) {
         path, [&](const std::string& what) { progress.show(what); }, faults);
 }
 
-/// Whether one of the outputs, by whatever name, is a file that the kit was read from; it is told.
+/// Whether one of the outputs, by whatever name, is a file that the kit was read from; then that is
+/// said.
 bool is_input(const Kit& kit, const std::vector<std::string>& outputs) {
     for (const std::string& output : outputs)
         for (const std::string& input : kit.inputs) {

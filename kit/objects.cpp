@@ -39,7 +39,7 @@ void measure_font(std::span<const std::uint8_t> image, Object& object) {
 void measure_picture(std::span<const std::uint8_t> image, Object& object) {
     const auto bytes = rest_at(image, object.offset);
     object.size = picture_head_size;
-    if (bytes.size() < picture_head_size) return;  // told as lying beyond the image
+    if (bytes.size() < picture_head_size) return;  // reported as lying beyond the image
     const int rows = picture_rows(bytes[1]);
     object.size = picture_head_size + stride_of(bytes[0]) * rows;
     if (bytes[0] == 0 || rows == 0)

@@ -1,4 +1,4 @@
-// objects.h: what the tables of an image name, and how it is told.
+// objects.h: what the tables of an image name, and how messages call it.
 
 #pragma once
 
@@ -15,7 +15,7 @@ struct Object {
     Kind kind;
     int number;
     int offset;         // in the image
-    int size;           // bytes as far as it can be told, also beyond the image's end
+    int size;           // bytes as far as it is known, also beyond the image's end
     std::string fault;  // why it is none, empty if it is one
 };
 

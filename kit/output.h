@@ -19,13 +19,13 @@ void tell_error(const std::string& what);
 /// Puts text on standard output, as visible_lines has it (base/visible.h).
 void put(const std::string& text);
 
-/// Writes a file in one step; who wants the program to end waits for that. False, and told, on a
-/// failure.
+/// Writes a file in one step; who wants the program to end waits for that. False, after a message,
+/// on a failure.
 bool write_output(const std::string& path, const Bytes& content);
 
 /// Writes all the files into a folder, or none of them. The folder is made if it isn't there; else
-/// it has to be empty, but for what a former call had to leave half done. False, and told, on a
-/// failure.
+/// it has to be empty, but for what a former call had to leave half done. False, after a message,
+/// on a failure.
 bool write_folder(const std::string& path, const std::vector<DumpFile>& files);
 
 }  // namespace orvanel

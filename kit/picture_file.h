@@ -14,7 +14,7 @@ namespace orvanel {
 constexpr int max_picture_dots = 1 << 20;
 
 /// Reads a picture by its content, whatever the file is called. What is transparent shows white
-/// behind it. The result is empty on success, else what is wrong with the file.
+/// after it. The result is empty on success, else what is wrong with the file.
 std::string decode_picture(std::span<const std::uint8_t> file, GrayPicture& picture);
 
 /// The picture as a PNG; the same picture gives the same bytes. Throws std::bad_alloc.

@@ -269,7 +269,7 @@ Bytes build_picture(const PictureSettings& settings) {
     return picture_bytes(first, &second);
 }
 
-/// Settings first, then the files, so that a wrong setting is told in any case.
+/// Settings first, then the files, so that a wrong setting is reported in any case.
 template <typename Settings, typename Take, typename Build>
 Bytes build_resource(const Section& section, bool shared, Settings& settings, Faults& faults,
                      Take take, Build build) {

@@ -54,11 +54,11 @@ Topic take_stream_topic(Scanner& scanner) {
     const std::string_view word = take_word(scanner, "]");
     if (word == "before") return Topic::stream_before;
     if (word == "after-block") return Topic::stream_after_block;
-    if (word == "behind") return Topic::stream_behind;
+    if (word == "behind") return Topic::stream_after;
     fail(start, "expected before, after-block or behind");
 }
 
-/// The scanner stands behind the opening bracket.
+/// The scanner stands after the opening bracket.
 Section take_heading(Scanner& scanner) {
     Section section{Topic::item, Kind::number, -1, {}, {}, {}};
     peek(scanner);
@@ -89,7 +89,7 @@ Section take_heading(Scanner& scanner) {
     return section;
 }
 
-/// False, and told, if the heading can't be read.
+/// False, with a fault, if the heading can't be read.
 bool add_heading(Scanner& scanner, std::vector<Section>& sections, Faults& faults) {
     try {
         sections.push_back(take_heading(scanner));

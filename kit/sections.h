@@ -14,7 +14,7 @@ enum class Topic {
     stream,
     stream_before,
     stream_after_block,
-    stream_behind,
+    stream_after,
     constants,
     item,
     bytes,

@@ -60,7 +60,7 @@ bool read_include(Reader& reader, const SourceLine& line) {
     try {
         read_included(reader, path_beside(line.file, path));
     } catch (const Fault& fault) {
-        // What is wrong with the file as a whole is told where its name stands.
+        // What is wrong with the file as a whole is reported where its name stands.
         if (fault.place.line > 0) throw;
         fail(name, in_quotes(path) + ": " + fault.what());
     }
@@ -83,7 +83,7 @@ void read_text(Reader& reader, const std::string& name, std::string_view text) {
     }
 }
 
-/// The scanner stands behind a backslash.
+/// The scanner stands after a backslash.
 void take_escape(Scanner& scanner, Bytes& bytes) {
     const std::string_view text = scanner.line->text;
     const char letter = scanner.at < text.size() ? text[scanner.at] : '\0';

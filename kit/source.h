@@ -42,10 +42,10 @@ Place place_of(const Scanner& scanner);
 
 void skip_blanks(Scanner& scanner);
 
-/// The next character behind blanks, which are skipped; 0 at the end of the line or its comment.
+/// The next character after blanks, which are skipped; 0 at the end of the line or its comment.
 char peek(Scanner& scanner);
 
-/// Takes `c` if it comes next behind blanks.
+/// Takes `c` if it comes next after blanks.
 bool take_char(Scanner& scanner, char c);
 
 /// Takes `c`, or throws that it is expected.
@@ -63,7 +63,7 @@ std::string_view take_word(Scanner& scanner, std::string_view ends = {});
 /// What stands between double quotes, or a word. Throws if there is neither.
 std::string take_path(Scanner& scanner);
 
-/// A decimal number, or a hexadecimal one behind $ or 0x. Throws unless it lies in min..max.
+/// A decimal number, or a hexadecimal one after $ or 0x. Throws unless it lies in min..max.
 int take_number(Scanner& scanner, int min, int max);
 
 /// As take_number, from a command line: the whole text. False if it is no such number.

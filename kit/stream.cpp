@@ -36,7 +36,7 @@ int written_size(std::span<const std::uint8_t> image) {
     return std::max({used, std::min(whole, static_cast<int>(image.size())), 1});
 }
 
-/// Lines of the source, told by names how many of the blocks have been written.
+/// Lines of the source, where names say how many of the blocks have been written.
 void append_lines(const Kit& kit, const std::vector<SourceLine>& lines, int block, int blocks,
                   Bytes& stream, Faults& faults) {
     if (lines.empty()) return;
@@ -110,9 +110,9 @@ Bytes stream_of(const Kit& kit, std::span<const std::uint8_t> image, Faults& fau
                image.subspan(static_cast<std::size_t>(address), static_cast<std::size_t>(length)));
         const std::size_t faults_before = faults.size();
         append_lines(kit, plan.after_block, block + 1, blocks, stream, faults);
-        if (faults.size() > faults_before) return {};  // told once, not for each block
+        if (faults.size() > faults_before) return {};  // reported once, not for each block
     }
-    append_lines(kit, plan.behind, blocks, blocks, stream, faults);
+    append_lines(kit, plan.after, blocks, blocks, stream, faults);
     Bytes closing;
     if (plan.restart) append_head(closing, 0, 0, 'J');
     append_filler(kit, closing.size(), stream, faults);

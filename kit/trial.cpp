@@ -31,7 +31,7 @@ constexpr std::int64_t us_per_ms = 1000;
 constexpr std::int64_t byte_us = 10;
 constexpr std::int64_t tick_us = 100'000;
 
-// How long the module is left to itself behind each act.
+// How long the module is left to itself after each act.
 constexpr std::int64_t quiet_us = 26'000'000;  // the longest timer has run out by then
 constexpr std::int64_t max_us = 60'000'000;    // for what never comes to rest
 constexpr long max_act_bytes = 20'000;
@@ -63,7 +63,7 @@ using Spot = std::tuple<int, int, AreaType, int, int>;  // place, type and codes
 struct Trial {
     // Of all runs.
     std::vector<TrialFinding> findings;
-    std::set<std::string> told;
+    std::set<std::string> reported;
     std::set<int> drawn;                    // pictures
     std::set<int> touch_codes, menu_codes;  // of all areas and menu rows that were defined
     bool starts_any_row;                    // by the macro of a menu's selected row
@@ -126,7 +126,7 @@ void count_bytes(long count) {
 
 void tell_finding(const std::string& where, const Finding& finding) {
     if (trial->findings.size() < max_findings &&
-        trial->told.insert(where + '\n' + words_of(finding)).second)
+        trial->reported.insert(where + '\n' + words_of(finding)).second)
         trial->findings.push_back({where, finding});
 }
 
@@ -252,7 +252,7 @@ void do_act(const Act& act) {
     }
 }
 
-/// The module has come to rest behind an act, or never will.
+/// The module has come to rest after an act, or never will.
 void act_is_over() {
     pay();
     trial->act_began_us = trial->last_byte_us = trial->now_us;

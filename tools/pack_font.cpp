@@ -203,7 +203,7 @@ std::string listing(const std::vector<std::uint8_t>& bytes) {
     return text;
 }
 
-/// Writes the file anew; false after a message. A file that couldn't be written whole doesn't stay,
+/// Writes the file; false after a message. A file that couldn't be written whole doesn't stay,
 /// since a build would take it for finished.
 bool write_file(const char* path, const std::string& text) {
     std::FILE* file = std::fopen(path, "wb");

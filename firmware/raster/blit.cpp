@@ -80,7 +80,7 @@ constexpr auto stretch_table = [] {
 }();
 
 /// Puts the first `width` dots of a packed row, each `zoom` times, at `to`, and up to three bytes
-/// behind them.
+/// after them.
 void stretch_row(std::span<const std::uint8_t> row, int zoom, int width, std::uint8_t* to) {
     const auto& table = stretch_table[static_cast<std::size_t>(zoom - 2)];
     std::size_t at = 0;
@@ -235,7 +235,7 @@ void pack_area(std::span<std::uint8_t> target) {
     const DrawArea area = on_glass(draw_area);
     if (is_empty(area)) return;
     const int width = area.x2 - area.x1 + 1;
-    // What lies behind the packed rows stays as it is: a view of the clipboard shows it.
+    // What lies after the packed rows stays as it is: a view of the clipboard shows it.
     const auto bytes = static_cast<std::size_t>((area.y2 - area.y1 + 1) * stride_of(width));
     target = target.first(std::min(bytes, target.size()));
     const std::span<const std::uint8_t> plane{work_plane, plane_bytes};

@@ -56,7 +56,7 @@ void refresh_area();
 
 void refresh_all();
 
-/// Asks the host to paint the whole display without composing it anew: the phase has changed.
+/// Asks the host to paint the whole display without composing it again: the phase has changed.
 void repaint_all();
 
 /// Power-on: graphics shown, clipboard view off, flash period 6 in phase 0.

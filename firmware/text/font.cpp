@@ -67,7 +67,7 @@ bool take_header(bool builtin, std::int32_t start, FontRef& font) {
 
 /// Forgets the number alone: when nothing can be selected, a reset leaves the font in use as it
 /// is.
-void select_anew(std::uint8_t n, FontRef& font) {
+void reselect(std::uint8_t n, FontRef& font) {
     font.id = no_font;
     select_font(n, font);
 }
@@ -82,7 +82,7 @@ void select_font(std::uint8_t n, FontRef& font) {
     font.id = n;
     std::int32_t start = 0;
     if (n != 0) {
-        // The table is read at the image cursor, which stays behind the entry.
+        // The table is read at the image cursor, which stays after the entry.
         eeprom_seek(static_cast<std::uint16_t>(entry_at(Kind::font, n)));
         start = eeprom_read16();
     }
@@ -116,10 +116,10 @@ std::span<const std::uint8_t> glyph_rows(const FontRef& font, GlyphEntry entry) 
 }
 
 void power_on_fonts() {
-    select_anew(0, terminal_font);
-    select_anew(power_on_font, string_font);
-    select_anew(power_on_font, menu_font);
-    select_anew(power_on_font, touch_font);
+    reselect(0, terminal_font);
+    reselect(power_on_font, string_font);
+    reselect(power_on_font, menu_font);
+    reselect(power_on_font, touch_font);
 }
 
 void cold_start_fonts() { string_font = touch_font = menu_font = terminal_font = {}; }

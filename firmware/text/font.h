@@ -8,7 +8,7 @@
 
 namespace orvanel {
 
-constexpr std::uint8_t no_font = 0xFF;  // the id of a FontRef that has to select anew
+constexpr std::uint8_t no_font = 0xFF;  // the id of a FontRef that has to select again
 
 /// A selected font: its header fields, and where its bytes lie. The two offsets count from the
 /// start of the built-in font if `builtin`, else from the start of the EEPROM image; each read
@@ -50,7 +50,7 @@ GlyphEntry glyph_entry(const FontRef& font, std::uint8_t code);
 /// outside, valid until the next call.
 std::span<const std::uint8_t> glyph_rows(const FontRef& font, GlyphEntry entry);
 
-/// Power-on of all four selections: read anew from the image, terminal, string, menu, touch.
+/// Power-on of all four selections: read again from the image, terminal, string, menu, touch.
 void power_on_fonts();
 
 /// Program start: no selection yet.

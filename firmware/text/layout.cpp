@@ -56,13 +56,13 @@ constexpr std::size_t max_entries =
 constexpr std::size_t max_lines = run_buffer_bytes / run_header_bytes;
 static_assert(max_entries == 382 && max_lines == 255);
 
-constinit std::array<RunEntry, max_entries> run_buffer{};  // of all lines, one behind the other
+constinit std::array<RunEntry, max_entries> run_buffer{};  // of all lines, one after the other
 constinit std::array<LineRun, max_lines> line_runs{};
 
 /// A line being scanned.
 struct OpenLine {
     std::size_t first;  // its place in run_buffer
-    std::size_t end;    // behind its last entry
+    std::size_t end;    // after its last entry
     int width;          // dots before zoom
 };
 
@@ -181,8 +181,8 @@ void draw_glyph_at(Point corner, std::uint8_t code) {
 }
 
 /// Draws one line. Text that turns toward smaller coordinates places each glyph by its far edge,
-/// so it starts from the dot behind and steps before it draws. The line ends at the first glyph
-/// that starts outside the glass; flash switches behind it are not seen.
+/// so it starts from the dot after it and steps before it draws. The line ends at the first glyph
+/// that starts outside the glass; flash switches after it are not seen.
 void draw_run(Point at, std::uint8_t align, const LineRun& run, std::span<const RunEntry> entries) {
     at = aligned(at, run.width * active_style->zoom_x, align);
     const std::uint8_t rotation = active_style->rotation;

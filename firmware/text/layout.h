@@ -30,7 +30,7 @@ extern std::uint8_t line_count;    // closed lines
 extern std::int32_t max_width;     // dots of the widest line, zoomed
 extern std::int32_t total_height;  // dots of the text block, gaps included
 
-/// Where the next bytes of a string in memory lie; layout_string of such a string moves it behind
+/// Where the next bytes of a string in memory lie; layout_string of such a string moves it after
 /// what it took. A string that runs out without an end mark ends there.
 extern std::span<const std::uint8_t> run_cursor;
 

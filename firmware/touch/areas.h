@@ -51,7 +51,7 @@ struct TouchArea {
 constexpr int max_touch_areas = 80;
 
 /// The first area_count rows are live, in the order of their definition but for what removals have
-/// moved. Rows behind them are empty.
+/// moved. Rows after them are empty.
 extern std::array<TouchArea, max_touch_areas> touch_areas;
 extern std::uint8_t area_count;
 

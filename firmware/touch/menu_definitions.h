@@ -14,7 +14,7 @@ constexpr std::uint8_t no_opener = 0xFF;
 
 constexpr std::size_t menu_text_size = 256;  // bytes, terminators included
 
-/// A definition of a touch menu. `text` holds the opener's label and behind it, from items_text on,
+/// A definition of a touch menu. `text` holds the opener's label and after it, from items_text on,
 /// the row texts, each of the two ended by a zero.
 struct MenuBox {
     std::uint8_t direction;    // 'U', 'O', 'L' or 'R': under, over, to the left or the right

@@ -43,7 +43,7 @@ void read_menu_text(MenuBox& menu) {
             cut = true;
             continue;
         }
-        const bool splits = b == '|' && menu.items_text == 0;  // also behind a backslash
+        const bool splits = b == '|' && menu.items_text == 0;  // also after a backslash
         menu.text[length++] = splits ? std::uint8_t{0} : b;
         if (splits) menu.items_text = static_cast<std::uint16_t>(length);
     }

@@ -60,7 +60,7 @@ void sound_touch() {
 }
 
 /// The area that the running event works on. The operations that an event calls may remove rows, so
-/// its index is asked for anew behind each.
+/// its index is asked for again after each.
 int index_in_hand() { return area_in_hand - 1; }
 
 void key_event() {

@@ -36,7 +36,7 @@ void clear_name() {
     open_name_fits = true;
 }
 
-/// A zero ends the name, so what stands behind it in its piece is lost.
+/// A zero ends the name, so what stands after it in its piece is lost.
 void append_name(std::span<const std::uint8_t> piece) {
     for (const std::uint8_t byte : piece) {
         if (byte == 0) return;

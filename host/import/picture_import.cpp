@@ -97,7 +97,7 @@ void keep_on_glass(std::span<std::uint8_t> command) {
 
 int bitmap_size(int width, int height) { return stride_of(width) * height + bitmap_head_size; }
 
-/// False if a message told why the picture was refused.
+/// False if a message said why the picture was refused.
 bool png_convert(std::span<const std::uint8_t> file, std::span<std::uint8_t> target) {
     const auto [width, height] = png_size(file);
     if (width > screen_width || height > screen_height) {

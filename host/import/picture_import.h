@@ -20,7 +20,7 @@ constexpr std::size_t picture_file_size = 4200;
 /// Tells what a file is, by its first picture_file_size bytes or all that it has, and for a picture
 /// makes `ESC U L` with its dots in picture_command, its upper left corner at x, y or as far left
 /// and up as it takes to stay on the glass. The result is above 0 the length of that command; 0 if
-/// a message told why the picture was refused; below 0 if the file is no picture.
+/// a message said why the picture was refused; below 0 if the file is no picture.
 int picture_convert(std::span<const std::uint8_t> file, std::uint8_t x, std::uint8_t y);
 
 /// The same for a file by its path, taken as it comes; 0 too if it can't be opened.

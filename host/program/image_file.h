@@ -21,7 +21,7 @@ std::string load_image(const std::string& path, int size);
 std::string save_image(const std::string& path, std::span<const std::uint8_t> image, Backup backup);
 
 /// What the user is to know: the file that was loaded is longer than the memory, or one that was
-/// written over was and now has another name, and nobody has been told before. Empty for nothing;
+/// written over was and now has another name, and nobody has said so before. Empty for nothing;
 /// who tells it clears it.
 extern std::string image_notice;
 

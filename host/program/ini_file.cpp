@@ -65,7 +65,7 @@ std::optional<std::string_view> section_at(std::string_view text, std::size_t at
     return section_name(of(text, trimmed_part(text, line_at(text, at).text)));
 }
 
-/// Where the first head of a section at or behind `at`, the beginning of a line, begins; else the
+/// Where the first head of a section at or after `at`, the beginning of a line, begins; else the
 /// text's end.
 std::size_t next_head(std::string_view text, std::size_t at) {
     while (at < text.size() && !section_at(text, at).has_value())
@@ -76,9 +76,9 @@ std::size_t next_head(std::string_view text, std::size_t at) {
 /// The lines of the first such section, without its head.
 std::optional<Part> find_section(std::string_view text, std::string_view section) {
     for (std::size_t at = next_head(text, start_of(text)); at < text.size();) {
-        const std::size_t behind = line_at(text, at).next;
-        const std::size_t end = next_head(text, behind);
-        if (same_name(*section_at(text, at), section)) return Part{behind, end};
+        const std::size_t start = line_at(text, at).next;
+        const std::size_t end = next_head(text, start);
+        if (same_name(*section_at(text, at), section)) return Part{start, end};
         at = end;
     }
     return std::nullopt;
@@ -103,9 +103,9 @@ std::optional<Value> quoted_value(std::string_view text, Part rest) {
     if (quote != '"' && quote != '\'') return std::nullopt;
     for (std::size_t end = text.find(quote, rest.begin + 1); end < rest.end;
          end = text.find(quote, end + 1)) {
-        const Part behind = trimmed_part(text, {end + 1, rest.end});
-        const bool comment = behind.begin > end + 1 && text[behind.begin] == ';';
-        if (comment || behind.begin == behind.end)
+        const Part after = trimmed_part(text, {end + 1, rest.end});
+        const bool comment = after.begin > end + 1 && text[after.begin] == ';';
+        if (comment || after.begin == after.end)
             return Value{{rest.begin, end + 1}, {rest.begin + 1, end}};
     }
     return std::nullopt;

@@ -12,7 +12,7 @@ void serve_main_requests();
 /// The user has closed the box of the module's message; the firmware goes on. Main thread.
 void message_closed();
 
-/// The panel of the output ports is to show ports_shown anew. From any thread.
+/// The panel of the output ports is to show ports_shown again. From any thread.
 void request_ports();
 
 /// Lets messages be asked for, as at the start of the firmware. Until then they count as sealed.

@@ -9,7 +9,7 @@
 namespace orvanel {
 
 /// Which window pixels are there: `height` rows of (width + 7) / 8 bytes, top row first, leftmost
-/// pixel in bit 7, a set bit is a pixel of the window. Bits behind a row's last pixel are 0.
+/// pixel in bit 7, a set bit is a pixel of the window. Bits after a row's last pixel are 0.
 struct Outline {
     int width, height;
     std::vector<std::uint8_t> rows;
@@ -25,8 +25,8 @@ Outline whole_window();
 /// that come out empty take nothing away.
 Outline skin_outline();
 
-/// Gives the skin's key its colour for either shape, and the window that shape. Main thread, behind
-/// prepare_view, and again behind each change of zoom or rotation while the window is cut. The
+/// Gives the skin's key its colour for either shape, and the window that shape. Main thread, after
+/// prepare_view, and again after each change of zoom or rotation while the window is cut. The
 /// caller repaints.
 void window_show_frame();
 void window_cut_to_skin();

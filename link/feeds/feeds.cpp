@@ -18,7 +18,7 @@ constinit std::FILE* feed_file = nullptr;
 constinit std::span<const std::uint8_t> feed_memory{};
 constinit std::array<std::uint8_t, feed_chunk> staging{};
 
-/// The length of an open file, rewound to its start; 0 if it can't be told.
+/// The length of an open file, rewound to its start; 0 if it can't be found out.
 std::int64_t length_of(std::FILE* file) {
     if (std::fseek(file, 0, SEEK_END) != 0) return 0;
     const long length = std::ftell(file);

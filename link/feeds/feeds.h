@@ -25,7 +25,7 @@ void start_feed_memory(std::span<const std::uint8_t> data);
 std::string_view unquoted(std::string_view path);
 
 /// Arms a feed of a plain file. One that can't be opened ends the running feed all the same, and
-/// nothing is told. The path is taken as it comes, or may stand in quotes.
+/// nothing is said. The path is taken as it comes, or may stand in quotes.
 void start_feed_of(std::string_view path);
 void start_feed_file(std::string_view path);
 

@@ -4,7 +4,7 @@
 // An open port is a number, a line. The main thread opens it and hands it over in one word;
 // link_thread takes it at its next turn, lets the last bytes of the line before it out and closes
 // that one. The main thread waits for this only where a device has to be given back before it can
-// be opened anew.
+// be opened again.
 
 #pragma once
 
@@ -25,8 +25,8 @@ std::int64_t time_10ms();
 // The main thread.
 
 /// Chooses a port, 0..8, or another speed for the chosen one. A new port is opened at the stored
-/// com_baud, and `baud` is not looked at; one that can't be opened is told in a message, and the
-/// choice is then 0. com_port says what came of it; the caller shows it in title and menu.
+/// com_baud, and `baud` is not looked at; one that can't be opened is reported in a message, and
+/// the choice is then 0. com_port says what came of it; the caller shows it in title and menu.
 void com_select(int port, std::int32_t baud);
 
 /// Pactlink or plain bytes from the next turn on. What is under way stays as it is.

@@ -240,7 +240,7 @@ void handle_frame() {
     } else {
         tell_frame(is_sound() ? FrameFate::not_selected : FrameFate::wrong_sum);
     }
-    // A limit that still runs does so without harm: the next start byte sets it anew.
+    // A limit that still runs does so without harm: the next start byte sets it again.
     FrameProgress seen = frame_progress.load();
     while (!frame_progress.compare_exchange_weak(seen, {FrameState::start, seen.frame_timeout})) {
     }

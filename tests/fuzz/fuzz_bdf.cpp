@@ -1,4 +1,4 @@
-// fuzz_bdf.cpp: any text is a BDF font, or is told to be none.
+// fuzz_bdf.cpp: any text is a BDF font, or is said to be none.
 
 #include "kit/bdf.h"
 #include "kit/fault.h"

@@ -1,4 +1,4 @@
-// fuzz_kit.cpp: any text is a kit source, or is told to be none.
+// fuzz_kit.cpp: any text is a kit source, or is said to be none.
 
 #include "kit/build.h"
 #include "kit/stream.h"
@@ -21,8 +21,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Bytes stream = stream_of(built.kit, built.image, faults);
     // What stands around the blocks may program anything at all.
     const StreamPlan& plan = built.kit.stream;
-    if (!faults.empty() || !plan.before.empty() || !plan.after_block.empty() ||
-        !plan.behind.empty())
+    if (!faults.empty() || !plan.before.empty() || !plan.after_block.empty() || !plan.after.empty())
         return 0;
     if (image_from_stream(stream, built.kit.memory) != built.image) std::abort();
     return 0;

@@ -1,4 +1,4 @@
-// fuzz_picture.cpp: any bytes are a picture file, or are told to be none.
+// fuzz_picture.cpp: any bytes are a picture file, or are said to be none.
 
 #include "kit/dots.h"
 

@@ -274,7 +274,7 @@ TEST_F(KitImage, a_dump_can_be_changed) {
 // Random kits, through the image, its dump and its stream.
 TEST_F(KitImage, random_kits_come_back_whole) {
     std::mt19937 random(12);
-    Bytes streams;  // one after the other, as a device programs its module anew
+    Bytes streams;  // one after the other, as a device programs its module again
     for (int round = 0; round < 15; ++round) {
         const std::string source = random_pictures(random) + random_macros(random);
         const BuildOptions options{random() % 2 == 0 ? -1 : 0x4000, random() % 2 == 0 ? -1 : 0x1234,

@@ -1,4 +1,4 @@
-// What a kit source may say, and what is told of what it may not.
+// What a kit source may say, and what is said of what it may not.
 
 #include "kit/image.h"
 #include "tests/kit/kit_support.h"

@@ -63,7 +63,7 @@ enum class TraceKind : std::uint8_t {
     press,   // a finger's event at dot `from`, `to`
     drag,
     release,
-    reset,  // of kind `from`: the module starts anew
+    reset,  // of kind `from`: the module starts again
 };
 
 struct TraceEvent {

@@ -42,8 +42,8 @@ std::uint8_t read_byte();
 /// The next byte with 'a' to 'z' upper-cased, in current_byte too.
 std::uint8_t read_letter();
 
-/// The ASCII number of the '#' lead-in: decimal, or hexadecimal behind '$'. Wraps at 32 bits.
-/// Takes the one byte behind the last digit, whatever it is.
+/// The ASCII number of the '#' lead-in: decimal, or hexadecimal after '$'. Wraps at 32 bits.
+/// Takes the one byte after the last digit, whatever it is.
 std::uint32_t read_number();
 
 /// One parameter, in the form that lead_in asks for, cut to 8 bits.

@@ -243,7 +243,7 @@ bool run_op(std::uint8_t group) {
     return true;
 }
 
-/// Group T: the cursor goes before the op letter is read and comes back behind every op, defined
+/// Group T: the cursor goes before the op letter is read and comes back after every op, defined
 /// or not.
 void run_terminal_command() {
     cursor_hide();

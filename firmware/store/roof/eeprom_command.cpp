@@ -21,8 +21,8 @@ std::uint16_t read_raw16() {
     return le16(low, read_byte());
 }
 
-/// Writes at the cursor. The first byte that doesn't fit is told on the line, and nothing more is
-/// written until a restart has reported the overflow.
+/// Writes at the cursor. The first byte that doesn't fit is reported on the line, and nothing more
+/// is written until a restart has reported the overflow.
 void program_byte(std::uint8_t byte) {
     if (eeprom_state == EepromState::overflowed || eeprom_write(byte)) return;
     if (shutdown_requested.load()) return;
@@ -98,7 +98,7 @@ ImageCheck eeprom_checksum() {
     for (int offset = 2; offset < check.image_length; ++offset)
         crc = crc_step(crc, eeprom_read());
     check.image_crc = crc;
-    // Where the cursor stands: behind the length itself, for an image said to be shorter than it.
+    // Where the cursor stands: after the length itself, for an image said to be shorter than it.
     check.stored_crc = eeprom_read16();
     return check;
 }

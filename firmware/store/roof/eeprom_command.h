@@ -10,7 +10,7 @@ namespace orvanel {
 struct ImageCheck {
     std::uint16_t image_length;  // as the image says
     std::uint16_t image_crc;     // computed over the bytes before image_length
-    std::uint16_t stored_crc;    // read behind them
+    std::uint16_t stored_crc;    // read after them
 };
 
 /// CRC-16/XMODEM (polynomial 0x1021, start 0, no reflection) over the image, bytes past its end as

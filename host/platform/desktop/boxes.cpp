@@ -31,7 +31,7 @@ namespace orvanel {
 
 namespace {
 
-/// The box of a dialog table. Escape and the close box are told apart, as the rules do.
+/// The box of a dialog table. Escape and the close box differ, as the rules do.
 class TableDialog final : public QDialog {
   public:
     TableDialog(const Dialog& table, QWidget* parent)

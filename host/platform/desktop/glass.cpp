@@ -92,7 +92,7 @@ void Glass::fit() {
 void Glass::drag_by_hand() { held_at = window()->mapFromGlobal(QCursor::pos()); }
 
 bool Glass::event(QEvent* event) {
-    // Qt asks for the text anew each time that it is about to show.
+    // Qt asks for the text again each time that it is about to show.
     if (event->type() == QEvent::ToolTip) setToolTip(to_qt(line_summary()));
     return QWidget::event(event);
 }

@@ -153,7 +153,7 @@ int claim_folder(const Options& options, std::string& fault) {
 }
 
 /// Saves what the folder keeps, the image as it stood when the program was told to end. The result
-/// is what went wrong, which has been told on standard error.
+/// is what went wrong, which has been said on standard error.
 std::vector<std::string> save_memory() {
     std::vector<std::string> faults = orvanel::save_program_folder();
     if (!orvanel::image_notice.empty()) orvanel::tell_user("orvanel42: " + orvanel::image_notice);

@@ -8,7 +8,7 @@ namespace orvanel {
 
 /// Opens the port that is to be open from the start, and prints the name that its peer has to know.
 /// The result is empty on success, else why that of `--serial` can't be opened; that of the
-/// settings may fail, which is told. Before the firmware runs.
+/// settings may fail, which is reported. Before the firmware runs.
 std::string open_first_port();
 
 }  // namespace orvanel

@@ -155,7 +155,7 @@ void say_in_order(std::span<Job> jobs, std::size_t& said) {
     for (; said < jobs.size() && jobs[said].done; ++said) {
         for (const auto& [stream, file] : {std::pair{output, stdout}, std::pair{errors, stderr}}) {
             std::string& text = jobs[said].texts[stream];
-            // Of what standard error doesn't take nobody can be told.
+            // Of what standard error doesn't take nobody can learn.
             const bool said_all = std::fwrite(text.data(), 1, text.size(), file) == text.size() &&
                                   std::fflush(file) == 0;
             output_failed = output_failed || (!said_all && file == stdout);

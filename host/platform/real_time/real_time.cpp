@@ -62,7 +62,7 @@ void real_sleep_ms(int ms) { wait_for_wake(stop_wake, ms); }
 void real_sleep_until_woken(int ms) {
     if (!wait_for_wake(input_wake, ms)) return;
     // The flag goes last: who finds it still set put his bytes before we look at the pipe again,
-    // and who finds it clear sets the wake anew.
+    // and who finds it clear sets the wake again.
     take_wake(input_wake);
     firmware_woken.exchange(false);
 }

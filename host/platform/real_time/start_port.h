@@ -28,7 +28,7 @@ bool is_by_option(int port, const std::string& serial);
 
 /// Chooses the port, at the speed that its device's name asks for, else 115200 for `serial` and the
 /// setting for others. The result tells why it can't be opened, empty if it is open or none is
-/// wanted. The user has been told that much, and the program may go on without.
+/// wanted. The user learns that much, and the program may go on without.
 std::string open_start_port(int port, const std::string& serial);
 
 /// The name by which the peer finds the open port, where the user doesn't know it: of a pseudo

@@ -58,7 +58,7 @@ int new_line(int port) {
 }
 
 /// The device of a line for an operation of link_thread. A line that was opened while the one
-/// before was still open finds the device as if it had been opened anew.
+/// before was still open finds the device as if it had been opened again.
 Device& device_for_use(int line) {
     Device& device = device_of_line(line);
     if (line == device.used_line) return device;
@@ -122,7 +122,7 @@ bool wait_for_any(SerialWait& wait, int ms) {
     wait.listener.revents = fds[2].revents;
     if (fds[0].revents == 0) return false;
     // The flag goes last: who finds it still set left his words before we look at them again, and
-    // who finds it clear sets the wake anew.
+    // who finds it clear sets the wake again.
     take_wake(link_wake);
     link_woken.exchange(false);
     return true;

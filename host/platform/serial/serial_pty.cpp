@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 // No event tells that a peer has come.
 constexpr int peer_look_ms = 10;
-// What it holds for the peer isn't told, only that it takes no more.
+// What it holds for the peer isn't known, only that it takes no more.
 constexpr int full_queue = 8192;
 
 constexpr std::string_view terminal_folder = "/dev/pts/";

@@ -24,7 +24,7 @@ constexpr std::size_t max_ahead = 4096;
 // A pipe that takes anything at all takes as much at once.
 constexpr std::size_t piece = PIPE_BUF;
 
-/// A descriptor of our own for standard input or output. A terminal is opened anew and so may be
+/// A descriptor of our own for standard input or output. A terminal is opened again and so may be
 /// non-blocking: of it poll says only that one byte can go.
 int own_descriptor(int fd, int direction) {
     struct stat what {};

@@ -16,7 +16,7 @@ namespace orvanel {
 
 struct StdioLine {
     int in = -1, out = -1;            // our own descriptors; -1 once it has ended
-    std::vector<std::uint8_t> ahead;  // read from `in` already: its length isn't always told
+    std::vector<std::uint8_t> ahead;  // read from `in` already: its length isn't always known
 };
 
 std::string open_line(StdioLine& line, const SerialName& name);

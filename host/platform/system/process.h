@@ -18,7 +18,7 @@ std::string data_folder();
 /// standard input or output: reading finds the end, writing fails. The first call of main.
 void prepare_process();
 
-/// Flushes standard output. False if it hasn't taken all that was written, which is told in the
+/// Flushes standard output. False if it hasn't taken all that was written, which is said in the
 /// program's name; but not if who read it has closed the pipe, having seen enough.
 bool output_is_whole(const char* program);
 

@@ -30,7 +30,7 @@ struct Control {
 constexpr int slider_end = 100;
 constexpr int slider_page = 25;
 
-/// One dialog. What is behind it is called through the functions below, not here.
+/// One dialog. What it does is called through the functions below, not here.
 struct Dialog {
     int id;  // 5000 About, 6000 custom type
     std::string_view title;

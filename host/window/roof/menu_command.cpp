@@ -43,7 +43,7 @@ void show_terminal(int /*which*/) {
 
 void leave(int /*which*/) { close_window_soon(); }
 
-/// The window gets the size of the present zoom and rotation, and its outline anew.
+/// The window gets the size of the present zoom and rotation, and its outline again.
 void fit_window() {
     resize_window();
     if (!show_frame) window_cut_to_skin();
