@@ -10,7 +10,8 @@ namespace orvanel {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// The low 8 bits of `v`: a wrap, never a clamp.
+/// The low 8 bits of `v`: a wrap, never a clamp. Wherever a number becomes a byte; a cast is for
+/// characters, enumerators and words of dots.
 constexpr std::uint8_t low8(std::int64_t v) { return static_cast<std::uint8_t>(v & 0xFF); }
 static_assert(low8(300) == 44 && low8(-1) == 255);
 

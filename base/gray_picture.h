@@ -17,7 +17,7 @@ struct GrayPicture {
 
 /// How light a colour is to the eye.
 constexpr std::uint8_t luminance(std::uint32_t red, std::uint32_t green, std::uint32_t blue) {
-    return static_cast<std::uint8_t>((299 * red + 587 * green + 114 * blue) / 1000);
+    return low8((299 * red + 587 * green + 114 * blue) / 1000);
 }
 
 /// What speaks against a picture of this size, empty for nothing. A reader asks before it looks at

@@ -1,5 +1,7 @@
 #include "base/hex.h"
 
+#include "base/bytes.h"
+
 #include <algorithm>
 
 namespace orvanel {
@@ -10,7 +12,7 @@ bool is_hex(std::string_view text) {
 
 void append_hex_pairs(std::string_view digits, std::vector<std::uint8_t>& bytes) {
     for (; digits.size() >= 2; digits.remove_prefix(2))
-        bytes.push_back(static_cast<std::uint8_t>(hex_pair(digits)));
+        bytes.push_back(low8(hex_pair(digits)));
 }
 
 std::string hex_digits(std::uint32_t value, int count) {

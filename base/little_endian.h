@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "base/bytes.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -16,7 +18,7 @@ constexpr std::uint32_t le32(std::span<const std::uint8_t> bytes, std::size_t at
 
 constexpr void put_le32(std::span<std::uint8_t> bytes, std::size_t at, std::uint32_t value) {
     for (std::size_t i = 0; i < 4; ++i)
-        bytes[at + i] = static_cast<std::uint8_t>(value >> 8 * i & 0xFF);
+        bytes[at + i] = low8(value >> 8 * i);
 }
 
 }  // namespace orvanel

@@ -1,5 +1,7 @@
 #include "base/png.h"
 
+#include "base/bytes.h"
+
 #include <png.h>
 
 #include <algorithm>
@@ -27,7 +29,7 @@ std::uint32_t big_endian(std::span<const std::uint8_t> file, std::size_t at) {
 std::uint8_t light_of(std::uint32_t pixel) {
     const auto rgba = std::bit_cast<std::array<png_byte, 4>>(pixel);
     const int dark = 255 - luminance(rgba[0], rgba[1], rgba[2]);
-    return static_cast<std::uint8_t>(255 - dark * rgba[3] / 255);
+    return low8(255 - dark * rgba[3] / 255);
 }
 
 Bytes light_of(std::span<const std::uint32_t> pixels) {

@@ -1,5 +1,6 @@
 #include "base/words.h"
 
+#include "base/bytes.h"
 #include "base/hex.h"
 #include "base/quoting.h"
 
@@ -40,12 +41,12 @@ std::string take_escape(std::string_view& rest, std::vector<std::uint8_t>& bytes
     if (letter != 'x') {
         const int byte = escaped_byte(letter);
         if (byte < 0) return printable({&letter, 1}) + " is no escape behind \\";
-        bytes.push_back(static_cast<std::uint8_t>(byte));
+        bytes.push_back(low8(byte));
         return {};
     }
     const int byte = hex_pair(rest);
     if (byte < 0) return "\\x takes two hexadecimal digits";
-    bytes.push_back(static_cast<std::uint8_t>(byte));
+    bytes.push_back(low8(byte));
     rest.remove_prefix(2);
     return {};
 }

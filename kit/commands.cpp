@@ -1,5 +1,6 @@
 #include "kit/commands.h"
 
+#include "base/bytes.h"
 #include "base/hex.h"
 #include "base/quoting.h"
 #include "kit/code_page.h"
@@ -27,12 +28,12 @@ void append(Bytes& bytes, std::span<const std::uint8_t> more) {
 }
 
 void append_pair(Bytes& bytes, int value) {
-    bytes.push_back(static_cast<std::uint8_t>(value & 0xFF));
-    bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+    bytes.push_back(low8(value));
+    bytes.push_back(low8(value >> 8));
 }
 
 void put_number(Writer& writer, int value, char end) {
-    if (!writer.numbers) return writer.bytes->push_back(static_cast<std::uint8_t>(value));
+    if (!writer.numbers) return writer.bytes->push_back(low8(value));
     for (const char digit : std::to_string(value))
         writer.bytes->push_back(static_cast<std::uint8_t>(digit));
     writer.bytes->push_back(static_cast<std::uint8_t>(end));
@@ -168,8 +169,7 @@ void put_tail(Writer& writer) {
     case Tail::picture:
         return put_picture(writer);
     case Tail::byte:
-        return writer.bytes->push_back(
-            static_cast<std::uint8_t>(take_param(writer, {"byte", Kind::number}, 255)));
+        return writer.bytes->push_back(low8(take_param(writer, {"byte", Kind::number}, 255)));
     case Tail::counted:
         return put_counted(writer);
     case Tail::eeprom:

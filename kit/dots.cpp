@@ -1,5 +1,7 @@
 #include "kit/dots.h"
 
+#include "base/bytes.h"
+
 #include <algorithm>
 #include <array>
 
@@ -89,8 +91,8 @@ Bytes picture_bytes(const Dots& dots, const Dots* second) {
     const int height = second == nullptr ? dots.height : two_images_of(dots.height);
     Bytes bytes;
     bytes.reserve(picture_head_size + 2 * dots.rows.size());
-    bytes.push_back(static_cast<std::uint8_t>(dots.width));
-    bytes.push_back(static_cast<std::uint8_t>(height));
+    bytes.push_back(low8(dots.width));
+    bytes.push_back(low8(height));
     bytes.insert(bytes.end(), dots.rows.begin(), dots.rows.end());
     if (second != nullptr) bytes.insert(bytes.end(), second->rows.begin(), second->rows.end());
     return bytes;

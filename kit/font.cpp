@@ -10,8 +10,8 @@ namespace orvanel {
 namespace {
 
 void append_pair(Bytes& bytes, std::size_t value) {
-    bytes.push_back(static_cast<std::uint8_t>(value & 0xFF));
-    bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+    bytes.push_back(low8(value));
+    bytes.push_back(low8(value >> 8));
 }
 
 bool row_is_clear(const Font& font, int y) {
@@ -101,16 +101,16 @@ Bytes font_bytes(const Font& font, std::string& fault) {
         font_head_size + glyph_entry_size * static_cast<std::size_t>(last - first + 1);
     Bytes bytes(font_magic.begin(), font_magic.end());
     for (const int value : {font.format, first, last, cell, font.height})
-        bytes.push_back(static_cast<std::uint8_t>(value));
+        bytes.push_back(low8(value));
     append_pair(bytes, glyphs_at);
-    bytes.push_back(static_cast<std::uint8_t>(font.gap));
+    bytes.push_back(low8(font.gap));
     bytes.resize(font_head_size);
     Bytes bits;
     for (int code = first; code <= last; ++code) {
         const auto found = font.glyphs.find(code);
         const Dots none = blank_dots(0, font.height);
         const Dots& glyph = found == font.glyphs.end() ? none : found->second;
-        bytes.push_back(static_cast<std::uint8_t>(glyph.width));
+        bytes.push_back(low8(glyph.width));
         append_pair(bytes, glyph.width == 0 ? 0 : bits.size());
         bits.insert(bits.end(), glyph.rows.begin(), glyph.rows.end());
         if (bits.size() > max_glyph_offset) {

@@ -1,5 +1,6 @@
 #include "kit/resources.h"
 
+#include "base/bytes.h"
 #include "base/files.h"
 #include "base/quoting.h"
 #include "kit/bdf.h"
@@ -252,7 +253,7 @@ Dots read_dots(const PictureSettings& settings, const NamedFile& file,
                             std::to_string(max_picture_height) + " fit, take a part");
     if (settings.invert)
         for (std::uint8_t& light : picture.light)
-            light = static_cast<std::uint8_t>(255 - light);
+            light = low8(255 - light);
     return settings.dither ? by_dither(picture) : by_threshold(picture, settings.threshold);
 }
 

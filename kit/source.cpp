@@ -1,5 +1,6 @@
 #include "kit/source.h"
 
+#include "base/bytes.h"
 #include "base/files.h"
 #include "base/hex.h"
 #include "base/quoting.h"
@@ -89,13 +90,13 @@ void take_escape(Scanner& scanner, Bytes& bytes) {
     const char letter = scanner.at < text.size() ? text[scanner.at] : '\0';
     constexpr std::string_view module_escapes = "|~@";
     if (const int byte = escaped_byte(letter); byte >= 0) {
-        bytes.push_back(static_cast<std::uint8_t>(byte));
+        bytes.push_back(low8(byte));
     } else if (module_escapes.find(letter) != std::string_view::npos) {
         bytes.push_back('\\');
         bytes.push_back(static_cast<std::uint8_t>(letter));
     } else if (const int pair = letter == 'x' ? hex_pair(text.substr(scanner.at + 1)) : -1;
                pair >= 0) {
-        bytes.push_back(static_cast<std::uint8_t>(pair));
+        bytes.push_back(low8(pair));
         scanner.at += 2;
     } else {
         --scanner.at;
@@ -282,7 +283,7 @@ Bytes take_text(Scanner& scanner) {
         if (code < 0)
             fail(scanner, "the module's code page has no '" +
                               text.substr(scanner.at, before - rest.size()) + "'");
-        bytes.push_back(static_cast<std::uint8_t>(code));
+        bytes.push_back(low8(code));
         scanner.at += before - rest.size();
     }
     fail(start, "the text lacks its closing quote");

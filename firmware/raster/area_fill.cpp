@@ -1,5 +1,6 @@
 #include "firmware/raster/area_fill.h"
 
+#include "base/bytes.h"
 #include "firmware/core/ground/trace.h"
 #include "firmware/core/read/read.h"
 #include "firmware/raster/planes.h"
@@ -107,8 +108,8 @@ void draw_box(std::uint8_t pattern) {
     // empty. A wrap to 255 would fill the glass.
     draw_area.x1 += 1;
     draw_area.x2 -= 1;
-    draw_area.y1 = static_cast<std::uint8_t>(draw_area.y1 + 1);
-    draw_area.y2 = static_cast<std::uint8_t>(std::max(draw_area.y2 - 1, 0));
+    draw_area.y1 = low8(draw_area.y1 + 1);
+    draw_area.y2 = low8(std::max(draw_area.y2 - 1, 0));
     fill_area(link_replace, pattern);
     refresh_dirty();
 }

@@ -1,5 +1,6 @@
 #include "firmware/text/layout.h"
 
+#include "base/bytes.h"
 #include "firmware/core/ground/draw_area.h"
 #include "firmware/core/ground/trace.h"
 #include "firmware/core/read/read.h"
@@ -159,7 +160,7 @@ bool mark_dirty(const Block& block) {
     const int x2 = std::min(block.x2, last_x);
     const int y2 = std::min(block.y2, last_y);
     if (x1 > x2 || y1 > y2) return false;
-    dirty_area = {x1, static_cast<std::uint8_t>(y1), x2, static_cast<std::uint8_t>(y2)};
+    dirty_area = {x1, low8(y1), x2, low8(y2)};
     return true;
 }
 
@@ -176,7 +177,7 @@ void toggle_flash(std::uint8_t attr) {
 
 void draw_glyph_at(Point corner, std::uint8_t code) {
     draw_area.x1 = corner.x;
-    draw_area.y1 = static_cast<std::uint8_t>(corner.y);
+    draw_area.y1 = low8(corner.y);
     draw_glyph(code, *active_font, *active_style);
 }
 

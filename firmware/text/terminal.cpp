@@ -1,5 +1,6 @@
 #include "firmware/text/terminal.h"
 
+#include "base/bytes.h"
 #include "base/hex.h"
 #include "firmware/core/ground/trace.h"
 #include "firmware/core/read/read.h"
@@ -32,8 +33,7 @@ constexpr std::uint8_t blink_ticks = 6;
 DrawArea cursor_cell() {
     const int x = (terminal.term_col - 1) * terminal_font.width;
     const int y = (terminal.term_row - 1) * terminal_font.height;
-    return {x, static_cast<std::uint8_t>(y), x + terminal_font.width - 1,
-            static_cast<std::uint8_t>(y + terminal_font.height - 1)};
+    return {x, low8(y), x + terminal_font.width - 1, low8(y + terminal_font.height - 1)};
 }
 
 void cursor_toggle() {
@@ -56,7 +56,7 @@ void scroll() {
     const std::uint8_t height = terminal_font.height;
     draw_area = {0, height, last_x, last_y};
     move_area(0, 0);
-    draw_area = {0, static_cast<std::uint8_t>(screen_height - height), last_x, last_y};
+    draw_area = {0, low8(screen_height - height), last_x, last_y};
     fill_area(link_replace, pattern_clear);
     refresh_all();
 }
@@ -144,8 +144,8 @@ void terminal_init() {
     terminal.pending_scroll = false;
     terminal.cursor_on = true;
     terminal_on = true;
-    terminal.term_cols = static_cast<std::uint8_t>(width / terminal_font.width);
-    terminal.term_rows = static_cast<std::uint8_t>((height + gap) / (terminal_font.height + gap));
+    terminal.term_cols = low8(width / terminal_font.width);
+    terminal.term_rows = low8((height + gap) / (terminal_font.height + gap));
     // The saved position is not here: it outlives a reset.
     blink_timer.store(0);
     select_terminal_plane();

@@ -1,5 +1,6 @@
 #include "firmware/touch/areas.h"
 
+#include "base/bytes.h"
 #include "firmware/core/ground/trace.h"
 #include "firmware/raster/area_fill.h"
 #include "firmware/raster/refresh.h"
@@ -41,7 +42,7 @@ void follow_move(std::uint8_t& name, int to, int from) {
     if (name == to + 1)
         name = 0;
     else if (name == from + 1)
-        name = static_cast<std::uint8_t>(to + 1);
+        name = low8(to + 1);
 }
 
 }  // namespace
@@ -100,7 +101,7 @@ void remove_touch_area(int index, bool erase) {
     if (menu_opener == index)
         menu_opener = no_opener;
     else if (menu_opener == last)
-        menu_opener = static_cast<std::uint8_t>(index);
+        menu_opener = low8(index);
     publish_touch_areas();
 }
 

@@ -1,5 +1,6 @@
 #include "host/program/settings.h"
 
+#include "base/bytes.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/program/ini_file.h"
 #include "link/ground/port.h"
@@ -109,9 +110,7 @@ std::string zoom_text() {
     return std::to_string(view_zoom > max_zoom_setting ? zoom_setting : view_zoom);
 }
 
-void take_address(std::int32_t value) {
-    configured_address = static_cast<std::uint8_t>(value & 0xFF);
-}
+void take_address(std::int32_t value) { configured_address = low8(value); }
 
 void take_memory(std::int32_t kib) { eeprom_size = kib == 64 ? eeprom_large : eeprom_small; }
 

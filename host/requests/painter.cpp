@@ -1,5 +1,6 @@
 #include "host/requests/painter.h"
 
+#include "base/bytes.h"
 #include "host/skin/view.h"
 #include "seam/host_calls.h"
 #include "seam/platform.h"
@@ -51,8 +52,7 @@ bool waits_for(std::uint32_t ticket, std::uint32_t answer) {
 }  // namespace
 
 void repaint_rect(int x1, int y1, int x2, int y2) {
-    const DotRect rect{static_cast<std::uint8_t>(x1), static_cast<std::uint8_t>(y1),
-                       static_cast<std::uint8_t>(x2), static_cast<std::uint8_t>(y2)};
+    const DotRect rect{low8(x1), low8(y1), low8(x2), low8(y2)};
     if (on_main_thread()) {
         paint_dots(rect);
         return;

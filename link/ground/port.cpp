@@ -1,5 +1,6 @@
 #include "link/ground/port.h"
 
+#include "base/bytes.h"
 #include "link/ground/wire.h"
 #include "seam/platform.h"
 
@@ -70,8 +71,7 @@ void tick_frame_timeout() {
     while (seen.frame_timeout != 0) {
         const FrameProgress next =
             seen.frame_timeout > tick
-                ? FrameProgress{seen.frame_state,
-                                static_cast<std::uint8_t>(seen.frame_timeout - tick)}
+                ? FrameProgress{seen.frame_state, low8(seen.frame_timeout - tick)}
                 : FrameProgress{FrameState::start, 0};
         // A byte that comes meanwhile brings a new limit, and we look again.
         if (!frame_progress.compare_exchange_weak(seen, next)) continue;

@@ -1,5 +1,6 @@
 #include "link/roof/com_port.h"
 
+#include "base/bytes.h"
 #include "firmware/core/ground/requests.h"
 #include "firmware/store/ground/macro.h"
 #include "link/ground/pipes.h"
@@ -132,7 +133,7 @@ bool link_send_from_pipe() {
         return false;
     std::size_t n = 0;
     for (int byte = 0; n < out_block.size() && (byte = tx_pipe_get()) >= 0; ++n)
-        out_block[n] = static_cast<std::uint8_t>(byte);
+        out_block[n] = low8(byte);
     unsent = std::span(out_block).first(n);
     if (!write_some(unsent)) unsent = {};
     return true;

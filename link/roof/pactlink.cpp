@@ -1,5 +1,6 @@
 #include "link/roof/pactlink.h"
 
+#include "base/bytes.h"
 #include "firmware/store/ground/macro.h"
 #include "link/ground/pipes.h"
 #include "link/ground/port.h"
@@ -65,13 +66,13 @@ void take(FrameState state, std::uint8_t byte) {
         received_sum = byte;
         return;
     }
-    frame_sum = static_cast<std::uint8_t>(frame_sum + byte);
+    frame_sum = low8(frame_sum + byte);
 }
 
 std::uint8_t sum_of(std::span<const std::uint8_t> bytes) {
     std::uint8_t total = 0;
     for (const std::uint8_t byte : bytes)
-        total = static_cast<std::uint8_t>(total + byte);
+        total = low8(total + byte);
     return total;
 }
 
@@ -91,7 +92,7 @@ std::span<const std::uint8_t> close_answer(std::uint8_t start, std::size_t n) {
 
 std::span<const std::uint8_t> answer_values(std::initializer_list<int> values) {
     std::ranges::transform(values, answer_frame.bytes.begin() + start_and_length,
-                           [](int value) { return static_cast<std::uint8_t>(value); });
+                           [](int value) { return low8(value); });
     return close_answer(frame_control, values.size());
 }
 
@@ -100,7 +101,7 @@ std::span<const std::uint8_t> answer_waiting() {
     const std::size_t max = packet_size.load();
     std::size_t n = 0;
     for (int byte = 0; n < max && (byte = tx_pipe_get()) >= 0; ++n)
-        answer_frame.bytes[start_and_length + n] = static_cast<std::uint8_t>(byte);
+        answer_frame.bytes[start_and_length + n] = low8(byte);
     return close_answer(frame_data, n);
 }
 

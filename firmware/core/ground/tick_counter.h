@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "base/bytes.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -12,7 +14,7 @@ namespace orvanel {
 inline bool count_down(std::atomic<std::uint8_t>& counter) {
     std::uint8_t seen = counter.load();
     while (seen != 0) {
-        const auto less = static_cast<std::uint8_t>(seen - 1);
+        const auto less = low8(seen - 1);
         if (counter.compare_exchange_weak(seen, less)) return less == 0;
     }
     return false;

@@ -1,5 +1,6 @@
 #include "host/window/roof/menu_command.h"
 
+#include "base/bytes.h"
 #include "firmware/core/ground/requests.h"
 #include "host/bridge/bridge.h"
 #include "host/import/picture_import.h"
@@ -29,7 +30,7 @@ std::string terminal_path;
 
 // What the items do; `which` counts from the first one of a group.
 
-void reset(int which) { request_restart(static_cast<std::uint8_t>(which)); }
+void reset(int which) { request_restart(low8(which)); }
 
 void demo(int /*which*/) { start_demo_feed(); }
 
