@@ -17,7 +17,7 @@ using Image = std::span<const std::uint8_t>;
 
 constexpr std::size_t bytes_a_line = 32;
 // A stretch of bytes goes on over so many that need not be there, rather than begin again.
-constexpr std::size_t shortest_gap = 8;
+constexpr std::size_t min_gap = 8;
 
 /// A dump on its way, and the kit that it describes.
 struct Dump {
@@ -153,7 +153,7 @@ void add_patches(Dump& dump, Image made, std::size_t first, std::size_t last) {
     for (std::size_t i = first; i < last; ++i) {
         if (wanted[i] == made[i]) continue;
         std::size_t end = i + 1;
-        for (std::size_t k = end; k < last && k < end + shortest_gap; ++k)
+        for (std::size_t k = end; k < last && k < end + min_gap; ++k)
             if (wanted[k] != made[k]) end = k + 1;
         const auto bytes = wanted.subspan(i, end - i);
         Patch& patch = dump.kit.patches.emplace_back();

@@ -13,7 +13,7 @@ namespace {
 constexpr std::array<std::string_view, store_tables.size()> kind_names{
     "number", "font", "picture", "power-on macro", "normal macro", "touch macro", "menu macro"};
 
-constexpr int widest = 1'000'000;  // of a number in a sum
+constexpr int max_number = 1'000'000;  // of a number in a sum
 
 /// A term of a sum.
 int take_term(Scanner& scanner, const Names& names, Kind wanted, std::string_view what) {
@@ -24,7 +24,7 @@ int take_term(Scanner& scanner, const Names& names, Kind wanted, std::string_vie
         const char c = peek(scanner);
         if (c != '$' && (c < '0' || c > '9'))
             fail(start, "expected " + std::string(what) + ", a number or a name");
-        return take_number(scanner, 0, widest);
+        return take_number(scanner, 0, max_number);
     }
     const auto found = names.find(name);
     if (found == names.end())

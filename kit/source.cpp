@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t max_source_bytes = std::size_t{4} << 20;  // bytes of a file
 constexpr std::size_t max_lines = 1 << 18;                      // of all files together
-constexpr std::size_t deepest_include = 16;
+constexpr std::size_t max_include_depth = 16;
 constexpr std::string_view blanks = " \t\r";
 constexpr char comment = ';';
 
@@ -39,9 +39,9 @@ void read_included(Reader& reader, const std::string& path) {
     const std::string key = std::filesystem::path(path).lexically_normal().string();
     if (std::find(reader.open.begin(), reader.open.end(), key) != reader.open.end())
         throw Fault({path, 0, 0}, "includes itself");
-    if (reader.open.size() >= deepest_include)
-        throw Fault({path, 0, 0},
-                    "is included too deep, at most " + std::to_string(deepest_include) + " files");
+    if (reader.open.size() >= max_include_depth)
+        throw Fault({path, 0, 0}, "is included too deep, at most " +
+                                      std::to_string(max_include_depth) + " files");
     Bytes content;
     const std::string fault = read_file(path, max_source_bytes, content);
     if (!fault.empty()) throw Fault({path, 0, 0}, fault);

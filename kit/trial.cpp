@@ -29,7 +29,7 @@ namespace {
 
 constexpr std::int64_t us_per_ms = 1000;
 constexpr std::int64_t byte_us = 10;
-constexpr std::int64_t tick_us = 100'000;
+constexpr std::int64_t tick_us = tick_ms * us_per_ms;
 
 // How long the module is left to itself after each act.
 constexpr std::int64_t quiet_us = 26'000'000;  // the longest timer has run out by then
