@@ -9,6 +9,7 @@
 #include "host/platform/headless/time_mode.h"
 #include "host/requests/painter.h"
 #include "host/scenario/answers.h"
+#include "host/scenario/runner.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
 
@@ -50,7 +51,7 @@ int main() {
     eeprom_reset_to(eeprom_small, {});
     take_end_signals();
     open_painter();  // as if there were a window: the hand-over of paints is soaked, too
-    if (!open_real_session().empty()) return 1;
+    if (!open_scenario("").empty() || !open_real_session().empty()) return 1;
     int resets = 0;
     std::int64_t next_reset_us = between_resets_us;
     bool reset_asked = false;
