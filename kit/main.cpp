@@ -177,8 +177,7 @@ int check(const Options& options) {
     for (std::size_t i = 0; i < findings.size() && i < max_messages; ++i)
         put(options.source + ": " + line_of(findings[i]) + "\n");
     if (findings.size() > max_messages)
-        put(options.source + ": and " + std::to_string(findings.size() - max_messages) +
-            " more\n");
+        put(options.source + ": and " + std::to_string(findings.size() - max_messages) + " more\n");
     const FailOn limit = fail_on(options.fail_on);
     const bool fails =
         std::any_of(findings.begin(), findings.end(), [limit](const TrialFinding& found) {
