@@ -3,25 +3,28 @@
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
-#include <utility>
 
 namespace orvanel {
 
 namespace {
 
-/// How many letters have to be put in, left out or changed to make one of the other.
+/// How many letters have to be put in, left out, changed or swapped with the next one to make one
+/// of the other.
 std::size_t edit_distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
+    std::vector<std::size_t> before_last, last(b.size() + 1), row(b.size() + 1);
+    std::iota(last.begin(), last.end(), std::size_t{0});
     for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
+        row[0] = i + 1;
         for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
+            const std::size_t changed = last[j] + (a[i] == b[j] ? 0 : 1);
+            row[j + 1] = std::min({changed, last[j + 1] + 1, row[j] + 1});
+            if (i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j])
+                row[j + 1] = std::min(row[j + 1], before_last[j - 1] + 1);
         }
+        before_last = last;
+        last = row;
     }
-    return row.back();
+    return last.back();
 }
 
 }  // namespace

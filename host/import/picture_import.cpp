@@ -106,7 +106,7 @@ bool png_convert(std::span<const std::uint8_t> file, std::span<std::uint8_t> tar
     }
     std::vector<std::uint8_t> bitmap;
     const std::string fault = png_bitmap(file, bitmap);
-    if (!fault.empty()) picture_error("This PNG " + fault);
+    if (!fault.empty()) picture_error("This file " + fault + "; save the picture as a PNG again");
     std::copy(bitmap.begin(), bitmap.end(), target.begin());
     return fault.empty();
 }

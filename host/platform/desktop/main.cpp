@@ -73,7 +73,8 @@ std::vector<orvanel::Option> options_into(Options& options) {
     return {
         {.names = "FILE",
          .place = &options.file,
-         .help = "Commands for the module, sent to it once it runs",
+         .help = "What the module opens once it runs: commands, a picture (PNG or BMP), or a kit, "
+                 "which is built",
          .fault = not_to_open},
         {.names = "--dir",
          .place = &options.folder,

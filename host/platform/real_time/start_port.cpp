@@ -1,5 +1,6 @@
 #include "host/platform/real_time/start_port.h"
 
+#include "base/nearest.h"
 #include "host/platform/serial/serial_line.h"
 #include "host/platform/serial/serial_name.h"
 #include "host/program/settings.h"
@@ -43,7 +44,8 @@ void name_devices(const std::string& serial, const std::string& folder) {
 
 std::string protocol_option_fault(const std::string& protocol) {
     if (protocol == plain_bytes || protocol == frames) return {};
-    return "it is none of plain, pactlink";
+    return "'" + protocol + "' is neither plain nor pactlink" +
+           is_it(protocol, {plain_bytes, frames});
 }
 
 void take_protocol_option(const std::string& protocol) {

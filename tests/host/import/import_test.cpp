@@ -210,7 +210,8 @@ TEST_F(Import, a_png_that_cannot_be_shown_is_refused_and_feeds_nothing) {
     for (const Bytes& content : {cut, Bytes(cut.begin(), cut.begin() + 8)}) {
         fresh_platform();
         open_feed(file("cut.png", content), 0, 0);
-        EXPECT_THAT(fake_platform.messages, testing::ElementsAre(testing::StartsWith("This PNG ")));
+        EXPECT_THAT(fake_platform.messages,
+                    testing::ElementsAre(testing::StartsWith("This file is ")));
     }
     EXPECT_EQ(feed_left(), 0);
 }

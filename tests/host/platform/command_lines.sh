@@ -32,12 +32,14 @@ for program; do
     orvanel42-terminal)
         full=1
         says 2 "'--sned' is no option; is it '--send'?" "$program" --sned --file none
+        says 2 "'--dri' is no option; is it '--dir'?" "$program" --dri x
         says 2 '--file: none: no such file' "$program" --file none
         says 1 'no program that takes messages' "$program" --dir . --send 41 ;;
     *)
         # A wrong option leaves its value behind, which looks like a file.
         says 2 "'--seral' is no option; is it '--serial'?" "$program" --seral pty
-        says 2 "'--seral' is no option; is it '--serial'?" "$program" none --seral pty ;;
+        says 2 "'--seral' is no option; is it '--serial'?" "$program" none --seral pty
+        says 2 "--protocol: 'pln' is neither plain nor pactlink; is it 'plain'?" "$program" --protocol pln ;;
     esac
     if [ "$name" = orvanel42 ]; then
         says 2 'FILE: none: no such file' "$program" none
