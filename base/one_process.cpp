@@ -59,6 +59,15 @@ std::string back_up(const std::string& path) {
     return copy_file(path, path + ".bak");
 }
 
+std::string set_aside(const std::string& path) {
+    std::string part = part_name(path);
+    return std::rename(path.c_str(), part.c_str()) == 0 ? part : "";
+}
+
+void bring_back(const std::string& path, const std::string& aside) {
+    std::rename(aside.c_str(), path.c_str());
+}
+
 std::string part_name(const std::string& path) { return path + ".part"; }
 
 void clear_parts(const std::string& /*path*/) {}

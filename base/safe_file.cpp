@@ -193,6 +193,26 @@ std::string back_up(const std::string& path) {
     return name_also(target, backup_of(target)) ? "" : errno_text();
 }
 
+std::string set_aside(const std::string& path) {
+    const fs::path target = target_of(path);
+    struct stat former {};
+    if (stat(target.c_str(), &former) != 0 || !S_ISREG(former.st_mode) || former.st_size == 0 ||
+        access(target.c_str(), W_OK) != 0)
+        return {};
+    clear_parts(target);
+    std::string part = part_name(target);
+    if (std::rename(target.c_str(), part.c_str()) != 0) return {};
+    const int fd = open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, any_mode);
+    if (fd < 0) return part;
+    (void)fchmod(fd, former.st_mode & 07777);
+    close(fd);
+    return part;
+}
+
+void bring_back(const std::string& path, const std::string& aside) {
+    std::rename(aside.c_str(), target_of(path).c_str());
+}
+
 std::string part_name(const std::string& path) {
     return path + "." + std::to_string(getpid()) + ".part";
 }

@@ -77,7 +77,9 @@ void read_text(Reader& reader, const std::string& name, std::string_view text) {
         if (reader.lines.size() >= max_lines)
             throw Fault({name, number, 0}, "more than " + std::to_string(max_lines) + " lines");
         try {
-            if (!read_include(reader, line)) reader.lines.push_back(std::move(line));
+            // A blank line stands for an include, so that its file is known by a line of its own.
+            if (read_include(reader, line)) line.text.clear();
+            reader.lines.push_back(std::move(line));
         } catch (const Fault& fault) {
             reader.faults->push_back(fault);
         }

@@ -71,4 +71,15 @@ std::string kit_image(const std::string& path, std::vector<std::uint8_t>& image,
     });
 }
 
+std::vector<std::string> kit_inputs(const std::string& path) {
+    try {
+        Faults faults;
+        const auto no_progress = [](const std::string&) {};
+        return build_kit(path, {-1, -1, -1}, no_progress, faults).kit.inputs;
+    } catch (const std::exception&) {
+        // Who builds it for its own sake is told why that can't be.
+        return {path};
+    }
+}
+
 }  // namespace orvanel

@@ -26,4 +26,8 @@ std::string kit_stream(const std::string& path, std::vector<std::uint8_t>& strea
 /// Builds a kit into its image, and the size of the memory that it asks for. Result as above.
 std::string kit_image(const std::string& path, std::vector<std::uint8_t>& image, int& memory);
 
+/// Every file that a build of the kit reads, itself included, as far as its faults let that be
+/// known.
+std::vector<std::string> kit_inputs(const std::string& path);
+
 }  // namespace orvanel

@@ -147,14 +147,14 @@ void open_kit(const std::string& path) {
 }
 
 void open_other(const std::string& path) {
-    std::vector<std::uint8_t> start;
-    if (!read_file_start(path, picture_file_size, start).empty()) return;
-    switch (file_kind(path, start)) {
+    if (!unreadable(path).empty()) return;
+    switch (kind_of_file(path)) {
     case FileKind::kit:
         return open_kit(path);
     case FileKind::scenario:
         return picture_error(scenario_refusal(path));
     case FileKind::png:
+    case FileKind::bmp:
     case FileKind::other:
         return start_feed_of(path);
     }

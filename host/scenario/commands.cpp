@@ -367,6 +367,11 @@ bool is_path(Take take) {
     return take == Take::path || take == Take::picture || take == Take::file;
 }
 
+FileUse use_of(const ScenarioCommand& command) {
+    if (command.run == include) return FileUse::included;
+    return command.run == open || command.run == drop_command ? FileUse::opened : FileUse::plain;
+}
+
 void run_command(const ScenarioCommand& command, std::string_view rest) {
     const std::string name(command.name);
     Arguments values{};
@@ -380,7 +385,8 @@ void run_command(const ScenarioCommand& command, std::string_view rest) {
                      fault + "; the form is: " + name + (usage.empty() ? "" : " ") + usage);
         return;
     }
-    if (fault = output_clash(values.path); !fault.empty()) return report_fault(wrong_line, fault);
+    if (fault = output_clash({values.path, use_of(command)}); !fault.empty())
+        return report_fault(wrong_line, fault);
     note_command(command.name);
     command.run(values);
 }
@@ -389,12 +395,13 @@ void run_command(const ScenarioCommand& command, std::string_view rest) {
 
 std::span<const ScenarioCommand> scenario_commands() { return commands; }
 
-std::string path_in_line(std::string_view line) {
+NamedFile file_in_line(std::string_view line) {
     std::string_view rest = trimmed(line);
     const ScenarioCommand* command = find_command(take_word(rest));
     if (command == nullptr || !is_path(command->arguments.front().take)) return {};
     Arguments values{};
-    return take_argument(rest, command->arguments.front(), values).empty() ? values.path : "";
+    if (!take_argument(rest, command->arguments.front(), values).empty()) return {};
+    return {values.path, use_of(*command)};
 }
 
 bool run_scenario_line(std::string_view line, bool is_first) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/scenario/arguments.h"
+#include "host/scenario/named_files.h"
 
 #include <array>
 #include <cstddef>
@@ -29,8 +30,8 @@ extern std::optional<int> leading_port;
 /// All commands, in the order of docs/reference/scenarios.md.
 std::span<const ScenarioCommand> scenario_commands();
 
-/// The file that a line of a scenario names, from the folder of scenario_name; empty for none.
-std::string path_in_line(std::string_view line);
+/// The file that a line of a scenario names, from the folder of scenario_name.
+NamedFile file_in_line(std::string_view line);
 
 /// Runs one line of a scenario, which may begin a wait. `is_first` says that no command came before
 /// it. Blank lines and comments are none; the result is false for them.

@@ -23,6 +23,7 @@ constinit const OutputSink* output_sink = nullptr;
 namespace {
 
 constexpr std::string_view end_record = "end\n";
+constexpr std::string_view withheld_record = "withheld\n";
 constexpr std::array<int, 4> by_weight{all_well, expectation_failed, gave_up, wrong_line};
 
 constinit int status_so_far = all_well;
@@ -103,21 +104,29 @@ std::string fault_message(std::string_view name, const Fault& fault) {
     return message.append(": error: ").append(visible_lines(fault.text));
 }
 
+void write_withheld_record() { write_record(withheld_record); }
+
 void write_end_record() { write_record(end_record); }
 
-std::vector<Fault> parse_fault_records(std::string_view records, bool& complete) {
-    std::vector<Fault> faults;
-    std::int64_t status = 0;
-    std::int64_t line = 0;
-    std::int64_t size = 0;
-    while (take_field(records, ' ', status) && take_field(records, ' ', line) &&
-           take_field(records, '\n', size) && size >= 0) {
-        faults.push_back({static_cast<int>(status), static_cast<int>(line),
-                          std::string(records.substr(0, static_cast<std::size_t>(size)))});
-        records.remove_prefix(std::min(static_cast<std::size_t>(size), records.size()));
+FaultRecords parse_fault_records(std::string_view records) {
+    FaultRecords read{};
+    for (;;) {
+        std::int64_t status = 0;
+        std::int64_t line = 0;
+        std::int64_t size = 0;
+        if (records.starts_with(withheld_record)) {
+            read.results_withheld = true;
+            records.remove_prefix(withheld_record.size());
+        } else if (take_field(records, ' ', status) && take_field(records, ' ', line) &&
+                   take_field(records, '\n', size) && size >= 0) {
+            read.faults.push_back({static_cast<int>(status), static_cast<int>(line),
+                                   std::string(records.substr(0, static_cast<std::size_t>(size)))});
+            records.remove_prefix(std::min(static_cast<std::size_t>(size), records.size()));
+        } else {
+            read.complete = records == end_record;
+            return read;
+        }
     }
-    complete = records == end_record;
-    return faults;
 }
 
 }  // namespace orvanel

@@ -74,10 +74,19 @@ int worse_status(int a, int b);
 /// `FILE:LINE: error: text`, without the line if that is 0.
 std::string fault_message(std::string_view name, const Fault& fault);
 
+/// The file that the results go to is one that the scenario reads.
+void write_withheld_record();
+
 /// Ends the records: a scenario that doesn't come this far has died.
 void write_end_record();
 
-/// Reads records back. `complete` tells whether the end record was there.
-std::vector<Fault> parse_fault_records(std::string_view records, bool& complete);
+struct FaultRecords {
+    std::vector<Fault> faults;
+    bool results_withheld;  // they must not be written
+    bool complete;          // the end record was there
+};
+
+/// Reads records back.
+FaultRecords parse_fault_records(std::string_view records);
 
 }  // namespace orvanel

@@ -1,6 +1,7 @@
 #include "host/scenario/runner.h"
 
 #include "base/files.h"
+#include "base/utf8.h"
 #include "base/words.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/ending.h"
@@ -81,6 +82,7 @@ void run_commands() {
 bool next_line_leads() {
     const std::vector<char>& input = sources.front().input;
     std::string_view line(input.data(), input.size());
+    if (scenario_line == 0) line = after_mark(line);
     line = trimmed(line.substr(0, line.find_first_of("\r\n")));
     if (line.starts_with(';')) return true;
     const std::string_view word = take_word(line);

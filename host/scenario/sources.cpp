@@ -1,6 +1,7 @@
 #include "host/scenario/sources.h"
 
 #include "base/files.h"
+#include "base/utf8.h"
 #include "host/scenario/ending.h"
 #include "host/scenario/report.h"
 
@@ -33,7 +34,7 @@ bool take_line(Source& source, std::string& line) {
     source.input.erase(source.input.begin(), found ? end + 1 : end);
     source.searched = 0;
     if (!line.empty() && line.back() == '\r') line.pop_back();
-    ++scenario_line;
+    if (++scenario_line == 1) line.erase(0, line.size() - after_mark(line).size());
     return true;
 }
 

@@ -41,6 +41,7 @@ struct Job {
     std::chrono::steady_clock::time_point start;
     double seconds;
     std::vector<Fault> faults;
+    bool results_withheld;  // by the scenario, which reads their file
     bool done;
 };
 
@@ -112,12 +113,13 @@ void finish(Job& job) {
     }
     job.done = true;
     job.seconds = std::chrono::duration<double>(steady_clock::now() - job.start).count();
-    bool complete = false;
-    job.faults = parse_fault_records(job.texts[records], complete);
+    FaultRecords read = parse_fault_records(job.texts[records]);
+    job.faults = std::move(read.faults);
+    job.results_withheld = read.results_withheld;
     if (WIFSIGNALED(ending))
         add_fault(job, expectation_failed,
                   std::string("the process died of a signal: ") + strsignal(WTERMSIG(ending)));
-    else if (!complete)
+    else if (!read.complete)
         add_fault(job, expectation_failed,
                   "the process ended before the scenario, with status " +
                       std::to_string(WEXITSTATUS(ending)));
@@ -192,6 +194,7 @@ void run_all(std::span<Job> jobs, const JobOptions& options) {
 }
 
 int write_results(std::span<const Job> jobs, const std::string& path) {
+    if (std::ranges::any_of(jobs, &Job::results_withheld)) return wrong_line;
     std::vector<CaseResult> results;
     for (const Job& job : jobs)
         results.push_back({job.name, job.seconds, job.faults});
@@ -224,6 +227,7 @@ int run_jobs(std::span<const std::string> names, const JobOptions& options) {
                         .start = {},
                         .seconds = 0,
                         .faults = {},
+                        .results_withheld = false,
                         .done = false});
     run_all(jobs, options);
     int status = all_well;

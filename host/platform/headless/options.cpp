@@ -171,8 +171,10 @@ RunOutput output_clash_in(const Options& options) {
                         output.path + " is the file of " + other.option + " too: name another one"};
         files.push_back(output);
     }
+    if (!options.kit.empty())
+        if (RunOutput named = output_in_kit(options.kit); !named.option.empty()) return named;
     for (const std::string& name : options.scenarios) {
-        if (RunOutput named = named_output(name, path_in_line); !named.option.empty()) return named;
+        if (RunOutput named = named_output(name, file_in_line); !named.option.empty()) return named;
         if (name.empty() || is_plain_file(name)) continue;
         for (const RunOutput& output : run_outputs)
             if (!is_former_output(output))

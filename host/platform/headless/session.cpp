@@ -1,7 +1,9 @@
 #include "host/platform/headless/session.h"
 
+#include "base/files.h"
 #include "base/visible.h"
 #include "firmware/store/ground/eeprom.h"
+#include "host/import/file_kind.h"
 #include "host/platform/headless/session_options.h"
 #include "host/platform/headless/time_mode.h"
 #include "host/program/image_file.h"
@@ -73,11 +75,17 @@ int run_session(const std::string& name) {
         set_companions("manual/index.html", "orvanel42-terminal");
         dress_window();
     }
+    const std::string other = not_a_scenario(name);
     const std::string fault = open_scenario(name);
     if (session_options.json) start_answers();
+    const std::string& trace = session_options.trace.file;
+    if (!name.empty() && !is_plain_file(name) && !trace.empty() && trace != "-")
+        set_former_aside(trace);
     start_trace(session_options.trace, clock_us);
     if (!no_view.empty())
         report_fault(wrong_line, no_view);
+    else if (!other.empty())
+        report_fault(wrong_line, other);
     else if (!fault.empty())
         report_fault(wrong_line, "can't be opened: " + fault);
     else
@@ -86,6 +94,7 @@ int run_session(const std::string& name) {
     close_scenario();
     stop_feed();
     end_trace();
+    settle_former();
     save_all();
     end_answers(fault_status());
     write_end_record();

@@ -36,7 +36,8 @@ std::string load_kit(const std::string& path) {
     take_settings("", "");
     Bytes image;
     int memory = eeprom_small;
-    const std::string fault = kit_image(path, image, memory);
+    std::string fault = not_a_kit(path);
+    if (fault.empty()) fault = kit_image(path, image, memory);
     eeprom_reset_to(memory, image);
     return fault;
 }

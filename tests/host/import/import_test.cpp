@@ -273,8 +273,14 @@ TEST_F(Import, a_file_is_what_its_name_and_its_first_line_say) {
           Case{"a.Scn", "; what it plays\nscenario  1\nfeed x", FileKind::scenario},
           Case{"a.scn", "scenario 12\n", FileKind::other},
           Case{"a.scn", "feed x\n", FileKind::other},
+          Case{"a.scn", "\xEF\xBB\xBFscenario 1\n", FileKind::scenario},
           Case{"a.txt", "scenario 1\n", FileKind::other}})
         EXPECT_EQ(file_kind(name, text(content)), kind) << name << ": " << content;
+    std::string comments;
+    while (comments.size() < 100'000)
+        comments += "; of a licence, or what a program has drawn\n";
+    EXPECT_EQ(kind_of_file(file("long.kit", text(comments + "kit 1\n"))), FileKind::kit);
+    EXPECT_EQ(kind_of_file(file("long.scn", text(comments + "scenario 1\n"))), FileKind::scenario);
 }
 
 TEST_F(Import, what_is_meant_for_another_program_is_refused) {
@@ -286,7 +292,18 @@ TEST_F(Import, what_is_meant_for_another_program_is_refused) {
     EXPECT_THAT(not_an_image(scenario), testing::HasSubstr("a.scn is a scenario"));
     EXPECT_THAT(not_an_image(file("a.kit", text("[image]\n"))),
                 testing::HasSubstr("orvanel42-kit"));
-    EXPECT_THAT(not_an_image(file("a.bin", png(1, 1, {}))), testing::HasSubstr("is a picture"));
+    for (const std::string& picture : {file("a.png", png(1, 1, {})), file("a.bmp", bmp(8, 3))}) {
+        EXPECT_THAT(not_an_image(picture), testing::HasSubstr("is a picture"));
+        EXPECT_THAT(not_a_kit(picture), testing::HasSubstr("is a picture"));
+        EXPECT_THAT(not_a_scenario(picture), testing::HasSubstr("'open FILE'"));
+    }
+    EXPECT_THAT(not_a_kit(scenario), testing::HasSubstr("is a scenario"));
+    EXPECT_THAT(not_a_scenario(file("a.kit", text("kit 1\n"))), testing::HasSubstr("--kit FILE"));
+    const std::string erased = file("erased.bin", Bytes(65536, 0xFF));
+    EXPECT_THAT(not_a_scenario(erased), testing::HasSubstr("--image FILE"));
+    EXPECT_THAT(not_a_kit(erased), testing::HasSubstr("--image FILE"));
+    EXPECT_EQ(not_a_scenario(scenario), "");
+    EXPECT_EQ(not_a_scenario(file("b.scn", Bytes(32768, ' '))), "") << "a text";
     for (const std::string& image :
          {file("b.bin", Bytes(32768, 0xFF)), file("b.kit", Bytes{'F', 'H', '7'}), folder.string(),
           (folder / "none").string()})

@@ -231,16 +231,15 @@ b</failure>
 }
 
 TEST(FaultRecords, a_record_cut_short_is_not_complete) {
-    bool complete = false;
     const std::string records = "1 12 3\na\nb3 0 0\nend\n";
-    const std::vector<Fault> faults = parse_fault_records(records, complete);
-    EXPECT_TRUE(complete);
+    const FaultRecords whole = parse_fault_records(records);
+    const std::vector<Fault>& faults = whole.faults;
+    EXPECT_TRUE(whole.complete);
     ASSERT_EQ(faults.size(), 2u);
     EXPECT_EQ(faults[0].text, "a\nb");
     EXPECT_EQ(faults[0].line, 12);
     for (std::size_t n = 0; n < records.size(); ++n) {
-        parse_fault_records(records.substr(0, n), complete);
-        EXPECT_FALSE(complete) << n;
+        EXPECT_FALSE(parse_fault_records(records.substr(0, n)).complete) << n;
     }
 }
 

@@ -112,7 +112,33 @@ done
 for option in --trace --trace-json --junit; do # what they have written they may write over
     "$headless" $option former stream.scn
     "$headless" $option former - <stream.scn
+    cp former kept
+    # But not over one that a line from a pipe turns out to name.
+    for line in 'open former' 'feed former' 'include former' 'open former.kit'; do
+        printf 'include "former"\n' >former.kit
+        printf '%s\n' "$line" >naming.scn
+        refuses "$option too: name another one" "$headless" $option former - <naming.scn
+        cmp former kept
+    done
+    [ -z "$(find . -maxdepth 1 -name '*.part')" ]
     rm former
+done
+# What is read for a file that a line names: what that includes, and what a kit is made of.
+printf 'kit 1\ninclude middle.kit\n' >page.kit
+printf 'include part.kit\n' >middle.kit
+printf '[normal macro 0]\ntext "x"\n' >part.kit
+cp "$(dirname "$0")/../../../../examples/device/logo.png" logo.png
+printf '[picture 0]\nfile = logo.png\n' >>part.kit
+printf '\xEF\xBB\xBFopen page.kit\n' >opens.scn
+printf 'include opens.scn\ninclude includes.scn\n' >includes.scn
+for output in part.kit middle.kit logo.png; do
+    cp $output kept
+    for scenario in opens.scn includes.scn; do
+        refuses "$output is a file of opens.scn, line 1" "$headless" --trace $output $scenario
+        refuses "$output, which page.kit is made of" "$headless" --save-image $output - <$scenario
+    done
+    refuses "$output is a file of the kit page.kit" "$headless" --kit page.kit --trace $output nothing.scn
+    cmp $output kept
 done
 refuses 'is the file of --trace too' "$headless" --trace t --junit "$folder/t" stream.scn
 cmp stream.scn kept.scn

@@ -502,6 +502,30 @@ TEST_F(ScenarioProgram, the_protocol_of_the_command_line_is_for_this_run) {
     EXPECT_EQ(run({"--protocol", "raw", "a.scn"}), 2);
 }
 
+TEST_F(ScenarioProgram, the_mark_that_some_editors_put_before_a_text_is_none_of_it) {
+    const std::string mark = "\xEF\xBB\xBF";
+    put("part.scn", mark + "time\n");
+    EXPECT_EQ(printed(mark + "scenario 1\ninclude part.scn"), "time 5\n");
+    put("in", mark + "protocol 0\nsetting protocol\n");
+    EXPECT_EQ(run({}), 0) << get("err");
+    EXPECT_EQ(get("out"), "setting protocol=0\n");
+    EXPECT_EQ(printed("time\n" + mark + "time\n", 2), "time 5\n") << "only at the start";
+}
+
+TEST_F(ScenarioProgram, a_file_that_is_no_scenario_is_named_for_what_it_is) {
+    put("logo.PNG", "\x89PNG\r\n\x1A\n");
+    put("page.kit", "kit 1\n");
+    put("image", std::string(32768, '\xFF'));
+    for (const char* name : {"logo.PNG", "page.kit", "image"}) {
+        EXPECT_EQ(run({"--junit", "results.xml", name}), 2);
+        EXPECT_NE(get("err").find(std::string(name) + ": error: is "), std::string::npos)
+            << get("err");
+        EXPECT_NE(get("results.xml").find(" no scenario. "), std::string::npos);
+    }
+    EXPECT_EQ(run({"--kit", "logo.PNG"}), 2);
+    EXPECT_NE(get("err").find("logo.PNG is a picture, no source of a kit"), std::string::npos);
+}
+
 TEST_F(ScenarioProgram, leading_lines_hold_before_the_line_opens) {
     std::filesystem::create_directory(folder / "kept");
     put("kept/Orvanel42.bin", std::string(32768, '\xFF'));
