@@ -1,6 +1,7 @@
 #include "base/command_line.h"
 
 #include "base/nearest.h"
+#include "base/standard_output.h"
 #include "base/visible.h"
 
 // It takes longer to compile than anything else here: no other file includes it, and this one is
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <sstream>
 #include <string_view>
 
@@ -142,7 +142,7 @@ int say_end(const CLI::App& app, const CommandLine& line, const CLI::Error& end)
     }
     std::ostringstream text;
     app.exit(end, text, text);
-    std::fputs(wrapped(text.str(), app.get_formatter()->get_column_width()).c_str(), stdout);
+    write_stdout(wrapped(text.str(), app.get_formatter()->get_column_width()));
     return 0;
 }
 

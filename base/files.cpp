@@ -20,24 +20,8 @@ std::string kind_fault(const std::string& path) {
     return kind == std::filesystem::file_type::regular ? "" : "not a plain file";
 }
 
-}  // namespace
-
-std::string read_file(const std::string& path, std::size_t max, Bytes& content) {
-    if (std::string fault = kind_fault(path); !fault.empty()) return fault;
-    std::error_code fault;
-    const std::uintmax_t size = std::filesystem::file_size(path, fault);
-    if (fault) return fault.message();
-    if (size > max) return "longer than " + std::to_string(max) + " bytes";
-    return read_any_start(path, static_cast<std::size_t>(size) + 1,
-                          content);  // at least one address
-}
-
-std::string read_file_start(const std::string& path, std::size_t max, Bytes& content) {
-    std::string fault = kind_fault(path);
-    return fault.empty() ? read_any_start(path, max, content) : fault;
-}
-
-std::string read_any_start(const std::string& path, std::size_t max, Bytes& content) {
+/// The first bytes of what can be opened without waiting.
+std::string read_start(const std::string& path, std::size_t max, Bytes& content) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) return errno_text();
     content.resize(max);
@@ -49,6 +33,22 @@ std::string read_any_start(const std::string& path, std::size_t max, Bytes& cont
     return message;
 }
 
+}  // namespace
+
+std::string read_file(const std::string& path, std::size_t max, Bytes& content) {
+    if (std::string fault = kind_fault(path); !fault.empty()) return fault;
+    std::error_code fault;
+    const std::uintmax_t size = std::filesystem::file_size(path, fault);
+    if (fault) return fault.message();
+    if (size > max) return "longer than " + std::to_string(max) + " bytes";
+    return read_start(path, static_cast<std::size_t>(size) + 1, content);  // at least one address
+}
+
+std::string read_file_start(const std::string& path, std::size_t max, Bytes& content) {
+    std::string fault = kind_fault(path);
+    return fault.empty() ? read_start(path, max, content) : fault;
+}
+
 std::string unreadable(const std::string& path) {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored)) return "no such file";
@@ -57,6 +57,11 @@ std::string unreadable(const std::string& path) {
     if (file == nullptr) return "can't be read";
     std::fclose(file);
     return {};
+}
+
+std::string file_fault(const std::string& path) {
+    const std::string fault = unreadable(path);
+    return fault.empty() ? "" : path + ": " + fault;
 }
 
 bool is_plain_file(const std::string& path) {

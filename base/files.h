@@ -18,11 +18,11 @@ std::string read_file(const std::string& path, std::size_t max, Bytes& content);
 /// The same for the first `max` bytes of a plain file of any length.
 std::string read_file_start(const std::string& path, std::size_t max, Bytes& content);
 
-/// The same for whatever the path opens: a pipe is waited for.
-std::string read_any_start(const std::string& path, std::size_t max, Bytes& content);
-
 /// Why the path is no plain file that can be opened to read; empty if it is one.
 std::string unreadable(const std::string& path);
+
+/// The same after the path, as messages have it.
+std::string file_fault(const std::string& path);
 
 /// Whether it is a plain file, or a link to one. Directories, devices and pipes have no length, and
 /// opening a pipe could wait for ever.

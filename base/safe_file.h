@@ -33,9 +33,9 @@ std::string keep_beside(const std::string& path, std::string& name);
 /// reason.
 std::string back_up(const std::string& path);
 
-/// Moves a plain file aside, so that what it holds can come back; an empty one of its mode takes its
-/// place. The result is where it is, for bring_back; empty if nothing has been moved: the file is
-/// empty, can't be written, or isn't there.
+/// Moves a plain file aside, so that what it holds can come back; an empty one of its mode takes
+/// its place. The result is where it is, for bring_back; empty if nothing has been moved: the file
+/// is empty, can't be written, or isn't there.
 std::string set_aside(const std::string& path);
 void bring_back(const std::string& path, const std::string& aside);
 

@@ -2,11 +2,11 @@
 
 #include "base/files.h"
 #include "base/safe_file.h"
+#include "base/standard_output.h"
 #include "base/visible.h"
 #include "host/platform/system/wake.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -89,10 +89,7 @@ void tell_error(const std::string& what) {
     tell_user(std::string(program_name) + ": error: " + what);
 }
 
-void put(const std::string& text) {
-    const std::string shown = visible_lines(text);
-    std::fwrite(shown.data(), 1, shown.size(), stdout);
-}
+void put(const std::string& text) { write_stdout(visible_lines(text)); }
 
 bool write_output(const std::string& path, const Bytes& content) {
     open_end_signals();

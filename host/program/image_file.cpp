@@ -51,7 +51,7 @@ std::string keep_longer_file(const std::string& path, std::size_t size, std::str
 std::string load_image(const std::string& path, int size) {
     eeprom_reset_to(size, {});
     Bytes content;
-    const std::string fault = read_any_start(path, static_cast<std::size_t>(size), content);
+    const std::string fault = read_file_start(path, static_cast<std::size_t>(size), content);
     if (!fault.empty()) return path + ": " + fault;
     eeprom_reset_to(size, content);
     note_longer_file(path, size);

@@ -1,6 +1,6 @@
 #include "host/scenario/report.h"
 
-#include "base/files.h"
+#include "base/standard_output.h"
 #include "base/visible.h"
 
 #include <unistd.h>
@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <system_error>
 #include <utility>
 
@@ -53,11 +52,11 @@ bool take_field(std::string_view& rest, char behind, std::int64_t& value) {
 }  // namespace
 
 void put_line(std::string_view line) {
-    const bool written = std::fwrite(line.data(), 1, line.size(), stdout) == line.size() &&
-                         std::fputc('\n', stdout) != EOF && std::fflush(stdout) == 0;
-    if (written || output_failed) return;
+    write_stdout(line);
+    write_stdout("\n");
+    if (flush_stdout() || output_failed) return;
     output_failed = true;
-    report_fault(wrong_line, "can't write to standard output: " + errno_text());
+    report_fault(wrong_line, stdout_fault());
 }
 
 void print_line(std::string_view line) {

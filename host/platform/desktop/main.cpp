@@ -54,12 +54,6 @@ struct Options {
     bool says_where = false;  // by an option, on a command line, whose user reads what it says
 };
 
-/// Empty if the file can be read, else what is wrong with it.
-std::string file_fault(const std::string& path) {
-    const std::string fault = orvanel::unreadable(path);
-    return fault.empty() ? "" : path + ": " + fault;
-}
-
 /// The file that a word names. It may stand in quotes, as where a command line was put together by
 /// others; but a name can begin with a quote of its own.
 std::string without_quotes(const std::string& word) {
@@ -67,7 +61,9 @@ std::string without_quotes(const std::string& word) {
     return std::filesystem::exists(word, ignored) ? word : std::string(orvanel::unquoted(word));
 }
 
-std::string not_to_open(const std::string& word) { return file_fault(without_quotes(word)); }
+std::string not_to_open(const std::string& word) {
+    return orvanel::file_fault(without_quotes(word));
+}
 
 std::vector<orvanel::Option> options_into(Options& options) {
     return {
@@ -89,7 +85,7 @@ std::vector<orvanel::Option> options_into(Options& options) {
          .place = &options.image,
          .help = "Load FILE as the EEPROM image; neither it nor the settings are kept",
          .value_name = "FILE",
-         .fault = file_fault,
+         .fault = orvanel::file_fault,
          .excludes = {"--dir"}},
         {.names = "--mem",
          .place = &options.mem_kib,

@@ -1,5 +1,6 @@
 #include "host/platform/desktop/window.h"
 
+#include "base/standard_output.h"
 #include "base/visible.h"
 #include "firmware/core/ground/backlight.h"
 #include "host/platform/desktop/main_window.h"
@@ -20,8 +21,6 @@
 #include <QApplication>
 #include <QSocketNotifier>
 #include <QTimer>
-
-#include <cstdio>
 
 namespace orvanel {
 
@@ -63,7 +62,7 @@ void open_port(const std::string& serial) {
     if (!fault.empty()) tell_user("orvanel42: error: " + fault);
     const std::string name = new_peer_name(serial);
     if (name.empty()) return;
-    std::printf("serial %s\n", name.c_str());
+    write_stdout("serial " + name + "\n");
     (void)output_is_whole("orvanel42");  // who waits for the name learns why it doesn't come
 }
 

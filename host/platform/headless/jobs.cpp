@@ -2,6 +2,7 @@
 
 #include "base/files.h"
 #include "base/safe_file.h"
+#include "base/standard_output.h"
 #include "base/visible.h"
 #include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/session.h"
@@ -23,6 +24,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace orvanel {
@@ -151,18 +153,13 @@ bool read_what_comes(std::span<Job> jobs, bool watch_signals) {
 }
 
 /// Says what the finished jobs have said, up to the first that still runs. `said` counts them.
-constinit bool output_failed = false;  // standard output hasn't taken all that was said
-
 void say_in_order(std::span<Job> jobs, std::size_t& said) {
     for (; said < jobs.size() && jobs[said].done; ++said) {
-        for (const auto& [stream, file] : {std::pair{output, stdout}, std::pair{errors, stderr}}) {
-            std::string& text = jobs[said].texts[stream];
-            // Of what standard error doesn't take nobody can learn.
-            const bool said_all = std::fwrite(text.data(), 1, text.size(), file) == text.size() &&
-                                  std::fflush(file) == 0;
-            output_failed = output_failed || (!said_all && file == stdout);
-            text = {};
-        }
+        write_stdout(std::exchange(jobs[said].texts[output], {}));
+        (void)flush_stdout();
+        // Of what standard error doesn't take nobody can learn.
+        const std::string told = std::exchange(jobs[said].texts[errors], {});
+        (void)std::fwrite(told.data(), 1, told.size(), stderr);
     }
 }
 
@@ -235,8 +232,8 @@ int run_jobs(std::span<const std::string> names, const JobOptions& options) {
         for (const Fault& fault : job.faults)
             status = worse_status(status, fault.status);
     if (jobs.size() > 1) tell_total(jobs);
-    if (output_failed) {
-        std::fputs("orvanel42-headless: error: can't write to standard output\n", stderr);
+    if (!flush_stdout()) {
+        tell_user("orvanel42-headless: error: " + stdout_fault());
         status = worse_status(status, wrong_line);
     }
     if (!options.junit.empty()) status = worse_status(status, write_results(jobs, options.junit));

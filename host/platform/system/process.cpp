@@ -1,6 +1,7 @@
 #include "host/platform/system/process.h"
 
-#include "base/files.h"
+#include "base/standard_output.h"
+#include "base/visible.h"
 #include "host/platform/system/program_dir.h"
 
 #include <fcntl.h>
@@ -8,7 +9,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -48,12 +48,8 @@ void prepare_process() {
 }
 
 bool output_is_whole(const char* program) {
-    errno = 0;
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
-    const std::string reason = errno == 0 ? "" : ": " + errno_text();
-    if (errno != EPIPE)
-        std::fprintf(stderr, "%s: error: can't write to standard output%s\n", program,
-                     reason.c_str());
+    if (flush_stdout()) return true;
+    if (stdout_errno() != EPIPE) tell_user(std::string(program) + ": error: " + stdout_fault());
     return false;
 }
 

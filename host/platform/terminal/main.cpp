@@ -2,6 +2,7 @@
 
 #include "base/command_line.h"
 #include "base/quoting.h"
+#include "base/standard_output.h"
 #include "base/visible.h"
 #include "base/words.h"
 #include "host/platform/instance/instance_client.h"
@@ -149,7 +150,7 @@ int run(int argc, char** argv) {
         tell_error("the module has ended");
         return failed;
     case TalkEnd::no_output:
-        tell_error("can't write to standard output");
+        tell_error(stdout_fault());
         return failed;
     }
     return failed;

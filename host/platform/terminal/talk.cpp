@@ -3,6 +3,7 @@
 #include "base/bytes.h"
 #include "base/hex.h"
 #include "base/quoting.h"
+#include "base/standard_output.h"
 #include "host/bridge/bridge_packing.h"
 #include "host/platform/instance/instance_client.h"
 #include "host/platform/system/wake.h"
@@ -14,9 +15,9 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <span>
+#include <string>
 
 namespace orvanel {
 
@@ -56,27 +57,27 @@ std::uint32_t own_window() {
 
 void print_as_text(std::uint8_t byte) {
     if (byte == '\\')
-        std::fputs("\\\\", stdout);
+        write_stdout("\\\\");
     else if (byte >= ' ' && byte <= '~')
-        std::putchar(byte);
+        write_stdout(std::string(1, static_cast<char>(byte)));
     else
-        std::fputs(byte_escape(static_cast<char>(byte)).c_str(), stdout);
+        write_stdout(byte_escape(static_cast<char>(byte)));
 }
 
 void print_answer(std::uint8_t byte, bool hex) {
     printed = true;
     if (!hex) return print_as_text(byte);
-    if (after_hex) std::putchar(' ');
-    std::fputs(hex_digits(byte, 2).c_str(), stdout);
+    if (after_hex) write_stdout(" ");
+    write_stdout(hex_digits(byte, 2));
     after_hex = true;
 }
 
 /// What the user types in the window of the module, so that it differs from an answer.
 void print_key(std::uint8_t byte) {
     printed = true;
-    std::fputs("<key ", stdout);
+    write_stdout("<key ");
     print_as_text(byte);
-    std::putchar('>');
+    write_stdout(">");
     after_hex = false;
 }
 
@@ -147,7 +148,7 @@ bool talk_on(const Talk& talk) {
             last_time = steady_clock::now();
         }
         if (!take_all(talk, got)) return false;
-        if (std::fflush(stdout) != 0) return false;
+        if (!flush_stdout()) return false;
         if (got) last_time = steady_clock::now();
         const bool quiet =
             steady_clock::now() - last_time >= std::chrono::milliseconds(talk.quiet_ms);
@@ -161,9 +162,9 @@ TalkEnd run_talk(const Talk& talk) {
     stop_fd = open_end_signals();
     if (talk.takes_input) begin_raw_mode();
     const bool done = talk_on(talk);
-    if (printed) std::putchar('\n');
+    if (printed) write_stdout("\n");
     end_raw_mode();
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) return TalkEnd::no_output;
+    if (!flush_stdout()) return TalkEnd::no_output;
     return done || was_stopped() ? TalkEnd::done : TalkEnd::module_gone;
 }
 

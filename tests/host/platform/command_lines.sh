@@ -5,6 +5,7 @@ set -euo pipefail
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
+mkfifo fifo
 failed=0
 
 to_full() { "$@" >/dev/full; }
@@ -39,8 +40,19 @@ for program; do
         # A wrong option leaves its value behind, which looks like a file.
         says 2 "'--seral' is no option; is it '--serial'?" "$program" --seral pty
         says 2 "'--seral' is no option; is it '--serial'?" "$program" none --seral pty
+        for special in /dev/zero . fifo; do # which would never end, or wait
+            says 2 "--image: $special: not a plain file" "$program" --image $special
+        done
+        says 2 '--image: none: no such file' "$program" --image none
         says 2 "--protocol: 'pln' is neither plain nor pactlink; is it 'plain'?" "$program" --protocol pln ;;
     esac
+    if [ "$name" = orvanel42-headless ]; then
+        echo time >time.scn
+        for line in --commands 'time.scn time.scn'; do
+            # shellcheck disable=SC2086  # the words of a line
+            says 2 "can't write to standard output: No space left on device" to_full "$program" $line
+        done
+    fi
     if [ "$name" = orvanel42 ]; then
         says 2 'FILE: none: no such file' "$program" none
         says 2 'FILE: --none: no such file' "$program" -- --none
@@ -60,7 +72,7 @@ for program; do
         failed=1
     fi
     for option in --help --version; do
-        says "$full" "can't write to standard output" to_full "$program" "$option"
+        says "$full" "can't write to standard output: No space left on device" to_full "$program" "$option"
     done
 done
 exit "$failed"
