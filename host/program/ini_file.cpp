@@ -182,6 +182,27 @@ bool has_ini_section(std::string_view text, std::string_view section) {
     return find_section(text, section).has_value();
 }
 
+std::vector<IniLine> ini_lines(std::string_view text) {
+    std::vector<IniLine> lines;
+    std::optional<std::string_view> section;
+    int number = 0;
+    for (std::size_t at = start_of(text); at < text.size();) {
+        const Line line = line_at(text, at);
+        const Part content = trimmed_part(text, line.text);
+        const std::optional<std::string_view> head = section_at(text, at);
+        at = line.next;
+        ++number;
+        if (content.begin == content.end || is_comment(of(text, content))) continue;
+        if (head.has_value()) section = head;
+        const std::size_t sign = equals_sign(text, content);
+        const bool has_key = !head.has_value() && sign != npos;
+        const std::string_view key =
+            has_key ? of(text, trimmed_part(text, {content.begin, sign})) : std::string_view();
+        lines.push_back({number, section, head.has_value(), key});
+    }
+    return lines;
+}
+
 void set_ini_value(std::string& text, std::string_view section, std::string_view key,
                    std::string_view value) {
     auto lines = find_section(text, section);

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvanel {
 
@@ -19,6 +20,16 @@ std::optional<std::string_view> ini_value(std::string_view text, std::string_vie
 
 /// Whether the text has such a section.
 bool has_ini_section(std::string_view text, std::string_view section);
+
+/// A line that says something: the head of a section, or anything else that is no comment.
+struct IniLine {
+    int number;                               // from 1
+    std::optional<std::string_view> section;  // that it heads or stands in; none before the first
+    bool is_head;
+    std::string_view key;  // before the `=`; empty in a head, and where there is none
+};
+/// All of them. What they say points into `text`.
+std::vector<IniLine> ini_lines(std::string_view text);
 
 /// Gives that key this value, unless it has it. A new key goes after the section's last one, a
 /// new section to the end of the text. The value is a plain word: no blank, quote, semicolon.

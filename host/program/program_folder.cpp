@@ -2,6 +2,7 @@
 
 #include "base/files.h"
 #include "base/folder_lock.h"
+#include "base/visible.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/program/demo.h"
 #include "host/program/image_file.h"
@@ -72,6 +73,18 @@ std::string image_link_fault() {
 std::string load_settings(std::string& ini) {
     std::string fault = load_ini(settings_path(), ini);
     return fault.empty() ? settings_link_fault(ini) : fault;
+}
+
+/// Tells of lines that are probably misspelt, on standard error in every program: a box at each
+/// start would be a nuisance to whoever keeps lines of their own there, which is allowed.
+void tell_unknown_settings(const std::string& ini) {
+    constexpr std::size_t max_told = 5;
+    const std::vector<std::string> unknown = unknown_settings(ini);
+    for (std::size_t i = 0; i < unknown.size() && i < max_told; ++i)
+        tell_user(settings_path() + ":" + unknown[i]);
+    if (unknown.size() > max_told)
+        tell_user(settings_path() + ": and " + std::to_string(unknown.size() - max_told) +
+                  " lines more that mean nothing");
 }
 
 /// Makes sure that the folder is there and that we have it.
@@ -172,6 +185,7 @@ std::string open_program_folder(const std::string& folder, WithoutImage without)
     clear_parts(image_path());
     std::string fault = load_settings(ini_at_start);
     if (!fault.empty()) return fault;
+    tell_unknown_settings(ini_at_start);
     take_settings(ini_at_start, folder);
     eeprom_reset_to(eeprom_size, {});
     if (fault = image_link_fault(); !fault.empty()) return fault;

@@ -1,6 +1,8 @@
 #include "host/program/settings.h"
 
 #include "base/bytes.h"
+#include "base/nearest.h"
+#include "base/quoting.h"
 #include "firmware/store/ground/eeprom.h"
 #include "host/program/ini_file.h"
 #include "link/ground/port.h"
@@ -8,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <iterator>
 #include <limits>
 
 namespace orvanel {
@@ -171,7 +174,47 @@ std::string port_device(std::string_view ini, int number, const std::string& fol
     return with_link + (std::filesystem::path(folder) / link).string();
 }
 
+/// The keys of a section of ours, empty for another one.
+std::vector<std::string_view> keys_of(std::string_view section) {
+    static constexpr std::string_view port_names[max_com_ports]{"COM1", "COM2", "COM3", "COM4",
+                                                                "COM5", "COM6", "COM7", "COM8"};
+    std::vector<std::string_view> keys;
+    if (same_name(section, ports_section)) keys.assign(port_names, std::end(port_names));
+    if (same_name(section, view_section)) keys = {zoom_key};
+    if (same_name(section, settings_section))
+        for (const Setting& setting : settings)
+            keys.push_back(setting.key);
+    return keys;
+}
+
+/// What is wrong with the line, empty if it is one of ours.
+std::string unknown_in(const IniLine& line) {
+    const std::string home = "[" + std::string(settings_section) + "]";
+    if (!line.section.has_value()) return "stands before any section; the settings are in " + home;
+    const std::vector<std::string_view> keys = keys_of(*line.section);
+    if (line.is_head)
+        return !keys.empty()
+                   ? ""
+                   : "no section " + in_quotes(*line.section) +
+                         is_it(*line.section, {settings_section, ports_section, view_section});
+    if (keys.empty()) return {};  // all that stands in another's section is another's
+    if (line.key.empty()) return "no KEY=VALUE, and no comment, which begins with ;";
+    const bool known = std::ranges::any_of(
+        keys, [&line](std::string_view key) { return same_name(key, line.key); });
+    return known ? ""
+                 : "no key " + in_quotes(line.key) + " in [" + std::string(*line.section) + "]" +
+                       is_it(line.key, keys);
+}
+
 }  // namespace
+
+std::vector<std::string> unknown_settings(std::string_view ini) {
+    std::vector<std::string> unknown;
+    for (const IniLine& line : ini_lines(ini))
+        if (const std::string fault = unknown_in(line); !fault.empty())
+            unknown.push_back(std::to_string(line.number) + ": " + fault);
+    return unknown;
+}
 
 bool are_settings(std::string_view ini) {
     return ini.empty() || has_ini_section(ini, settings_section);

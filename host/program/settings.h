@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvanel {
 
@@ -73,6 +74,10 @@ bool are_settings(std::string_view ini);
 /// Sets all words from the text of simulator.ini; a key that isn't there gives its default. The
 /// links that its section [Ports] names are taken from `folder`. Before the firmware runs.
 void take_settings(std::string_view ini, const std::string& folder);
+
+/// The lines that nothing is taken from, since their section or key has no meaning here:
+/// `LINE: no key 'baut' in [Orvanel42]; is it 'baud'?`
+std::vector<std::string> unknown_settings(std::string_view ini);
 
 /// Puts the settings into the text of simulator.ini, as they stand now. Those that are edited by
 /// hand only, and all else in the text, stay as the user wrote them.

@@ -80,6 +80,8 @@ void restart_module() {
         report_overflow();
     } else {
         eeprom_state = EepromState::programmed;
+        // Here all is written that this J or C ends, and the module starts with just that. At the
+        // next look between two commands a W that follows at once may have begun another image.
         eeprom_leave_copy();
     }
     tick_enabled.store(false);

@@ -51,6 +51,22 @@ TEST(Settings, a_first_run_saves_the_defaults_with_the_model_applied) {
     EXPECT_EQ(setting_line("nothing"), std::nullopt);
 }
 
+TEST(Settings, lines_that_mean_nothing_are_told_with_what_they_may_be_meant_for) {
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(unknown_settings(first_save + "[orvanel42 VIEW]\nZoom=4\n[Ports]\ncom8=x\n"),
+              Lines());
+    EXPECT_EQ(
+        unknown_settings("\xEF\xBB\xBF; mine\nzoom=2\n\n[Orvanel42]\nbaut=2\r\nbaud 9600\n"
+                         "# adr=3\n[Prots]\nCOM1=pty\n[Ports]\nCOM9=pty\n[Bench 4 notes of mine]\n"
+                         "zoom=2\n[Orvanel42 View]\nqqqqqq=1"),
+        (Lines{
+            "2: stands before any section; the settings are in [Orvanel42]",
+            "5: no key 'baut' in [Orvanel42]; is it 'baud'?",
+            "6: no KEY=VALUE, and no comment, which begins with ;",
+            "8: no section 'Prots'; is it 'Ports'?", "11: no key 'COM9' in [Ports]; is it 'COM1'?",
+            "12: no section 'Bench 4 notes of mine'", "15: no key 'qqqqqq' in [Orvanel42 View]"}));
+}
+
 TEST(Settings, odd_values_are_put_right) {
     struct Case {
         const char *written, *saved;

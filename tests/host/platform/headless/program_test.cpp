@@ -463,6 +463,16 @@ TEST_F(ScenarioProgram, lives_in_a_folder_and_saves_image_and_settings) {
         << "without the option the folder means nothing";
 }
 
+TEST_F(ScenarioProgram, a_misspelt_setting_is_told_once_and_stays) {
+    std::filesystem::create_directory(folder / "kept");
+    put("kept/simulator.ini", "[Orvanel42]\nmenKB=64\n");
+    put("kept/Orvanel42.bin", std::string(32768, '\xFF'));
+    put("a.scn", "time\n");
+    EXPECT_EQ(run({"--dir", "kept", "a.scn"}), 0);
+    EXPECT_EQ(get("err"), "kept/simulator.ini:2: no key 'menKB' in [Orvanel42]; is it 'memKB'?\n");
+    EXPECT_TRUE(get("kept/simulator.ini").starts_with("[Orvanel42]\nmenKB=64\ncom=none\n"));
+}
+
 TEST_F(ScenarioProgram, a_first_start_plays_the_demo_and_keeps_what_it_programs) {
     std::filesystem::create_directory(folder / "kept");
     put("kept/simulator.ini", "[Orvanel42]\niopvisible=1\nontop=1\nShowWindow=0\n");
