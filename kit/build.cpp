@@ -4,6 +4,7 @@
 #include "firmware/store/ground/eeprom.h"
 #include "kit/code_page.h"
 #include "kit/image.h"
+#include "kit/map.h"
 #include "kit/objects.h"
 #include "kit/stream.h"
 
@@ -17,11 +18,15 @@ constexpr std::size_t max_stream_bytes = std::size_t{16} << 20;  // bytes of a f
 
 Built build_lines(const std::string& name, const std::vector<SourceLine>& lines,
                   const BuildOptions& options, const Progress& progress, Faults& faults) {
-    Built built{read_kit(name, lines, progress, faults), {}};
+    Built built{read_kit(name, lines, progress, faults), {}, {}};
     if (options.length >= 0) built.kit.length = options.length;
     if (options.crc >= 0) built.kit.crc = options.crc;
     if (options.stream_length >= 0) built.kit.stream.length = options.stream_length;
-    if (faults.empty()) built.image = lay_out(built.kit, faults);
+    if (!faults.empty()) return built;
+    LaidOut laid_out = lay_out(built.kit, faults);
+    if (!faults.empty()) return built;
+    built.map = map_of(built.kit, laid_out);
+    built.image = std::move(laid_out.image);
     return built;
 }
 
@@ -71,15 +76,15 @@ Content load_any(const std::string& path, const Progress& progress, Faults& faul
         const Built built = build_kit(path, {-1, -1, -1}, progress, faults);
         const StreamPlan& plan = built.kit.stream;
         const bool talks = !plan.before.empty() || !plan.after_block.empty() || !plan.after.empty();
-        if (!faults.empty() || !talks) return {built.image, {}, {}};
-        return {built.image, stream_of(built.kit, built.image, faults), {}};
+        if (!faults.empty() || !talks) return {built.image, {}, {}, built.map};
+        return {built.image, stream_of(built.kit, built.image, faults), {}, built.map};
     }
     Bytes content;
     const bool stream = ends_in(path, ".eep");
     const std::string fault =
         read_file(path, stream ? max_stream_bytes : std::size_t{eeprom_large}, content);
     if (!fault.empty()) throw Fault({path, 0, 0}, fault);
-    if (stream) return {play_stream(content), content, {}};
+    if (stream) return {play_stream(content), content, {}, {}};
     if (is_text(content))
         throw Fault({path, 0, 0},
                     "is a text, and no image; the name of a kit ends in .kit, that of a "
@@ -88,7 +93,7 @@ Content load_any(const std::string& path, const Progress& progress, Faults& faul
     const std::size_t size = content.size();
     content.resize(size > eeprom_small ? eeprom_large : eeprom_small, 0xFF);
     const std::string doubt = doubt_about(content);
-    return {content, {}, doubt.empty() ? cut_of(content, size) : doubt};
+    return {content, {}, doubt.empty() ? cut_of(content, size) : doubt, {}};
 }
 
 }  // namespace orvanel

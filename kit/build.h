@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "host/trace/source_map.h"
 #include "kit/kit.h"
 
 #include <cstdint>
@@ -19,6 +20,7 @@ struct BuildOptions {
 struct Built {
     Kit kit;
     Bytes image;
+    SourceMap map;  // of the image
 };
 
 /// Builds a kit source. With a fault the image is empty. Throws a Fault if the file can't be read.
@@ -33,6 +35,7 @@ struct Content {
     Bytes image;
     Bytes stream;     // of an .eep, or of a kit with lines around its blocks; else empty
     std::string cut;  // why it is no whole image, or hardly one at all; else empty
+    SourceMap map;    // of a kit's image; else of nothing
 };
 
 /// What a file holds: a .kit is built, an .eep played, anything else but a text taken as the image

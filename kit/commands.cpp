@@ -21,6 +21,8 @@ struct Writer {
     bool numbers;  // parameters become ASCII numbers
     bool first;    // nothing stands after the letters yet
     Bytes* bytes;
+    Columns* columns;  // null: nobody asks for them
+    Scanner from;      // where what comes next is written
 };
 
 void append(Bytes& bytes, std::span<const std::uint8_t> more) {
@@ -32,11 +34,34 @@ void append_pair(Bytes& bytes, int value) {
     bytes.push_back(low8(value >> 8));
 }
 
+/// All bytes that have no column yet were written at `from`.
+void note_from(Writer& writer) {
+    if (writer.columns != nullptr) note_column(*writer.columns, writer.from, writer.bytes->size());
+}
+
+/// Bytes as take_bytes or take_text has them.
+struct Taken {
+    Bytes bytes;
+    Columns columns;
+};
+
+void put_taken(Writer& writer, const Taken& taken) {
+    note_from(writer);
+    append(*writer.bytes, taken.bytes);
+    if (writer.columns != nullptr)
+        writer.columns->list.insert(writer.columns->list.end(), taken.columns.list.begin(),
+                                    taken.columns.list.end());
+}
+
 void put_number(Writer& writer, int value, char end) {
-    if (!writer.numbers) return writer.bytes->push_back(low8(value));
-    for (const char digit : std::to_string(value))
-        writer.bytes->push_back(static_cast<std::uint8_t>(digit));
-    writer.bytes->push_back(static_cast<std::uint8_t>(end));
+    if (!writer.numbers) {
+        writer.bytes->push_back(low8(value));
+    } else {
+        for (const char digit : std::to_string(value))
+            writer.bytes->push_back(static_cast<std::uint8_t>(digit));
+        writer.bytes->push_back(static_cast<std::uint8_t>(end));
+    }
+    note_from(writer);
 }
 
 /// The words of a command's parameters, and `tail` for what comes after the numbers.
@@ -82,7 +107,8 @@ Scanner start_of_tail(Writer& writer) {
     step_over_comma(writer, false);
     if (peek(*writer.scanner) == 0)
         fail(*writer.scanner, "the rest is missing; " + usage_of(*writer.form));
-    return *writer.scanner;
+    writer.from = *writer.scanner;
+    return writer.from;
 }
 
 int take_param(Writer& writer, const Param& param, int max) {
@@ -90,30 +116,34 @@ int take_param(Writer& writer, const Param& param, int max) {
     Scanner& scanner = *writer.scanner;
     if (peek(scanner) == 0)
         fail(scanner, std::string(param.name) + " is missing; " + usage_of(*writer.form));
+    writer.from = scanner;
     return take_sum(scanner, *writer.assembly->names, param.kind, param.name, 0, max);
 }
 
 void put_string(Writer& writer) {
     const Scanner start = start_of_tail(writer);
-    const Bytes text = take_text(*writer.scanner);
-    if (std::any_of(text.begin(), text.end(), ends_text))
+    Taken text;
+    text.bytes = take_text(*writer.scanner, &text.columns);
+    if (std::any_of(text.bytes.begin(), text.bytes.end(), ends_text))
         fail(start, "the text ends at its first zero, line feed or return; leave that out");
-    append(*writer.bytes, text);
+    put_taken(writer, text);
     writer.bytes->push_back(writer.numbers ? '\n' : 0);
 }
 
 void put_picture(Writer& writer) {
     const Scanner start = start_of_tail(writer);
     Scanner& scanner = *writer.scanner;
-    Bytes picture;
+    Taken taken;
+    Bytes& picture = taken.bytes;
     if (take_name(scanner) == "picture") {
         const int number = take_sum(scanner, *writer.assembly->names, Kind::picture, "picture", 0,
                                     table_of(Kind::picture).max);
         picture = writer.assembly->picture(number);
         if (picture.empty()) fail(start, "there is no picture " + std::to_string(number));
+        append(*writer.bytes, picture);
     } else {
         scanner = start;
-        picture = take_bytes(scanner);
+        picture = take_bytes(scanner, &taken.columns);
         const int size = streamed_picture_size(picture);
         if (size < 0)
             fail(start, "expected width, height and rows as bytes, or the word picture and a name");
@@ -121,16 +151,17 @@ void put_picture(Writer& writer) {
             fail(start, "these are " + std::to_string(picture.size()) +
                             " bytes, and a picture of that width and height takes " +
                             std::to_string(size));
+        put_taken(writer, taken);
     }
-    append(*writer.bytes, picture);
 }
 
 void put_counted(Writer& writer) {
     const Scanner start = start_of_tail(writer);
-    const Bytes bytes = take_bytes(*writer.scanner);
-    if (bytes.size() > 255) fail(start, "these are more than 255 bytes");
-    put_number(writer, static_cast<int>(bytes.size()), ',');
-    append(*writer.bytes, bytes);
+    Taken taken;
+    taken.bytes = take_bytes(*writer.scanner, &taken.columns);
+    if (taken.bytes.size() > 255) fail(start, "these are more than 255 bytes");
+    put_number(writer, static_cast<int>(taken.bytes.size()), ',');
+    put_taken(writer, taken);
 }
 
 void put_eeprom(Writer& writer) {
@@ -143,11 +174,12 @@ void put_eeprom(Writer& writer) {
         scanner = ahead;
         take_char(scanner, ',');
         const Scanner start = scanner;
-        const Bytes data = take_bytes(scanner);
-        if (data.size() > max) fail(start, "these are more than 65535 bytes");
-        append_pair(*writer.bytes, static_cast<int>(data.size()));
+        Taken data;
+        data.bytes = take_bytes(scanner, &data.columns);
+        if (data.bytes.size() > max) fail(start, "these are more than 65535 bytes");
+        append_pair(*writer.bytes, static_cast<int>(data.bytes.size()));
         writer.bytes->push_back('W');
-        append(*writer.bytes, data);
+        put_taken(writer, data);
         return;
     }
     append_pair(*writer.bytes,
@@ -200,18 +232,23 @@ const Form& take_form(Scanner& scanner) {
 }
 
 void assemble_command(Scanner& scanner, std::uint8_t lead_in, const Assembly& assembly,
-                      Bytes& bytes) {
+                      Bytes& bytes, Columns* columns) {
+    Scanner start{scanner.line, 0};
+    skip_blanks(start);
     const Form& form = take_form(scanner);
     bytes.push_back(lead_in);
     bytes.push_back(static_cast<std::uint8_t>(form.group));
     if (form.op != 0) bytes.push_back(static_cast<std::uint8_t>(form.op));
-    Writer writer{&scanner, &assembly, &form, lead_in == lead_in_hash, true, &bytes};
+    Writer writer{&scanner, &assembly, &form,   lead_in == lead_in_hash,
+                  true,     &bytes,    columns, start};
+    note_from(writer);
     const int count = param_count(form);
     for (int i = 0; i < count; ++i) {
         const int value = take_param(writer, form.params[static_cast<std::size_t>(i)], 255);
         put_number(writer, value, i + 1 == count && form.tail == Tail::none ? ';' : ',');
     }
     put_tail(writer);
+    note_from(writer);
     if (peek(scanner) != 0) fail(scanner, "expected the end of the line; " + usage_of(form));
 }
 
@@ -293,18 +330,21 @@ bool gives(const std::string& text, std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
-void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& bytes) {
+void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& bytes,
+                   Columns* columns) {
+    if (columns != nullptr) columns->at = 0, columns->column = 1;
     Scanner scanner{&line, 0};
     if (peek(scanner) == 0) return;
-    if (take_char(scanner, '#')) return assemble_command(scanner, lead_in_hash, assembly, bytes);
+    if (take_char(scanner, '#'))
+        return assemble_command(scanner, lead_in_hash, assembly, bytes, columns);
     const Scanner start = scanner;
     const std::string_view word = take_name(scanner);
     if (word == "ESC" || word == "esc")
-        return assemble_command(scanner, lead_in_esc, assembly, bytes);
+        return assemble_command(scanner, lead_in_esc, assembly, bytes, columns);
     if (word != "text" && word != "bytes")
         fail(start, "expected a command behind # or ESC, text, or bytes");
     const Scanner pieces = scanner;
-    const Bytes plain = take_bytes(scanner);
+    const Bytes plain = take_bytes(scanner, columns);
     if (plain.empty()) fail(pieces, "expected a text in double quotes or hexadecimal digits");
     append(bytes, plain);
 }

@@ -19,8 +19,10 @@ struct Assembly {
 };
 
 /// Appends the bytes of one line: a command under ESC or #, `text`, or `bytes`. A blank line is
-/// none. Throws a Fault.
-void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& bytes);
+/// none. `columns` gets as many entries as `bytes` has, for those that the line adds. Throws a
+/// Fault.
+void assemble_line(const SourceLine& line, const Assembly& assembly, Bytes& bytes,
+                   Columns* columns = nullptr);
 
 /// Every command with the names of its parameters, one a line, as in `#GD x1,y1,x2,y2`. A name of
 /// two words has a blank in it.

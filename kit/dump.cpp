@@ -101,7 +101,7 @@ int shared_with(const Kit& kit, const Object& object) {
 /// Adds the object as an item, or leaves it to the bytes at the end of the source.
 void add_object(Dump& dump, const Object& object) {
     Kit& kit = dump.kit;
-    Item item{object.kind, object.number, {}, {}, object.offset, -1, {}};
+    Item item{object.kind, object.number, {}, {}, object.offset, -1, {}, {}};
     const std::string heading = "\n[" + title_of(object) + "]\n";
     item.same = shared_with(kit, object);
     if (item.same >= 0) {
@@ -193,8 +193,9 @@ std::vector<DumpFile> dump_of(Image image, const std::string& name) {
     add_crc(dump);
     // A patch can move the length, and with it the place of a CRC that then is to be put right too.
     Faults faults;
-    for (Bytes made = lay_out(dump.kit, faults);
-         !std::equal(made.begin(), made.end(), image.begin()); made = lay_out(dump.kit, faults))
+    for (Bytes made = lay_out(dump.kit, faults).image;
+         !std::equal(made.begin(), made.end(), image.begin());
+         made = lay_out(dump.kit, faults).image)
         add_patches(dump, made);
     for (const Patch& patch : dump.kit.patches)
         dump.source += patch_text(patch);

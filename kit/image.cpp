@@ -155,7 +155,7 @@ void put_crc(Bytes& image) {
 
 std::string hex4(int value) { return "0x" + hex_digits(static_cast<std::uint32_t>(value), 4); }
 
-Bytes lay_out(const Kit& kit, Faults& faults) {
+LaidOut lay_out(const Kit& kit, Faults& faults) {
     const auto memory = static_cast<std::size_t>(kit.memory);
     Layout layout{&kit,   Bytes(memory, erased_byte), std::vector<bool>(memory), {}, data_start,
                   &faults};
@@ -172,7 +172,7 @@ Bytes lay_out(const Kit& kit, Faults& faults) {
     // A [bytes] section may have given another length, or a CRC of its own.
     const int covered = pair_at(layout.image, image_length_at);
     if (covered + crc_size <= kit.memory && is_free(layout, covered)) put_crc(layout.image);
-    return std::move(layout.image);
+    return {std::move(layout.image), std::move(layout.offsets)};
 }
 
 }  // namespace orvanel

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace orvanel {
 
@@ -18,9 +19,15 @@ void put_crc(Bytes& image);
 /// 0x and four digits.
 std::string hex4(int value);
 
+/// A kit's image, empty with a fault, and the offset of each item that has bytes of its own.
+struct LaidOut {
+    Bytes image;
+    std::vector<int> offsets;
+};
+
 /// The image that the kit describes, as large as its memory: items in the order of the source from
 /// data_start, unless they ask for a place; tables, length, filler for a wanted length and CRC, the
 /// CRC. Says in `faults` what doesn't fit.
-Bytes lay_out(const Kit& kit, Faults& faults);
+LaidOut lay_out(const Kit& kit, Faults& faults);
 
 }  // namespace orvanel

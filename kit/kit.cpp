@@ -109,7 +109,7 @@ void list_items(const std::vector<Section>& sections, KitReader& reader) {
             continue;
         }
         kit.items.push_back(
-            {section.kind, section.number, section.name, section.place, -1, -1, {}});
+            {section.kind, section.number, section.name, section.place, -1, -1, {}, {}});
         reader.item_sections.push_back(&section);
     }
 }
@@ -156,6 +156,11 @@ int take_item(Scanner& scanner, const Kit& kit) {
     return static_cast<int>(item - kit.items.data());
 }
 
+/// Where the next bytes of a section come from.
+void note_line(Written& written, const SourceLine& line, const Bytes& bytes) {
+    written.lines.push_back({bytes.size(), line.file, line.number});
+}
+
 bool is_place_setting(const SourceLine& line) {
     if (!is_setting(line)) return false;
     const std::string_view key = setting_of(line).key;
@@ -189,14 +194,18 @@ Section take_place_settings(const Section& section, Item& item, const Kit& kit, 
 }
 
 /// Lines of a macro: commands, and no settings but those of its place.
-Bytes macro_of_section(const Section& section, const Assembly& assembly, Faults& faults) {
+Bytes macro_of_section(const Section& section, const Assembly& assembly, Written& written,
+                       Faults& faults) {
     std::vector<SourceLine> settings;
     Bytes bytes;
-    for (const SourceLine& line : section.lines)
-        if (is_setting(line))
+    for (const SourceLine& line : section.lines) {
+        if (is_setting(line)) {
             settings.push_back(line);
-        else
-            guarded(faults, [&] { assemble_line(line, assembly, bytes); });
+            continue;
+        }
+        note_line(written, line, bytes);
+        guarded(faults, [&] { assemble_line(line, assembly, bytes, &written.columns); });
+    }
     for_settings(settings, faults, [](Setting& setting) { fail_key(setting, "at or same"); });
     if (bytes.size() > max_macro_length)
         faults.emplace_back(section.place, "the macro takes more than " +
@@ -219,7 +228,7 @@ void read_item(std::size_t i, KitReader& reader) {
                                     const Item* picture = find_item(kit, Kind::picture, number);
                                     return picture == nullptr ? Bytes() : bytes_of(kit, *picture);
                                 }};
-        item.bytes = macro_of_section(section, assembly, faults);
+        item.bytes = macro_of_section(section, assembly, item.written, faults);
         if (shared && !item.bytes.empty())
             faults.emplace_back(item.place, "the macro has same, and commands beside it");
     }
@@ -241,11 +250,13 @@ void read_items(KitReader& reader) {
 }
 
 void read_patch(const Section& section, KitReader& reader) {
-    Patch patch{section.place, section.number, {}};
+    Patch patch{section.place, section.number, {}, {}};
     for (const SourceLine& line : section.lines)
         guarded(*reader.faults, [&] {
             Scanner scanner{&line, 0};
-            const Bytes bytes = take_bytes(scanner);
+            note_line(patch.written, line, patch.bytes);
+            patch.written.columns.at = 0, patch.written.columns.column = 1;
+            const Bytes bytes = take_bytes(scanner, &patch.written.columns);
             patch.bytes.insert(patch.bytes.end(), bytes.begin(), bytes.end());
         });
     reader.kit.patches.push_back(std::move(patch));
@@ -273,17 +284,58 @@ void read_plain_section(const Section& section, KitReader& reader) {
     }
 }
 
+bool is_blank(const SourceLine& line) {
+    Scanner scanner{&line, 0};
+    return peek(scanner) == 0;
+}
+
+bool is_heading(const SourceLine& line) {
+    Scanner scanner{&line, 0};
+    return peek(scanner) == '[';
+}
+
+void add_line(Allow& allow, const SourceLine& line) {
+    const bool goes_on = !allow.lines.empty() && allow.lines.back().file == line.file &&
+                         allow.lines.back().last + 1 == line.number;
+    if (goes_on)
+        ++allow.lines.back().last;
+    else
+        allow.lines.push_back({line.file, line.number, line.number});
+}
+
+/// The comments that allow something, each with the line that follows or, before a heading, with
+/// all the lines below that.
+std::vector<Allow> allows_in(const std::vector<SourceLine>& lines) {
+    std::vector<Allow> allows;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::string_view name = allowed_by(lines[i]);
+        if (name.empty()) continue;
+        const auto column = static_cast<int>(lines[i].text.find(';')) + 1;
+        Allow allow{std::string(name), {lines[i].file, lines[i].number, column}, {}};
+        std::size_t next = i + 1;
+        while (next < lines.size() && is_blank(lines[next]))
+            ++next;
+        if (next < lines.size()) add_line(allow, lines[next]);
+        const bool whole_item = next < lines.size() && is_heading(lines[next]);
+        for (++next; whole_item && next < lines.size() && !is_heading(lines[next]); ++next)
+            add_line(allow, lines[next]);
+        allows.push_back(std::move(allow));
+    }
+    return allows;
+}
+
 }  // namespace
 
 Kit read_kit(const std::string& file, const std::vector<SourceLine>& lines,
              const Progress& progress, Faults& faults) {
     KitReader reader{
-        {file, {file}, eeprom_small, -1, -1, {}, {}, {default_block, -1, true, {}, {}, {}}, {}},
+        {file, {file}, eeprom_small, -1, -1, {}, {}, {default_block, -1, true, {}, {}, {}}, {}, {}},
         {},
         &progress,
         &faults};
     for (const SourceLine& line : lines)
         if (line.file != reader.kit.inputs.back()) reader.kit.inputs.push_back(line.file);
+    reader.kit.allowed = allows_in(lines);
     const std::vector<Section> sections = sections_of(lines, faults);
     for (const Section& section : sections)
         read_plain_section(section, reader);

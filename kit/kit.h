@@ -11,6 +11,17 @@
 
 namespace orvanel {
 
+/// Where each byte was written; both empty for what was made of files.
+struct Written {
+    struct Line {
+        std::size_t first;  // of its bytes
+        std::string file;
+        int number;
+    };
+    std::vector<Line> lines;
+    Columns columns;
+};
+
 /// A font, a picture or a macro.
 struct Item {
     Kind kind;
@@ -20,6 +31,7 @@ struct Item {
     int at;            // image offset that the source asks for, -1 if it leaves it open
     int same;          // index of the item whose bytes it shares, -1 if it has its own
     Bytes bytes;
+    Written written;
 };
 
 /// Bytes at a fixed place of the image, over whatever else would be there.
@@ -27,6 +39,18 @@ struct Patch {
     Place place;
     int at;
     Bytes bytes;
+    Written written;
+};
+
+/// A comment `; allow NAME`: what is found in the next line, or in the next item, is meant.
+struct Allow {
+    struct Lines {
+        std::string file;
+        int first, last;
+    };
+    std::string finding;
+    Place place;
+    std::vector<Lines> lines;
 };
 
 /// What stands around the image's blocks in a stream.
@@ -47,6 +71,7 @@ struct Kit {
     std::vector<Patch> patches;
     StreamPlan stream;
     Names names;
+    std::vector<Allow> allowed;
 };
 
 /// Called with what is being worked on.

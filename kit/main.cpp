@@ -5,22 +5,23 @@
 #include "base/files.h"
 #include "base/visible.h"
 #include "host/platform/system/process.h"
+#include "kit/assess.h"
 #include "kit/build.h"
-#include "kit/check.h"
 #include "kit/commands.h"
 #include "kit/diff.h"
 #include "kit/dump.h"
 #include "kit/objects.h"
 #include "kit/output.h"
 #include "kit/stream.h"
-#include "kit/trial.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -37,6 +38,7 @@ struct Options {
     std::string source, other;  // the files to read
     std::vector<std::string> outputs;
     std::string folder;
+    std::string map;  // to write, or to read for an image
     BuildOptions build;
     bool quiet;
     std::string fail_on;
@@ -85,18 +87,38 @@ Content load(const std::string& path, Faults& faults) {
         path, [&](const std::string& what) { progress.show(what); }, faults);
 }
 
-/// Whether one of the outputs, by whatever name, is a file that the kit was read from; then that is
-/// said.
-bool is_input(const Kit& kit, const std::vector<std::string>& outputs) {
-    for (const std::string& output : outputs)
-        for (const std::string& input : kit.inputs) {
-            std::error_code not_there;
-            if (!std::filesystem::equivalent(output, input, not_there) || not_there) continue;
-            tell_error("-o " + output + " would overwrite " + input +
-                       ", which the kit is made of; name another file");
+/// Whether the output, by whatever name, is a file that the kit was read from; then that is said.
+bool is_input(const Kit& kit, const std::string& option, const std::string& output) {
+    for (const std::string& input : kit.inputs) {
+        std::error_code not_there;
+        if (!std::filesystem::equivalent(output, input, not_there) || not_there) continue;
+        tell_error(option + " " + output + " would overwrite " + input +
+                   ", which the kit is made of; name another file");
+        return true;
+    }
+    return false;
+}
+
+/// Whether an output can't be written where the command line wants it; then that is said.
+bool is_in_the_way(const Kit& kit, const Options& options) {
+    for (const std::string& output : options.outputs) {
+        if (is_input(kit, "-o", output)) return true;
+        if (!options.map.empty() && is_same_file(output, options.map)) {
+            tell_error("--map " + options.map + " is the file of -o too; name another file");
             return true;
         }
-    return false;
+    }
+    return !options.map.empty() && is_input(kit, "--map", options.map);
+}
+
+Bytes bytes_from(std::string_view text) { return {text.begin(), text.end()}; }
+
+/// The map of this image. Throws a Fault if the file holds none of it.
+SourceMap map_for(const std::string& path, const Bytes& image) {
+    SourceMap map{};
+    const std::string fault = load_map(path, image, map);
+    if (!fault.empty()) throw Fault({path, 0, 0}, fault);
+    return map;
 }
 
 int build(const Options& options) {
@@ -109,19 +131,21 @@ int build(const Options& options) {
         contents.push_back(ends_in(path, ".eep") ? stream_of(built.kit, built.image, faults)
                                                  : built.image);
     if (!faults.empty()) return tell(std::move(faults));
-    if (is_input(built.kit, options.outputs)) return wrong_call;
+    if (is_in_the_way(built.kit, options)) return wrong_call;
     for (std::size_t i = 0; i < contents.size(); ++i) {
         if (!write_output(options.outputs[i], contents[i])) return wrong_call;
         if (!options.quiet)
             put(options.outputs[i] + ": " + std::to_string(contents[i].size()) + " bytes\n");
     }
+    if (!options.map.empty() && !write_output(options.map, bytes_from(text_of(built.map))))
+        return wrong_call;
     if (!options.quiet) put("image: " + summary_of(built.image) + "\n");
     return all_well;
 }
 
 int dump(const Options& options) {
     Faults faults;
-    const auto [image, stream, cut] = load(options.source, faults);
+    const auto [image, stream, cut, map] = load(options.source, faults);
     if (!faults.empty()) return tell(std::move(faults));
     if (!cut.empty()) tell_user(options.source + ": " + cut);
     // What isn't one at all would fill a screen with odd entries; -o takes it apart all the same.
@@ -145,42 +169,23 @@ std::string fail_on_fault(const std::string& word) {
     return known ? "" : "takes nothing, warnings or hints";
 }
 
-std::vector<TrialFinding> findings_on(const Content& content) {
-    std::vector<TrialFinding> findings;
-    for (Finding& finding : findings_of(content.image))
-        findings.push_back({"", std::move(finding)});
-    const bool loops = std::any_of(findings.begin(), findings.end(), [](const auto& found) {
-        return found.finding.kind == FindingKind::starts_itself;
-    });
-    for (TrialFinding& found : try_image(content.image, content.stream))
-        // That what starts itself runs on and on is the same mistake.
-        if (!loops || found.finding.kind != FindingKind::endless)
-            findings.push_back(std::move(found));
-    return findings;
-}
-
-std::string line_of(const TrialFinding& found) {
-    std::string line = std::string(severity_of(found.finding)) + ": ";
-    if (!found.where.empty()) line += found.where + ": ";
-    return line + words_of(found.finding);
-}
-
 int check(const Options& options) {
     Faults faults;
-    const Content content = load(options.source, faults);
+    Content content = load(options.source, faults);
     if (!faults.empty()) return tell(std::move(faults));
+    if (!options.map.empty()) content.map = map_for(options.map, content.image);
     if (!content.cut.empty()) {
         put(options.source + ": " + content.cut + "\n");
         return wrong_content;
     }
-    const std::vector<TrialFinding> findings = findings_on(content);
+    const std::vector<Assessment> findings = assess(content);
     for (std::size_t i = 0; i < findings.size() && i < max_messages; ++i)
-        put(options.source + ": " + line_of(findings[i]) + "\n");
+        put(line_of(findings[i], options.source) + "\n");
     if (findings.size() > max_messages)
         put(options.source + ": and " + std::to_string(findings.size() - max_messages) + " more\n");
     const FailOn limit = fail_on(options.fail_on);
     const bool fails =
-        std::any_of(findings.begin(), findings.end(), [limit](const TrialFinding& found) {
+        std::any_of(findings.begin(), findings.end(), [limit](const Assessment& found) {
             return limit == FailOn::hints ||
                    (limit == FailOn::warnings && is_remark(found.finding));
         });
@@ -218,6 +223,10 @@ std::vector<Option> build_options(Options& options) {
          .help = "Write NAME.eep, a stream, or NAME.bin, an image; may come again",
          .value_name = "FILE",
          .required = true},
+        {.names = "--map",
+         .place = &options.map,
+         .help = "Write beside them where each byte of the image stands in the sources",
+         .value_name = "MAP"},
         number_option("--image-length", max_image_length, options.build.length,
                       "Bring the image to this length by filler bytes"),
         number_option("--crc", 0xFFFF, options.build.crc,
@@ -245,6 +254,11 @@ CommandLine command_line(Options& options) {
                          {"check",
                           "Tell what is wrong with an image, and what is probably not meant",
                           {file_word("FILE", options.source, any_file),
+                           {.names = "--map",
+                            .place = &options.map,
+                            .help = "The map that build --map wrote of the image FILE; a kit "
+                                    "needs none",
+                            .value_name = "MAP"},
                            {.names = "--fail-on",
                             .place = &options.fail_on,
                             .help = "What makes the exit status 1; warnings if not given",
@@ -272,6 +286,8 @@ int run(int argc, char** argv) {
         if (!ends_in(path, ".eep") && !ends_in(path, ".bin"))
             return refuse_option(program_name, "-o",
                                  path + " ends in neither .eep (a stream) nor .bin (an image)");
+    if (command == "check" && !options.map.empty() && ends_in(options.source, ".kit"))
+        return refuse_option(program_name, "--map", "is for an image; a kit needs none");
     if (command == "commands") {
         put(command_list());
         return all_well;

@@ -2,6 +2,7 @@
 
 #include "base/nearest.h"
 #include "base/quoting.h"
+#include "base/words.h"
 
 #include <algorithm>
 
@@ -137,6 +138,16 @@ std::vector<Section> sections_of(const std::vector<SourceLine>& lines, Faults& f
         }
     }
     return sections;
+}
+
+std::string_view allowed_by(const SourceLine& line) {
+    std::string_view text = trimmed(line.text);
+    if (text.ends_with('\r')) text.remove_suffix(1);
+    if (!text.starts_with(';')) return {};
+    text.remove_prefix(1);
+    const std::string_view word = take_word(text);
+    const std::string_view name = take_word(text);
+    return word == "allow" && trimmed(text).empty() ? name : std::string_view();
 }
 
 bool is_setting(const SourceLine& line) {

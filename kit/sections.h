@@ -32,6 +32,9 @@ struct Section {
 /// Splits the lines. What stands under a heading that can't be read is left out.
 std::vector<Section> sections_of(const std::vector<SourceLine>& lines, Faults& faults);
 
+/// The word NAME of a line that is the comment `; allow NAME` alone; empty if it isn't one.
+std::string_view allowed_by(const SourceLine& line);
+
 /// A line `key = value`.
 struct Setting {
     std::string_view key;

@@ -26,6 +26,8 @@ bool is_name_char(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
+bool begins_character(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
+
 /// Reads files into one list of lines; `open` are the files around the present one.
 struct Reader {
     std::vector<SourceLine> lines;
@@ -107,13 +109,16 @@ void take_escape(Scanner& scanner, Bytes& bytes) {
     ++scanner.at;
 }
 
-void take_hex(Scanner& scanner, Bytes& bytes) {
+void take_hex(Scanner& scanner, Bytes& bytes, Columns* columns) {
     const Scanner start = scanner;
     const std::string_view digits = take_word(scanner, "\"");
     if (!is_hex(digits) || digits.size() % 2 != 0)
         fail(start, in_quotes(digits) +
                         " is neither pairs of hexadecimal digits nor a text in double quotes");
     append_hex_pairs(digits, bytes);
+    if (columns == nullptr) return;
+    for (std::size_t i = 0; i < digits.size(); i += 2)
+        note_column(*columns, {start.line, start.at + i}, columns->list.size() + 1);
 }
 
 /// The number at the start of `text`, which is shortened; -1 if there is none. Stops counting at a
@@ -170,11 +175,17 @@ std::string path_beside(const std::string& file, std::string_view path) {
 Place place_of(const Scanner& scanner) {
     const std::string_view before = std::string_view(scanner.line->text)
                                         .substr(0, std::min(scanner.at, scanner.line->text.size()));
-    const auto inner = std::count_if(before.begin(), before.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0) == 0x80;  // not the first of a character
-    });
-    return {scanner.line->file, scanner.line->number,
-            static_cast<int>(std::ssize(before) - inner) + 1};
+    const auto characters = std::count_if(before.begin(), before.end(), begins_character);
+    return {scanner.line->file, scanner.line->number, static_cast<int>(characters) + 1};
+}
+
+void note_column(Columns& columns, const Scanner& scanner, std::size_t size) {
+    if (scanner.at < columns.at) columns.at = 0, columns.column = 1;
+    const std::string_view text = scanner.line->text;
+    const std::size_t end = std::min(scanner.at, text.size());
+    for (; columns.at < end; ++columns.at)
+        if (begins_character(text[columns.at])) ++columns.column;
+    columns.list.resize(std::max(size, columns.list.size()), columns.column);
 }
 
 void fail(const Scanner& scanner, const std::string& what) { throw Fault(place_of(scanner), what); }
@@ -261,13 +272,17 @@ bool number_of(std::string_view text, int min, int max, int& value) {
     return text.empty() && value >= min && value <= max;
 }
 
-Bytes take_text(Scanner& scanner) {
+Bytes take_text(Scanner& scanner, Columns* columns) {
     skip_blanks(scanner);
     const Scanner start = scanner;
     if (!take_char(scanner, '"')) fail(start, "expected a text in double quotes");
     const std::string& text = scanner.line->text;
     Bytes bytes;
+    const std::size_t first = columns == nullptr ? 0 : columns->list.size();
+    Scanner character_at = scanner;
     while (scanner.at < text.size()) {
+        if (columns != nullptr) note_column(*columns, character_at, first + bytes.size());
+        character_at = scanner;
         if (text[scanner.at] == '"') {
             ++scanner.at;
             return bytes;
@@ -291,14 +306,14 @@ Bytes take_text(Scanner& scanner) {
     fail(start, "the text lacks its closing quote");
 }
 
-Bytes take_bytes(Scanner& scanner) {
+Bytes take_bytes(Scanner& scanner, Columns* columns) {
     Bytes bytes;
     while (const char c = peek(scanner)) {
         if (c == '"') {
-            const Bytes text = take_text(scanner);
+            const Bytes text = take_text(scanner, columns);
             bytes.insert(bytes.end(), text.begin(), text.end());
         } else {
-            take_hex(scanner, bytes);
+            take_hex(scanner, bytes, columns);
         }
     }
     return bytes;

@@ -69,11 +69,22 @@ int take_number(Scanner& scanner, int min, int max);
 /// As take_number, from a command line: the whole text. False if it is no such number.
 bool number_of(std::string_view text, int min, int max, int& value);
 
+/// For each byte that lines gave the column where it was written, in characters from 1.
+struct Columns {
+    std::vector<int> list;
+    // The place in the line that was counted last.
+    std::size_t at = 0;
+    int column = 1;
+};
+
+/// The bytes up to `size` were written where the scanner stands, which moves on through its line.
+void note_column(Columns& columns, const Scanner& scanner, std::size_t size);
+
 /// A text in double quotes, turned to the module's code page. \\ \" \n \r \t \e \xHH are escapes;
-/// \| \~ \@ stay as they are, since the module reads them so.
-Bytes take_text(Scanner& scanner);
+/// \| \~ \@ stay as they are, since the module reads them so. Appends to `columns`.
+Bytes take_text(Scanner& scanner, Columns* columns = nullptr);
 
 /// Pairs of hexadecimal digits and texts up to the end of the line.
-Bytes take_bytes(Scanner& scanner);
+Bytes take_bytes(Scanner& scanner, Columns* columns = nullptr);
 
 }  // namespace orvanel

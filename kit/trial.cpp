@@ -102,7 +102,14 @@ void end_run() {
     shutdown_requested = true;
 }
 
-void tell_finding(const std::string& where, const Finding& finding);
+void tell_finding(TrialFinding found);
+
+Kind kind_of_macro(const ByteSource& source) {
+    if (source.origin != ByteOrigin::macro) return Kind::number;
+    for (const Kind kind : {Kind::normal, Kind::touch, Kind::menu})
+        if (table_of(kind).offset == source.macro_table) return kind;
+    return Kind::power_on;
+}
 
 /// Something runs on and on: one macro after the other, or one that starts itself.
 void stop_endless() {
@@ -110,9 +117,12 @@ void stop_endless() {
     const std::string who =
         source.origin == ByteOrigin::macro ? name_of(source) : std::string("the stream");
     if (!shutdown_requested.load())
-        tell_finding("",
-                     {FindingKind::endless,
-                      who + " is among what runs on without an end: nothing else has its turn"});
+        tell_finding({"",
+                      {FindingKind::endless,
+                       who + " is among what runs on without an end: nothing else has its turn"},
+                      {},
+                      kind_of_macro(source),
+                      static_cast<int>(source.number)});
     end_run();
 }
 
@@ -124,10 +134,11 @@ void count_bytes(long count) {
 
 // --- what the module tells
 
-void tell_finding(const std::string& where, const Finding& finding) {
+void tell_finding(TrialFinding found) {
+    const std::string place = words_of(found.place);
     if (trial->findings.size() < max_findings &&
-        trial->reported.insert(where + '\n' + words_of(finding)).second)
-        trial->findings.push_back({where, finding});
+        trial->reported.insert(place + '\n' + found.where + '\n' + words_of(found.finding)).second)
+        trial->findings.push_back(std::move(found));
 }
 
 /// The command as a kit writes it, cut to a few words.
@@ -146,11 +157,11 @@ bool depends_on_page(FindingKind kind) {
            kind == FindingKind::text_unseen;
 }
 
-std::string title_of(const Step& step) {
+std::string title_of(const Step& step, const SourcePlace& place) {
     if (step.count == 0) return "a timer or a touch";
-    const bool of_macro = step.source.origin == ByteOrigin::macro;
-    return (of_macro ? name_of(step.source) : "stream") + " at " +
-           hex4(static_cast<int>(step.source.offset)) + ", " + command_text(step.bytes);
+    std::string title = step.source.origin == ByteOrigin::macro ? name_of(step.source) : "stream";
+    if (place.line == 0) title += " at " + hex4(static_cast<int>(step.source.offset));
+    return title + ", " + command_text(step.bytes);
 }
 
 /// The codes of an area that a command defines, which start the macros of these numbers.
@@ -181,9 +192,12 @@ void take_step(const Step& step) {
     // The commands that the trial itself sends are none of the kit's.
     if (step.count != 0 && step.source.origin == ByteOrigin::companion && trial->stream.empty())
         return;
-    for (const Finding& finding : step.findings)
-        if (!trial->visit.alone || !depends_on_page(finding.kind))
-            tell_finding(title_of(step), finding);
+    for (const Finding& finding : step.findings) {
+        if (trial->visit.alone && depends_on_page(finding.kind)) continue;
+        const bool unseen = finding.kind == FindingKind::text_unseen;
+        const SourcePlace place = place_of(unseen ? step.lost : step.source);
+        tell_finding({title_of(step, place), finding, place});
+    }
     note_picture(step);
     note_codes(step);
 }
@@ -293,9 +307,10 @@ void run(const Visit& visit, std::span<const std::uint8_t> image,
     shutdown_requested = false;
 }
 
-void tell_unreached(int table, int number, const std::string& words) {
-    if (trial->alone.contains({table, number}))
-        tell_finding("", {FindingKind::unreached, words + " of the kit has this code"});
+void tell_unreached(Kind kind, int number, const std::string& words) {
+    if (trial->alone.contains({table_of(kind).offset, number}))
+        tell_finding(
+            {"", {FindingKind::unreached, words + " of the kit has this code"}, {}, kind, number});
 }
 
 /// Where the kit defines areas at all, the macros that none of these starts. A device that defines
@@ -304,10 +319,10 @@ void tell_unreached_macros() {
     for (int number = 1; number < 256; ++number) {
         const std::string n = std::to_string(number);
         if (!trial->touch_codes.empty() && !trial->touch_codes.contains(number))
-            tell_unreached(touch_macro_table, number, "touch macro " + n + ": no key or switch");
+            tell_unreached(Kind::touch, number, "touch macro " + n + ": no key or switch");
         if (!trial->menu_codes.empty() && !trial->menu_codes.contains(number) &&
             !trial->starts_any_row)
-            tell_unreached(menu_macro_table, number, "menu macro " + n + ": no row of a menu");
+            tell_unreached(Kind::menu, number, "menu macro " + n + ": no row of a menu");
     }
 }
 
@@ -318,8 +333,12 @@ void tell_undrawn_pictures() {
         const int at = picture_table + 2 * number;
         const bool is_there = le16(eeprom_at(at), eeprom_at(at + 1)) != unprogrammed;
         if (is_there && !trial->drawn.contains(number))
-            tell_finding("", {FindingKind::unreached, "picture " + std::to_string(number) +
-                                                          ": nothing in the kit draws it"});
+            tell_finding({"",
+                          {FindingKind::unreached,
+                           "picture " + std::to_string(number) + ": nothing in the kit draws it"},
+                          {},
+                          Kind::picture,
+                          number});
     }
 }
 
@@ -354,7 +373,7 @@ void run_all(std::span<const std::uint8_t> image, std::span<const std::uint8_t> 
     while (!trial->visits.empty() || plan_left_macro()) {
         if (trial->bytes_left <= 0) {
             tell_finding(
-                "", {FindingKind::trial_cut, "the macros take too long to try all that they do"});
+                {"", {FindingKind::trial_cut, "the macros take too long to try all that they do"}});
             return;
         }
         const Visit visit = trial->visits.front();

@@ -3,7 +3,9 @@
 
 #pragma once
 
+#include "firmware/core/language/eeprom_layout.h"
 #include "host/trace/findings.h"
+#include "host/trace/places.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,11 +15,16 @@
 
 namespace orvanel {
 
-/// What is found, and where in the image or the stream: `touch macro 65 at 0x1A20, #ZF 3`. Empty
-/// for what has no place.
+/// What is found, and where in the image or the stream: `touch macro 65 at 0x1A20, #ZF 3`; empty
+/// for what has no place. Of a macro of a kit that has been noted (host/trace/places.h), without
+/// the offset, and `place` says where it was written. `kind` and `number` name the item that is
+/// meant as a whole, if one is.
 struct TrialFinding {
     std::string where;
     Finding finding;
+    SourcePlace place{};
+    Kind kind = Kind::number;
+    int number = -1;
 };
 
 /// What the trace would say, each mistake once. First `stream` is fed to a

@@ -27,10 +27,11 @@ enum class AreaType : std::uint8_t {
     report,
 };
 
-/// What was written on an area when it was defined, lines parted by a line feed. For whoever looks
-/// from outside: the module itself never reads it.
+/// What was written on an area when it was defined, lines parted by a line feed, and its picture of
+/// the image. For whoever looks from outside: the module itself never reads it.
 struct AreaLabel {
-    std::uint8_t length;  // bytes
+    std::uint16_t picture;  // its number + 1; 0: none
+    std::uint8_t length;    // bytes
     std::array<std::uint8_t, 63> text;
 };
 

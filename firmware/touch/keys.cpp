@@ -46,7 +46,9 @@ void define(AreaType type, Shape shape) {
         read_rect();
     } else {
         read_point1();
-        take_picture(area, read_param());
+        const std::uint8_t picture = read_param();
+        take_picture(area, picture);
+        area.label.picture = static_cast<std::uint16_t>(picture + 1);
     }
     set_rectangle(area, draw_area);
     area.type = type;

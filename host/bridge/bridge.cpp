@@ -3,12 +3,14 @@
 #include "base/bytes.h"
 #include "firmware/store/ground/macro.h"
 #include "host/import/picture_import.h"
+#include "host/trace/places.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
 #include "link/ground/port.h"
 #include "seam/window_system.h"
 
 #include <algorithm>
+#include <string>
 
 namespace orvanel {
 
@@ -46,12 +48,17 @@ void append_name(std::span<const std::uint8_t> piece) {
     }
 }
 
+void feed_file(std::string_view name) {
+    start_feed_file(name);
+    note_feed(feed_number(), std::string(unquoted(name)), true, acting_scenario_line());
+}
+
 void use_name(std::uint32_t what) {
     const std::string_view name(open_name.data(), open_name_length);
     if (what == name_clear)
         clear_name();
     else if (what == name_feed && open_name_fits)
-        start_feed_file(name);
+        feed_file(name);
     else if (what == name_open && open_name_fits)
         open_feed(name, 0, 0);
 }

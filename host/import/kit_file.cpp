@@ -1,5 +1,6 @@
 #include "host/import/kit_file.h"
 
+#include "host/trace/places.h"
 #include "kit/build.h"
 #include "kit/dots.h"
 #include "kit/stream.h"
@@ -60,7 +61,9 @@ std::string png_bitmap(std::span<const std::uint8_t> file, std::vector<std::uint
 std::string kit_stream(const std::string& path, std::vector<std::uint8_t>& stream) {
     return build(path, [&stream](const Built& built, Faults& faults) {
         Bytes built_stream = stream_of(built.kit, built.image, faults);
-        if (faults.empty()) stream = std::move(built_stream);
+        if (!faults.empty()) return;
+        stream = std::move(built_stream);
+        note_kit(built.map, built.image);
     });
 }
 
@@ -68,6 +71,7 @@ std::string kit_image(const std::string& path, std::vector<std::uint8_t>& image,
     return build(path, [&image, &memory](const Built& built, Faults& /*faults*/) {
         image = built.image;
         memory = built.kit.memory;
+        note_kit(built.map, built.image);
     });
 }
 

@@ -19,11 +19,12 @@ constexpr std::size_t max_png_size = std::size_t{4} << 20;  // bytes
 /// what is wrong with the file.
 std::string png_bitmap(std::span<const std::uint8_t> file, std::vector<std::uint8_t>& bitmap);
 
-/// Builds a kit into the stream that programs the module with it. The result is empty on success,
-/// else its first faults, each with its place, one a line.
+/// Builds a kit into the stream that programs the module with it, and the trace knows it from then
+/// on. The result is empty on success, else its first faults, each with its place, one a line.
 std::string kit_stream(const std::string& path, std::vector<std::uint8_t>& stream);
 
-/// Builds a kit into its image, and the size of the memory that it asks for. Result as above.
+/// Builds a kit into its image, and the size of the memory that it asks for; the trace knows it
+/// from then on. Result as above.
 std::string kit_image(const std::string& path, std::vector<std::uint8_t>& image, int& memory);
 
 /// Every file that a build of the kit reads, itself included, as far as its faults let that be

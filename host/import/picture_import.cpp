@@ -9,6 +9,7 @@
 #include "host/import/file_kind.h"
 #include "host/import/kit_file.h"
 #include "host/program/program_folder.h"
+#include "host/trace/places.h"
 #include "host/window/ground/boxes.h"
 #include "host/window/ground/input.h"
 #include "link/feeds/feeds.h"
@@ -143,6 +144,7 @@ void open_kit(const std::string& path) {
     if (fault.empty()) fault = keep_former_image();
     if (!fault.empty()) return picture_error(fault);
     start_feed_memory(stream);
+    note_feed(feed_number(), path, false, acting_scenario_line());
     built_stream = std::move(stream);
 }
 
@@ -156,7 +158,8 @@ void open_other(const std::string& path) {
     case FileKind::png:
     case FileKind::bmp:
     case FileKind::other:
-        return start_feed_of(path);
+        start_feed_of(path);
+        note_feed(feed_number(), path, true, acting_scenario_line());
     }
 }
 
@@ -187,6 +190,7 @@ void open_feed(std::string_view path, int x, int y) {
     if (length < 0) open_other(std::string(name));
     if (length <= 0) return;
     start_feed_memory(std::span(commands[made]).first(static_cast<std::size_t>(length)));
+    note_feed(feed_number(), std::string(name), false, acting_scenario_line());
     made = 1 - made;
 }
 

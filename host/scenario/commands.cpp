@@ -136,7 +136,10 @@ void feed(const Arguments& a) {
     note_feed(feed_number(), a.path, true, scenario_line);
 }
 
-void demo(const Arguments& /*a*/) { start_demo_feed(); }
+void demo(const Arguments& /*a*/) {
+    start_demo_feed();
+    note_feed(feed_number(), "the demo", false, scenario_line);
+}
 
 void touch(const Arguments& a) { put_finger(static_cast<int>(a.x), static_cast<int>(a.y)); }
 

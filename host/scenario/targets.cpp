@@ -1,5 +1,6 @@
 #include "host/scenario/targets.h"
 
+#include "base/quoting.h"
 #include "base/words.h"
 #include "firmware/touch/bars.h"
 #include "firmware/touch/menu.h"
@@ -8,6 +9,7 @@
 #include "host/reading/read.h"
 #include "host/scenario/glass.h"
 #include "host/scenario/module_text.h"
+#include "host/trace/places.h"
 
 #include <algorithm>
 #include <array>
@@ -96,10 +98,19 @@ Label text_inside(const DrawArea& r, std::span<const ReadText> texts) {
     return label;
 }
 
+/// What the kit of the image calls the area's picture; empty if it has no name there, or the area
+/// no picture of the image.
+std::string_view picture_name(const TouchArea& area) {
+    if (area.label.picture == 0) return {};
+    return kit_name_of(Kind::picture, area.label.picture - 1);
+}
+
 /// `'Start' (65)`, or what else tells an area from others.
 std::string name_of(const TouchArea& area, const Label& label) {
     std::string name = in_single_quotes(label);
-    if (label.empty()) {
+    if (label.empty() && !picture_name(area).empty()) {
+        name = "picture " + in_quotes(picture_name(area));
+    } else if (label.empty()) {
         const bool has_word = area.type == AreaType::draw || area.type == AreaType::report;
         name = "a " + word_of(area.type) + (has_word ? " area at " : " at ") +
                std::to_string((area.x1 + area.x2) / 2) + " " +
@@ -137,6 +148,9 @@ std::vector<int> named_areas(const Target& target, std::span<const Label> labels
     };
     if (target.by == By::label) {
         take([&](int i) { return labels[static_cast<std::size_t>(i)] == target.label; });
+        const std::string name(target.label.begin(), target.label.end());
+        if (rows.empty() && !name.empty())
+            take([&](int i) { return picture_name(touch_area(i)) == name; });
         return rows;
     }
     take([&](int i) { return touch_area(i).down_code == target.number; });

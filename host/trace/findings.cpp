@@ -65,6 +65,7 @@ constexpr std::array types{
     FindingType{FindingKind::unreached, "unreached", hint_degree},
     FindingType{FindingKind::endless, "endless", hint_degree},
     FindingType{FindingKind::trial_cut, "trial-cut", hint_degree},
+    FindingType{FindingKind::nothing_allowed, "nothing-allowed", hint_degree},
 };
 
 constexpr bool in_order() {

@@ -73,6 +73,7 @@ enum class FindingKind : std::uint8_t {
     unreached,
     endless,
     trial_cut,
+    nothing_allowed,
 };
 
 struct Finding {

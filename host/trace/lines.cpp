@@ -130,7 +130,7 @@ std::string verdict(const std::vector<Finding>& findings) {
                   [](const Finding& f) { return (is_remark(f) ? "" : "hint: ") + words_of(f); });
 }
 
-std::string text_line(const std::string& time, const Step& step, const Place& place) {
+std::string text_line(const std::string& time, const Step& step, const SourcePlace& place) {
     std::string line = time + ' ' + name_of(step.source) + ' ' + shown_bytes(step) + " | " +
                        command_words(step) + " | " + role_of(step) + " | ";
     const std::string where = words_of(place);
@@ -138,7 +138,7 @@ std::string text_line(const std::string& time, const Step& step, const Place& pl
     return line + verdict(step.findings);
 }
 
-std::string json_line(const std::string& time, const Step& step, const Place& place) {
+std::string json_line(const std::string& time, const Step& step, const SourcePlace& place) {
     auto raw = raw_bytes(step);
     const bool is_command = !step.is_text;
     const auto number = [](const StepNumber& n) { return std::to_string(n.value); };

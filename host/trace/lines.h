@@ -33,9 +33,9 @@ std::string command_words(const Step& step);
 std::string verdict(const std::vector<Finding>& findings);
 
 /// `MS SOURCE BYTES | COMMAND | ROLE | VERDICT`
-std::string text_line(const std::string& time, const Step& step, const Place& place);
+std::string text_line(const std::string& time, const Step& step, const SourcePlace& place);
 
 /// The same as a JSON object.
-std::string json_line(const std::string& time, const Step& step, const Place& place);
+std::string json_line(const std::string& time, const Step& step, const SourcePlace& place);
 
 }  // namespace orvanel

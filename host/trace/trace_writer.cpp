@@ -82,9 +82,9 @@ bool counts(const Finding& finding) {
            (running->options.strictness == Strictness::remarks && is_remark(finding));
 }
 
-void keep_mistake(Mistakes& mistakes, const Finding& finding, const Place& place,
+void keep_mistake(Mistakes& mistakes, const Finding& finding, const SourcePlace& place,
                   const std::string& where) {
-    if (!counts(finding)) return;
+    if (!counts(finding) || kit_allows(type_of(finding.kind).name, place)) return;
     const std::string where_from = words_of(place);
     const std::string key = where_from + '\n' + std::to_string(place.scenario_line) + '\n' + where +
                             '\n' + words_of(finding);
@@ -125,7 +125,7 @@ std::string title_of(const Step& step) {
 }
 
 void take_step(const Step& step) {
-    const Place place = place_of(step.source);
+    const SourcePlace place = place_of(step.source);
     if (running->options.layers.command)
         write_line(writes_json() ? json_line(time_now(), step, place)
                                  : text_line(time_now(), step, place));

@@ -6,11 +6,11 @@ _orvanel42() {
     case $program in
     orvanel42) options="--dir --image --mem --serial --protocol --new-instance --help --version" ;;
     orvanel42-headless)
-        options="--dir --image --mem --kit --save-image --realtime --serial --protocol --update
+        options="--dir --image --map --mem --kit --save-image --realtime --serial --protocol --update
             --json --update-missing --out --junit --trace --trace-json --trace-layers --strict --jobs --commands --help --version" ;;
     orvanel42-terminal) options="--dir --send --hex --file --answers --quiet --help --version" ;;
     orvanel42-kit)
-        options="--output --image-length --crc --stream-length --fail-on --quiet --help --version"
+        options="--output --map --image-length --crc --stream-length --fail-on --quiet --help --version"
         if [ "$COMP_CWORD" -eq 1 ]; then
             mapfile -t COMPREPLY < <(compgen -W "build dump check diff commands --help --version" -- "$word")
             return

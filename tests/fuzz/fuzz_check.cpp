@@ -84,8 +84,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const bool is_stream = choice % 4 == 0;
     const Input stream = is_stream ? input : Input();
     const Bytes image = is_stream ? image_from_stream(stream, eeprom_small) : image_from(input);
-    for (const Finding& finding : findings_of(image))
-        check_text({finding.words});
+    for (const ImageFinding& found : findings_of(image))
+        check_text({found.finding.words});
     const std::vector<std::string> told = told_of(image, stream);
     check_text(told);
     if (choice >= 0xF0) check(told_of(image, stream) == told);

@@ -63,10 +63,10 @@ class KitImage : public KitFolder {
     }
 };
 
-std::string joined(const std::vector<Finding>& findings) {
+std::string joined(const std::vector<ImageFinding>& findings) {
     std::string text;
-    for (const Finding& finding : findings)
-        text += finding.words + '\n';
+    for (const ImageFinding& found : findings)
+        text += found.finding.words + '\n';
     return text;
 }
 

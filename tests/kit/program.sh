@@ -47,7 +47,7 @@ cmp -s a.bin b.bin || { echo "program.sh: a fault has cost the old image" >&2; f
 printf '[normal macro 0]\n#MN 0\n' >loop.kit
 expect 1 '*starts itself*' check loop.kit
 printf '[power-on macro 0]\n#GD 0,0,250,127\n#MN 9\n' >remarks.kit
-expect 1 '*power-on macro 0 at 0x0E30, #GD 0,0,250,127: 250 clamped to 239 ?clamped?*macro 9 is missing ?no-macro?' check remarks.kit
+expect 1 'remarks.kit:*: warning: power-on macro 0, #GD 0,0,250,127: 250 clamped to 239 ?clamped?*macro 9 is missing ?no-macro?' check remarks.kit
 # What only a finger reaches: a switch's second state, a row of a list; and what nothing starts.
 cat >touch.kit <<KIT
 [font 5]
@@ -167,6 +167,16 @@ expect 0 '' build loop.kit -q -o new.bin
 [ "$(find . -name '*.part')" = "./new.bin.$$.part" ] ||
     { echo "program.sh: parts: $(find . -name '*.part' | tr '\n' ' ')" >&2; failed=1; }
 rm "new.bin.$$.part"
+
+# The map beside an image goes with that image alone.
+printf '[power-on macro 0]\n#GD 0,0,250,9\n' >map.kit
+expect 0 'map.bin*' build map.kit -o map.bin --map page.map
+expect 1 'map.kit:2:1: warning: power-on macro 0, #GD *' check map.bin --map page.map
+expect 2 'page.map: error: is the map of another image*' check a.bin --map page.map
+expect 2 'a.bin: error: is no map of an image*' check map.bin --map a.bin >/dev/null
+expect 2 '*is for an image*' check map.kit --map page.map
+expect 2 '*is the file of -o too*' build map.kit -o map.bin --map map.bin
+expect 2 '*--map map.kit would overwrite map.kit*' build map.kit -o map.bin --map map.kit
 
 # What a terminal would act on is shown instead.
 order=$'\e[2J'

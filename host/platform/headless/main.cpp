@@ -28,8 +28,9 @@ std::string lock_and_load(const Options& options) {
     if (!options.folder.empty() && lock_folder(options.folder, fault) != FolderLock::taken)
         return fault;
     if (!options.kit.empty()) return load_kit(options.kit);
-    return load_memory(options.folder, options.image, options.mem_kib,
-                       options.session.serial.empty() ? WithoutImage::demo : WithoutImage::blank);
+    fault = load_memory(options.folder, options.image, options.mem_kib,
+                        options.session.serial.empty() ? WithoutImage::demo : WithoutImage::blank);
+    return fault.empty() && !options.map.empty() ? load_map_of_image(options.map) : fault;
 }
 
 int run(int argc, char** argv) {

@@ -53,6 +53,12 @@ std::vector<Option> options_into(Options& options) {
          .value_name = "32|64",
          .one_of = {32, 64},
          .excludes = {"--dir"}},
+        {.names = "--map",
+         .place = &options.map,
+         .help = "The map that orvanel42-kit build --map wrote of the image: the trace then says "
+                 "where in the kit each command stands, and 'tap' takes names of pictures",
+         .value_name = "FILE",
+         .needs = {"--image"}},
         {.names = "--kit",
          .place = &options.kit,
          .help = "Build the kit FILE and load its image; the EEPROM has the size that it asks for",
@@ -166,6 +172,7 @@ RunOutput output_clash_in(const Options& options) {
     if (!is_same_file(options.image, options.session.save_image))
         files.push_back({"--image", options.image});
     files.push_back({"--kit", options.kit});
+    files.push_back({"--map", options.map});
     for (const RunOutput& output : run_outputs) {
         for (const RunOutput& other : files)
             if (!other.path.empty() && is_same_file(output.path, other.path))

@@ -13,6 +13,7 @@ struct Options {
     std::string folder;  // the program's folder; empty for none
     std::string image;   // file of the EEPROM image; empty: a blank one. Not with a folder
     std::string kit;     // file of a kit to take the image from; empty for none
+    std::string map;     // of the file `image`; empty for none
     int mem_kib;         // 32 or 64. Not with a folder
     std::string junit;
     int jobs;

@@ -9,11 +9,13 @@
 #include "host/skin/lcd_colours.h"
 #include "host/skin/outline.h"
 #include "host/skin/view.h"
+#include "host/trace/places.h"
 #include "host/window/ground/boxes.h"
 #include "host/window/ground/dialog.h"
 #include "host/window/ground/menu.h"
 #include "host/window/ground/ports_panel.h"
 #include "host/window/ground/title.h"
+#include "link/feeds/feeds.h"
 #include "link/ground/port.h"
 #include "link/roof/com_port.h"
 #include "seam/window_system.h"
@@ -32,7 +34,10 @@ std::string terminal_path;
 
 void reset(int which) { request_restart(low8(which)); }
 
-void demo(int /*which*/) { start_demo_feed(); }
+void demo(int /*which*/) {
+    start_demo_feed();
+    note_feed(feed_number(), "the demo", false, acting_scenario_line());
+}
 
 void open(int /*which*/) { ask_for_file(); }
 

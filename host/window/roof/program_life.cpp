@@ -10,12 +10,14 @@
 #include "host/skin/outline.h"
 #include "host/skin/skin.h"
 #include "host/skin/view.h"
+#include "host/trace/places.h"
 #include "host/window/ground/menu.h"
 #include "host/window/ground/ports_panel.h"
 #include "host/window/ground/title.h"
 #include "seam/window_system.h"
 
 #include <new>
+#include <utility>
 
 namespace orvanel {
 
@@ -40,6 +42,14 @@ std::string load_kit(const std::string& path) {
     if (fault.empty()) fault = kit_image(path, image, memory);
     eeprom_reset_to(memory, image);
     return fault;
+}
+
+std::string load_map_of_image(const std::string& path) {
+    SourceMap map{};
+    const std::string fault = load_map(path, eeprom_bytes(), map);
+    if (!fault.empty()) return path + ": " + fault;
+    note_kit(std::move(map), eeprom_bytes());
+    return {};
 }
 
 std::string prepare_skin() {

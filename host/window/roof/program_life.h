@@ -23,6 +23,10 @@ bool built_in_data_is_whole();
 /// asks for. Empty on success, else what is wrong with the kit.
 std::string load_kit(const std::string& path);
 
+/// What the map of the image that has been loaded says of it. Empty on success, else why the file
+/// is no map of this image.
+std::string load_map_of_image(const std::string& path);
+
 /// Settings and image of the folder; without one the defaults, and the image of the file or a blank
 /// one, 32 KiB large unless `mem_kib` is 64. Empty on success, else what can't be read.
 std::string load_memory(const std::string& folder, const std::string& image, int mem_kib,
