@@ -55,6 +55,23 @@ Bytes bmp_of(const Dots& dots, bool upward, int set_light, int depth = 1) {
     return file;
 }
 
+/// The same with the head of old, whose sizes have 16 bits and whose colours have 3 bytes.
+Bytes old_bmp_of(const Dots& dots) {
+    const Bytes usual = bmp_of(dots, true, 0);
+    Bytes file = bytes_from("BM");
+    append_little(file, 0, 8);
+    append_little(file, 32, 4);
+    append_little(file, 12, 4);
+    append_little(file, dots.width, 2);
+    append_little(file, dots.height, 2);
+    append_little(file, 1, 2);
+    append_little(file, 1, 2);
+    append_little(file, 0xFFFFFF, 3);
+    append_little(file, 0, 3);
+    file.insert(file.end(), usual.begin() + 62, usual.end());
+    return file;
+}
+
 }  // namespace
 
 TEST(KitPicture, is_the_same_out_of_every_kind_of_file) {
@@ -68,6 +85,7 @@ TEST(KitPicture, is_the_same_out_of_every_kind_of_file) {
             byte = static_cast<std::uint8_t>(~byte);
         EXPECT_EQ(dots_text(decoded(bmp_of(inverse, upward, 255))), wanted);
     }
+    EXPECT_EQ(dots_text(decoded(old_bmp_of(dots))), wanted);
     EXPECT_EQ(dots_text(decoded(bytes_from("P1\n# so\n10 3\n1 010000001 0100000001\n1111111111"))),
               wanted);
     Bytes binary = bytes_from("P4 10 3\n");

@@ -26,6 +26,7 @@ expect() { expect_of "$kit" "$@"; }
 expect 0 'orvanel42-kit *' --version
 expect 0 '*build*dump*check*diff*Exit status*' --help
 expect 2 '*required*'
+expect 2 '*FILE is required*' check
 expect 0 '*#AT x1,y1,x2,y2,down code,up code,text'$'\n''*#DL'$'\n''*#ZL x,y,text'$'\n''*' commands
 expect 2 '*ends in neither*' build "$examples/device.kit" -o device.hex
 expect 2 '*0 to 65535*' build "$examples/device.kit" -o a.bin --crc 0x10000

@@ -12,7 +12,12 @@
 #include "firmware/store/roof/timers.h"
 #include "firmware/text/layout.h"
 #include "firmware/text/terminal.h"
+#include "firmware/touch/bars.h"
 #include "firmware/touch/finger.h"
+#include "firmware/touch/keys.h"
+#include "firmware/touch/look.h"
+#include "firmware/touch/menu.h"
+#include "firmware/touch/tracking.h"
 #include "link/ground/port.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/module.h"
@@ -135,10 +140,12 @@ TEST_F(Firmware, a_pass_that_leaves_something_due_sleeps_for_one_pass_only) {
 }
 
 TEST_F(Firmware, a_reset_brings_back_every_word_but_those_that_survive) {
-    run_stream(bytes(
-        "#GZ4,4;#GV3;#GD9,9,20,20;#ZF0;#ZZ3,3;#ZV2;#ZW1;#ZB2;#ZY5;#QZ9;#UB2;#UV3;#DA#DC#TA#TC0;"
-        "#TP7,7;#TS#TEtext"));
+    run_stream(bytes("#AA0;#AS0;#AE3;#AI0;#AQ2;#AR3;#MS0;#GZ4,4;#GV3;#GD9,9,20,20;#ZF0;#ZZ3,3;#ZV2;"
+                     "#ZW1;#ZB2;#ZY5;#QZ9;#UB2;#UV3;#DA#DC#TA#TC0;"
+                     "#TP7,7;#TS#TEtext"));
     terminal.saved_col = 9;
+    menu_items = 2;
+    flash_phase.store(1);
     com_set_baud(1200);
     module_address = 3;
     eeprom_image[0x100] = 0x5A;
@@ -154,6 +161,11 @@ TEST_F(Firmware, a_reset_brings_back_every_word_but_those_that_survive) {
     EXPECT_EQ((std::vector<int>{bitmap_flash, bitmap_style.link}), (std::vector<int>{0, 4}));
     EXPECT_EQ((std::vector<int>{flash_period, flash_phase}), (std::vector<int>{6, 0}));
     EXPECT_TRUE(graphic_on && terminal_on && terminal.cursor_on && !clipboard_view);
+    EXPECT_TRUE(touch_enabled && touch_beep && touch_invert && macro_processes_enabled);
+    EXPECT_EQ(touch_border, 1);
+    EXPECT_EQ(bar_send_mode, BarReport::at_release);
+    EXPECT_EQ(menu_items, 0) << "no box is open";
+    EXPECT_EQ(switch_group, 3);
     EXPECT_EQ(string_font.id, 5) << "selected, though the image has none";
     EXPECT_EQ(string_font.height, 8) << "and its other fields outlive the failed selection";
     EXPECT_EQ(line_baud, com_baud);

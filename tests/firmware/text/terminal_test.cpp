@@ -87,6 +87,19 @@ TEST(Terminal, waits_with_the_scroll_of_a_full_last_row) {
     }
 }
 
+TEST(Terminal, scrolls_the_last_row_away_from_edge_to_edge) {
+    fresh_terminal();
+    terminal.cursor_on = false;
+    terminal_plane.fill(0xFF);
+    go_to(1, 16);
+    select_graphics_planes();  // as a command leaves it
+    type("\n");
+    for (const int column : {1, 2, 29, 30}) {
+        EXPECT_TRUE(is_blank(column, 16)) << column;
+        EXPECT_FALSE(is_blank(column, 15)) << column;
+    }
+}
+
 TEST(Terminal, keeps_a_saved_position_over_a_reset_with_its_waiting_scroll) {
     fresh_text();
     restore_position();

@@ -136,6 +136,15 @@ TEST_F(Import, dark_pixels_become_set_dots_whichever_order_the_palette_has) {
     EXPECT_EQ(command_of(file, 3, 4), dark) << "red counts as much as green";
 }
 
+TEST_F(Import, a_bmp_that_names_no_bits_has_rows_of_one_bit_a_dot) {
+    Bytes file = bmp(40, 2);  // rows of 8 bytes
+    file[28] = 0;
+    file[62 + 4] = 0x80;
+    file[70] = 0x01;
+    EXPECT_EQ(command_of(file, 3, 4),
+              (Bytes{0x1B, 'U', 'L', 3, 4, 40, 2, 0x01, 0, 0, 0, 0, 0, 0, 0, 0, 0x80}));
+}
+
 TEST_F(Import, pictures_keep_on_the_glass) {
     struct Case {
         Bytes file;

@@ -1,6 +1,7 @@
 // The handshake of a drawing command with the painter, and what else the firmware leaves to the
 // main thread, on a platform whose main thread is the test's own.
 
+#include "firmware/core/ground/backlight.h"
 #include "firmware/core/roof/device.h"
 #include "firmware/raster/refresh.h"
 #include "host/program/settings.h"
@@ -120,8 +121,13 @@ TEST(HostCalls, one_fade_sets_one_timer_and_each_step_repaints) {
     start_fade_timer();
     stop_fade_timer();
     EXPECT_EQ(fake_window.fades, (std::vector<bool>{true, false}));
+    ASSERT_EQ(prepare_view(), "");
+    const std::uint32_t lit = dib_colour(*view_lcd, 0);
+    set_backlight_level(0);
     colours_changed();
     EXPECT_EQ(fake_window.repaints, 1);
+    EXPECT_NE(dib_colour(*view_lcd, 0), lit);
+    set_backlight_level(backlight_level_full);
 }
 
 TEST(Painter, sealing_lets_the_waiter_go_on_and_nobody_waits_ever_after) {

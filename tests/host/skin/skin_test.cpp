@@ -167,6 +167,12 @@ TEST_F(Skin, glows_with_the_backlight) {
     EXPECT_EQ(clear_red_at(1), 0x00u);
     EXPECT_EQ(dib_colour(lcd_dib, 1), 0xD2D2D2u);
     EXPECT_EQ(lcd_type, 1);
+    fake_window.repaints = 0;
+    menu_command(item_model + 1);
+    EXPECT_EQ(fake_window.repaints, 1);
+    menu_command(item_frame);
+    EXPECT_EQ(fake_window.repaints, 2);
+    menu_command(item_frame);
 }
 
 TEST_F(Skin, leaves_no_pixel_unpainted_and_turns_whole) {
@@ -247,6 +253,7 @@ TEST_F(Skin, is_the_same_composed_in_parts_or_as_a_whole) {
                 ASSERT_EQ(pixel_of(part, x / zoom * zoom - 1, y), 0u);
             }
         }
+        EXPECT_EQ(pixel_of(composed({0, 0, 1, 1}), 0, 0), pixel_of(whole, 0, 0));
         EXPECT_EQ(composed({window_width(), 0, 9999, 9}), Frame(whole.size()));
         EXPECT_EQ(composed({0, -9, 9999, 0}), Frame(whole.size()));
     }

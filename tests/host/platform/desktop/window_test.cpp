@@ -45,6 +45,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -323,6 +324,8 @@ TEST_F(Window, shows_the_choice_of_the_dialog_at_once_and_lets_the_menu_wait) {
     EXPECT_EQ(dialog()->focusWidget(), dialog()->findChild<QWidget*>("60052"));
     dialog()->findChild<QRadioButton*>("6012")->click();
     EXPECT_EQ(lcd_type, 2);
+    EXPECT_EQ(dialog_value(6012), 1);
+    EXPECT_EQ(dialog_value(6011), 0);
     dialog()->findChild<QSlider*>("6040")->setValue(0);
     EXPECT_EQ(dialog_value(6040), 0) << "where the user left it";
     EXPECT_EQ(backlight_light.load().backlight_level, 0);
@@ -391,6 +394,7 @@ TEST_F(Window, sends_typed_keys_to_the_companion) {
     press(Qt::Key_Clear, Qt::AltModifier | Qt::KeypadModifier, {});  // 5 without NumLock
     QKeyEvent up(QEvent::KeyRelease, Qt::Key_Alt, Qt::NoModifier);
     QApplication::sendEvent(glass, &up);
+    QApplication::sendEvent(glass, &up);  // with no number typed
     for (const int key : {0, 9, 9, 0x81, 65, -1})
         EXPECT_EQ(key_ring_get(), key);
     close_window();
@@ -418,6 +422,17 @@ TEST_F(Window, takes_a_file_that_is_dropped_beside_the_glass) {
     std::filesystem::remove(path);
     EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
     EXPECT_EQ(feed_left(), 8) << "the command for a picture of one dot";
+    close_window();
+}
+
+TEST_F(Window, is_as_large_as_its_view_whatever_the_scale_of_the_screen) {
+    open_with("");
+    for (const int item : {item_zoom + 1, item_zoom + 2, item_rotate, item_zoom, item_rotate}) {
+        menu_command(item);
+        const double scale = glass->devicePixelRatioF();
+        EXPECT_EQ(glass->width(), std::ceil(window_width() / scale));
+        EXPECT_EQ(glass->height(), std::ceil(window_height() / scale));
+    }
     close_window();
 }
 

@@ -130,6 +130,14 @@ TEST_F(ScenarioProgram, opens_pictures_and_takes_the_messages_of_a_companion) {
               "bridge FFFFFFFF\n");
 }
 
+TEST_F(ScenarioProgram, what_is_copied_from_the_glass_can_be_opened_again) {
+    put("a.scn", "send \"#TA#GD0,0,99,99,#RS120,3,170,44,\"\nsettle\nscreen a.png\n"
+                 "menu 271\nmenu 150\nclipboard c.bmp\nsend \"#DL\"\nsettle\n"
+                 "open c.bmp\nsettle\nscreen b.png\n");
+    ASSERT_EQ(run({"a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("a.png"), get("b.png"));
+}
+
 TEST_F(ScenarioProgram, settle_looks_a_last_time_at_its_end) {
     EXPECT_EQ(printed("settle 20\ntime"), "time 25\n");
     EXPECT_EQ(printed("send 78\nsettle 20\ntime", 3), "time 25\n");
@@ -202,6 +210,19 @@ TEST_F(ScenarioProgram, the_line_shows_rts_speed_and_what_has_passed) {
     EXPECT_EQ(printed("protocol 0\nport 1\nline \"" + std::string(16383, 'x') +
                       "\" 1B \"?\"\nline \"?\"\nsettle\nline \"?\"\nsettle\nline-answers"),
               "line-answers FF FF 48 F0 00 80 00 01 42\n");
+}
+
+TEST_F(ScenarioProgram, a_trace_of_the_line_tells_plain_bytes_from_frames) {
+    put("a.scn", "protocol 0\nport 1\nwait 10\nline 11\nwait 20\nline 1B \"?\"\nwait 30\n"
+                 "protocol 1\nline 12 01 \"S\" 66\nwait 30\n");
+    ASSERT_EQ(run({"--trace", "t", "--trace-layers", "wire", "a.scn"}), 0) << get("err");
+    EXPECT_EQ(get("t"), "0.000 reset 0\n"
+                        "20.000 wire in 11 | plain bytes | ok\n"
+                        "40.000 wire in 1B 3F | plain bytes | ok\n"
+                        "45.000 wire out FF FF 48 F0 00 80 00 01 42 | plain bytes | ok\n"
+                        "70.000 wire in 12 01 53 66 | control frame S | ok\n"
+                        "70.000 wire out 06 | acknowledged | ok\n"
+                        "70.000 wire out 11 00 11 | answer frame with 0 bytes | ok\n");
 }
 
 TEST_F(ScenarioProgram, answers_that_nobody_takes_are_counted_and_remarked) {
