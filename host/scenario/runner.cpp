@@ -63,6 +63,8 @@ void run_commands() {
             run_line(line);
         } else if (source.ended) {
             end_source();
+            // Files that include each other again and again take no time of the module's.
+            if (is_to_end()) stop_scenario();
         } else if (source.input.size() > max_line_bytes) {
             ++scenario_line;
             begin_answer(scenario_line);

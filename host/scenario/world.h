@@ -19,6 +19,9 @@ std::uint64_t bytes_delivered();
 /// if the program doesn't stand still for it, or is told to end.
 bool wait_for_scenario_input(int fd);
 
+/// Whether the program is told to end, which it otherwise finds out when time passes.
+bool is_to_end();
+
 /// Whether reading `fd` gives something at once.
 bool scenario_input_is_there(int fd);
 

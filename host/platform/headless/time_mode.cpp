@@ -68,6 +68,8 @@ std::uint64_t bytes_delivered() { return time_mode->bytes_delivered(); }
 
 bool wait_for_scenario_input(int fd) { return time_mode->wait_for_scenario_input(fd); }
 
+bool is_to_end() { return told_to_end(); }
+
 bool scenario_input_is_there(int fd) { return input_is_there(fd); }
 
 void halt_module() { time_mode->halt_module(); }

@@ -698,6 +698,21 @@ TEST_F(ScenarioProgram, a_signal_ends_it_in_order) {
     }
 }
 
+TEST_F(ScenarioProgram, a_signal_ends_a_scenario_that_takes_no_time) {
+    // Each of the files includes the next one four times, a thousand million lines in all.
+    for (int i = 0; i < 15; ++i) {
+        const std::string next = "include " + std::to_string(i + 1) + ".scn\n";
+        put(std::to_string(i) + ".scn", (i == 0 ? "time\n" : "") + next + next + next + next);
+    }
+    put("15.scn", "rts\n");
+    const pid_t pid = start({"0.scn"});
+    while (get("out").empty())
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    kill(pid, SIGTERM);
+    EXPECT_EQ(status_of(pid), 1);
+    EXPECT_NE(get("err").find("stopped before its end"), std::string::npos) << get("err");
+}
+
 TEST_F(ScenarioProgram, real_time_speaks_the_same_language) {
     put("feed", "#GR0,0,239,127;");
     put("a.scn",
