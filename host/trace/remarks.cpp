@@ -1,6 +1,7 @@
 #include "host/trace/remarks.h"
 
 #include "base/hex.h"
+#include "firmware/core/language/commands.h"
 #include "firmware/store/ground/macro.h"
 
 #include <algorithm>
@@ -16,7 +17,39 @@ std::string letter_of(int code) {
     return {' ', '\'', static_cast<char>(code), '\''};
 }
 
+bool is_letter(int code) { return code >= 'A' && code <= 'Z'; }
+
+std::string listed(const std::string& letters) {
+    std::string list;
+    for (const char letter : letters)
+        list += (list.empty() ? "" : ", ") + std::string(1, letter);
+    return list;
+}
+
+/// The letters of the groups, or those that a group's commands have after it.
+std::string group_letters() {
+    std::string letters;
+    for (std::uint8_t group = 'A'; group <= 'Z'; ++group)
+        if (is_command_group(group)) letters += static_cast<char>(group);
+    return letters;
+}
+
+std::string op_letters(std::uint8_t group) {
+    std::string letters;
+    for (char op = 'A'; op <= 'Z'; ++op)
+        if (command_number(group, op) >= 0) letters += op;
+    return letters;
+}
+
 }  // namespace
+
+std::string words_of_cure(std::uint8_t lead_in, std::uint8_t group, std::uint8_t op) {
+    if (!is_command_group(group)) return "; the groups are " + listed(group_letters());
+    if (is_letter(op) && is_command_group(op) && command_number(op, group) >= 0)
+        return std::string("; is it ") + (lead_in == '#' ? "#" : "ESC ") + static_cast<char>(op) +
+               static_cast<char>(group) + '?';
+    return std::string("; group ") + static_cast<char>(group) + " has " + listed(op_letters(group));
+}
 
 std::string name_of(const ByteSource& source) {
     switch (source.origin) {

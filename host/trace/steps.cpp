@@ -118,6 +118,11 @@ void take_remark(StepReader& reader, const TraceEvent& event) {
     if (event.remark == Remark::missing_glyph && reader.open && !reader.step.is_text)
         return take_missing_glyph(reader.step, event.from);
     Finding finding = finding_of(event.remark, event.from, event.to);
+    const bool undefined =
+        event.remark == Remark::undefined_op || event.remark == Remark::undefined_group;
+    if (undefined && !reader.step.bytes.empty())
+        finding.words +=
+            words_of_cure(reader.step.bytes.front(), reader.step.group, reader.step.op);
     if (event.remark == Remark::wrapped) {
         // A number may be cut twice, to its 8 bits and to those that the command takes.
         const bool again = !reader.step.findings.empty() && reader.wrapped_to == event.from &&
