@@ -17,6 +17,7 @@ namespace {
 constexpr int default_block = 1024;
 constexpr int max_block = 0xFFFF;
 constexpr int max_stream = 1 << 24;
+constexpr std::size_t max_allows = 1000;
 constexpr std::array<std::string_view, 3> stream_names{"block", "blocks", "percent"};
 
 /// A kit on its way.
@@ -303,23 +304,37 @@ void add_line(Allow& allow, const SourceLine& line) {
         allow.lines.push_back({line.file, line.number, line.number});
 }
 
+Allow allow_at(const SourceLine& line, std::string_view name) {
+    const auto column = static_cast<int>(line.text.find(';')) + 1;
+    return {std::string(name), {line.file, line.number, column}, {}};
+}
+
 /// The comments that allow something, each with the line that follows or, before a heading, with
 /// all the lines below that.
-std::vector<Allow> allows_in(const std::vector<SourceLine>& lines) {
+std::vector<Allow> allows_in(const std::vector<SourceLine>& lines, Faults& faults) {
     std::vector<Allow> allows;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        const std::string_view name = allowed_by(lines[i]);
-        if (name.empty()) continue;
-        const auto column = static_cast<int>(lines[i].text.find(';')) + 1;
-        Allow allow{std::string(name), {lines[i].file, lines[i].number, column}, {}};
-        std::size_t next = i + 1;
-        while (next < lines.size() && is_blank(lines[next]))
-            ++next;
-        if (next < lines.size()) add_line(allow, lines[next]);
-        const bool whole_item = next < lines.size() && is_heading(lines[next]);
-        for (++next; whole_item && next < lines.size() && !is_heading(lines[next]); ++next)
-            add_line(allow, lines[next]);
-        allows.push_back(std::move(allow));
+    std::size_t item = 0, item_end = 0;  // those before the last heading
+    std::size_t next = 0;                // from here on those before the next line
+    for (const SourceLine& line : lines) {
+        if (const std::string_view name = allowed_by(line); !name.empty()) {
+            if (allows.size() == max_allows) {
+                faults.push_back(
+                    Fault({line.file, line.number, 0},
+                          "more than " + std::to_string(max_allows) + " comments allow something"));
+                return allows;
+            }
+            allows.push_back(allow_at(line, name));
+            continue;
+        }
+        if (is_blank(line)) continue;
+        if (is_heading(line)) {
+            item = next;
+            item_end = next = allows.size();
+        }
+        for (std::size_t i = item; i < item_end; ++i)
+            add_line(allows[i], line);
+        for (; next < allows.size(); ++next)
+            add_line(allows[next], line);
     }
     return allows;
 }
@@ -335,7 +350,7 @@ Kit read_kit(const std::string& file, const std::vector<SourceLine>& lines,
         &faults};
     for (const SourceLine& line : lines)
         if (line.file != reader.kit.inputs.back()) reader.kit.inputs.push_back(line.file);
-    reader.kit.allowed = allows_in(lines);
+    reader.kit.allowed = allows_in(lines, faults);
     const std::vector<Section> sections = sections_of(lines, faults);
     for (const Section& section : sections)
         read_plain_section(section, reader);

@@ -18,6 +18,7 @@ constexpr std::string_view heading = "orvanel42-map 1";
 constexpr int max_line_number = 1'000'000'000;
 constexpr std::size_t max_map_bytes = std::size_t{16} << 20;  // of a file
 constexpr std::size_t max_files = 10'000;
+constexpr std::size_t max_allows = 1000;
 constexpr std::uint32_t sum_polynomial = 0xEDB88320;
 
 constexpr std::array<std::string_view, 7> kind_words{"",       "font",  "picture", "power-on",
@@ -107,6 +108,7 @@ void take_span(LineReader& line, SourceMap& map) {
 }
 
 void take_allow(LineReader& line, SourceMap& map) {
+    if (map.allowed.size() >= max_allows) line.fault = "these are too many comments";
     MappedAllow allow{std::string(take_word(line.rest)), 0, 0, {}};
     allow.file = take_file(line, map);
     allow.line = take_line_number(line);

@@ -122,6 +122,14 @@ TEST_F(KitMap, a_file_that_is_none_says_why) {
     }
 }
 
+TEST_F(KitMap, a_flood_of_comments_is_refused_in_time) {
+    std::string flood;
+    for (int i = 0; i < 200'000; ++i)
+        flood += "; allow clamped\n";
+    build(flood + "[normal macro 1]\n#DL\n");
+    EXPECT_EQ(messages, "k.kit:1001: error: more than 1000 comments allow something\n");
+}
+
 /// What is read holds what its readers lean on, whatever the text was.
 TEST_F(KitMap, hostile_bytes_are_read_or_refused) {
     put("dot.pbm", "P1 1 1 1");
