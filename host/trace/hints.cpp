@@ -322,6 +322,7 @@ bool adds_no_area(const Step& step) {
 
 void add_command_hints(Step& step) {
     add_number_hints(step);
+    if (loses_step(step)) return;  // what else is odd follows from it
     if (step.group == 'Z' || step.group == 'N')
         add_text_block_hints(step);
     else if (defines_area(step) && !adds_no_area(step))
