@@ -355,6 +355,8 @@ TEST_F(Window, fades_and_lights_its_lamps_as_the_module_says) {
         if (widget->windowTitle() == "OUT-Ports") panel = widget;
     ASSERT_NE(panel, nullptr);
     const auto lamp = [panel] { return panel->grab().toImage().pixelColor(12 + 7, 20 + 7); };
+    // The reset of the start empties the pipe.
+    ASSERT_TRUE(run_until([] { return tick_enabled.load(); }));
     rx_pipe_put_block(bytes_of("#YH50,#YW1,0,"));
     EXPECT_TRUE(run_until([&] { return lamp() == QColor(0, 255, 0); }));
     rx_pipe_put_block(bytes_of("#YW1,1,"));
