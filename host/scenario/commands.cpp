@@ -196,6 +196,11 @@ void print_screen_hash(const Arguments& a) {
                hex_digits(static_cast<std::uint32_t>(hash), 8));
 }
 
+void print_dots(const Arguments& a) {
+    print_line("dots " + std::to_string(screen_width) + ' ' + std::to_string(screen_height) + ' ' +
+               hex_of(take_glass(a.shown), ""));
+}
+
 void include(const Arguments& a) { include_scenario(a.path); }
 
 void await_received(const Arguments& a) { wait_for_received(a.bytes, a.within_ms); }
@@ -318,6 +323,7 @@ constexpr ScenarioCommand commands[]{
     {"expect-line",    "BYTES",                            {bytes},                  expect_line_now},
     {"expect-screen", "FILE [main or flash] [in X1 Y1 X2 Y2] [except X1 Y1 X2 Y2]...", {picture, shown, part}, expect_screen_now},
     {"screen-hash", "[main or flash]", {shown}, print_screen_hash},
+    {"dots",           "[main or flash]",                  {shown},                 print_dots},
     {"await-answers",  "BYTES [within MS]",                {bytes, within},          await_answers},
     {"await-line",     "BYTES [within MS]",                {bytes, within},          await_line},
     {"await-screen", "FILE [main or flash] [in X1 Y1 X2 Y2] [except X1 Y1 X2 Y2]... [within MS]", {picture, shown, part, within}, await_screen},
