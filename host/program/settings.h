@@ -87,8 +87,7 @@ void put_settings(std::string& ini);
 /// letters.
 std::optional<std::string> setting_line(std::string_view key);
 
-/// All keys in their order; and these with commas between them.
-std::vector<std::string_view> setting_names();
+/// All keys in their order, with commas between them.
 std::string setting_keys();
 
 }  // namespace orvanel

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -17,8 +18,6 @@ namespace orvanel {
 std::vector<RunOutput> run_outputs;
 
 namespace {
-
-constexpr std::size_t max_scenario_bytes = std::size_t{1} << 30;
 
 std::vector<std::string> withheld;  // paths of outputs
 std::string former_output;          // set aside, empty for none
@@ -59,13 +58,9 @@ bool is_new(const std::string& path, std::vector<std::string>& seen) {
 
 RunOutput output_in(const std::string& scenario, FileIn file_in, std::vector<std::string>& seen) {
     if (!is_plain_file(scenario) || !is_new(scenario, seen)) return {};
-    Bytes content;
-    if (!read_file_start(scenario, max_scenario_bytes, content).empty()) return {};
+    std::ifstream lines(scenario, std::ios::binary);
     int number = 0;
-    for (auto at = content.begin(); at != content.end();) {
-        const auto end = std::find(at, content.end(), '\n');
-        std::string line(at, end);
-        at = end == content.end() ? end : end + 1;
+    for (std::string line; std::getline(lines, line);) {
         if (++number == 1) line.erase(0, line.size() - after_mark(line).size());
         if (line.ends_with('\r')) line.pop_back();
         // Its paths start from its own folder.
