@@ -1,6 +1,7 @@
 #include "kit/build.h"
 
 #include "base/files.h"
+#include "base/png.h"
 #include "firmware/store/ground/eeprom.h"
 #include "kit/code_page.h"
 #include "kit/image.h"
@@ -85,6 +86,9 @@ Content load_any(const std::string& path, const Progress& progress, Faults& faul
         read_file(path, stream ? max_stream_bytes : std::size_t{eeprom_large}, content);
     if (!fault.empty()) throw Fault({path, 0, 0}, fault);
     if (stream) return {play_stream(content), content, {}, {}};
+    if (is_png(content))
+        throw Fault({path, 0, 0}, "is a picture, and no image; a kit takes it by 'file' in a "
+                                  "section [picture]");
     if (is_text(content))
         throw Fault({path, 0, 0},
                     "is a text, and no image; the name of a kit ends in .kit, that of a "

@@ -34,4 +34,8 @@ void sort_by_place(Faults& faults);
 /// `FILE:LINE:COLUMN: error: ...`, without what isn't known of the place.
 std::string message_of(const Fault& fault);
 
+/// The messages of all faults, those of a file in the order of its lines; of very many the first,
+/// and how many more there are, in the program's name.
+std::vector<std::string> messages_of(Faults faults, const std::string& program);
+
 }  // namespace orvanel

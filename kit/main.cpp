@@ -23,7 +23,6 @@
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -64,13 +63,9 @@ class ProgressLine {
     bool shown = false;
 };
 
-/// Reports the faults, those of a file in the order of its lines.
-Status tell(Faults faults) {
-    sort_by_place(faults);
-    for (std::size_t i = 0; i < faults.size() && i < max_messages; ++i)
-        tell_user(message_of(faults[i]));
-    if (faults.size() > max_messages)
-        tell_error("and " + std::to_string(faults.size() - max_messages) + " more");
+Status tell(const Faults& faults) {
+    for (const std::string& message : messages_of(faults, program_name))
+        tell_user(message);
     return faults.empty() ? all_well : wrong_content;
 }
 
@@ -124,13 +119,13 @@ SourceMap map_for(const std::string& path, const Bytes& image) {
 int build(const Options& options) {
     Faults faults;
     const Built built = build_source(options, faults);
-    if (!faults.empty()) return tell(std::move(faults));
+    if (!faults.empty()) return tell(faults);
     // All of them first, so that a fault leaves every old file as it was.
     std::vector<Bytes> contents;
     for (const std::string& path : options.outputs)
         contents.push_back(ends_in(path, ".eep") ? stream_of(built.kit, built.image, faults)
                                                  : built.image);
-    if (!faults.empty()) return tell(std::move(faults));
+    if (!faults.empty()) return tell(faults);
     if (is_in_the_way(built.kit, options)) return wrong_call;
     for (std::size_t i = 0; i < contents.size(); ++i) {
         if (!write_output(options.outputs[i], contents[i])) return wrong_call;
@@ -146,7 +141,7 @@ int build(const Options& options) {
 int dump(const Options& options) {
     Faults faults;
     const auto [image, stream, cut, map] = load(options.source, faults);
-    if (!faults.empty()) return tell(std::move(faults));
+    if (!faults.empty()) return tell(faults);
     if (!cut.empty()) tell_user(options.source + ": " + cut);
     // What isn't one at all would fill a screen with odd entries; -o takes it apart all the same.
     if (options.folder.empty() && !doubt_about(image).empty()) return wrong_content;
@@ -172,7 +167,7 @@ std::string fail_on_fault(const std::string& word) {
 int check(const Options& options) {
     Faults faults;
     Content content = load(options.source, faults);
-    if (!faults.empty()) return tell(std::move(faults));
+    if (!faults.empty()) return tell(faults);
     if (!options.map.empty()) content.map = map_for(options.map, content.image);
     if (!content.cut.empty()) {
         put(options.source + ": " + content.cut + "\n");
@@ -196,7 +191,7 @@ int diff(const Options& options) {
     Faults faults;
     const Bytes before = load(options.source, faults).image;
     const Bytes after = load(options.other, faults).image;
-    if (!faults.empty()) return tell(std::move(faults));
+    if (!faults.empty()) return tell(faults);
     const std::string text = difference_of(before, after);
     put(text);
     return text.empty() ? all_well : wrong_content;

@@ -47,6 +47,8 @@ void read_included(Reader& reader, const std::string& path) {
     Bytes content;
     const std::string fault = read_file(path, max_source_bytes, content);
     if (!fault.empty()) throw Fault({path, 0, 0}, fault);
+    if (std::ranges::find(content, 0) != content.end())
+        throw Fault({path, 0, 0}, "has a zero byte in it, and so is no text of a kit");
     reader.open.push_back(key);
     read_text(reader, path, std::string(content.begin(), content.end()));
     reader.open.pop_back();

@@ -252,6 +252,8 @@ std::optional<std::string> setting_line(std::string_view key) {
     return std::nullopt;
 }
 
+std::vector<std::string_view> setting_names() { return keys_of(settings_section); }
+
 std::string setting_keys() {
     std::string keys;
     for (const Setting& setting : settings)

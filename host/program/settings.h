@@ -87,7 +87,8 @@ void put_settings(std::string& ini);
 /// letters.
 std::optional<std::string> setting_line(std::string_view key);
 
-/// All keys in their order, with commas between them.
+/// All keys in their order; and these with commas between them.
+std::vector<std::string_view> setting_names();
 std::string setting_keys();
 
 }  // namespace orvanel

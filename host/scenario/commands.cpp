@@ -229,7 +229,8 @@ void print_setting(const Arguments& a) {
         print_line("setting " + *line);
     else
         report_fault(wrong_line, "there is no setting " + in_quotes(a.word) +
-                                     "; the settings are " + setting_keys());
+                                     is_it(a.word, setting_names()) + "; the settings are " +
+                                     setting_keys());
 }
 
 void print_link(const Arguments& /*a*/) {

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -18,6 +17,8 @@ namespace orvanel {
 std::vector<RunOutput> run_outputs;
 
 namespace {
+
+constexpr std::size_t max_scenario_bytes = std::size_t{1} << 30;
 
 std::vector<std::string> withheld;  // paths of outputs
 std::string former_output;          // set aside, empty for none
@@ -58,9 +59,13 @@ bool is_new(const std::string& path, std::vector<std::string>& seen) {
 
 RunOutput output_in(const std::string& scenario, FileIn file_in, std::vector<std::string>& seen) {
     if (!is_plain_file(scenario) || !is_new(scenario, seen)) return {};
-    std::ifstream lines(scenario, std::ios::binary);
+    Bytes content;
+    if (!read_file_start(scenario, max_scenario_bytes, content).empty()) return {};
     int number = 0;
-    for (std::string line; std::getline(lines, line);) {
+    for (auto at = content.begin(); at != content.end();) {
+        const auto end = std::find(at, content.end(), '\n');
+        std::string line(at, end);
+        at = end == content.end() ? end : end + 1;
         if (++number == 1) line.erase(0, line.size() - after_mark(line).size());
         if (line.ends_with('\r')) line.pop_back();
         // Its paths start from its own folder.

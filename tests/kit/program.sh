@@ -111,6 +111,8 @@ done
 printf 'Hello, 100 \xC2\xB0C\n' >readme.md
 expect 2 'readme.md: error: is a text, and no image;*' check readme.md
 expect 2 'readme.md: error: is a text*' dump readme.md
+expect 2 '*logo.png: error: is a picture, and no image;*' check "$examples/device/logo.png"
+expect 2 '*logo.png: error: has a zero byte in it, and so is no text of a kit' build "$examples/device/logo.png" -o x.bin
 head -c 5000 a.bin >cut.bin
 expect 1 'cut.bin: the file ends at 5000, its image with its CRC at *' check cut.bin
 head -c 32768 "$kit" >noise.bin

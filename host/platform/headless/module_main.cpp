@@ -22,7 +22,7 @@ namespace {
 using namespace orvanel;
 
 struct Options {
-    std::string image;
+    std::string image, map, kit;
     std::string mem = "32";
     std::string trace, trace_json;
     bool remarks_fail = false, hints_fail = false;
@@ -43,13 +43,16 @@ struct Flag {
 /// Empty, or what is wrong with the command line. The options are those of the native program that
 /// module time and one scenario know, with the same meaning.
 std::string read_options(std::span<char*> args, Options& options) {
-    const std::array<TextOption, 6> texts{{{"--image", &options.image},
+    const std::array<TextOption, 8> texts{{{"--image", &options.image},
+                                           {"--map", &options.map},
+                                           {"--kit", &options.kit},
                                            {"--mem", &options.mem},
                                            {"--save-image", &options.session.save_image},
                                            {"--out", &options.session.pictures.folder},
                                            {"--trace", &options.trace},
                                            {"--trace-json", &options.trace_json}}};
-    const std::array<Flag, 5> flags{{{"--update", &options.session.pictures.update},
+    const std::array<Flag, 6> flags{{{"--json", &options.session.json},
+                                     {"--update", &options.session.pictures.update},
                                      {"--update-missing", &options.session.pictures.update_missing},
                                      {"--strict", &options.remarks_fail},
                                      {"--strict=remarks", &options.remarks_fail},
@@ -78,6 +81,13 @@ std::string read_options(std::span<char*> args, Options& options) {
     return {};
 }
 
+std::string load(const Options& options) {
+    if (!options.kit.empty()) return load_kit(options.kit);
+    std::string fault =
+        load_memory("", options.image, options.mem == "64" ? 64 : 32, WithoutImage::blank);
+    return fault.empty() && !options.map.empty() ? load_map_of_image(options.map) : fault;
+}
+
 TraceOptions trace_of(const Options& options) {
     const Strictness strictness = options.hints_fail     ? Strictness::hints
                                   : options.remarks_fail ? Strictness::remarks
@@ -93,8 +103,7 @@ int main(int argc, char** argv) {
     if (const char* folder = std::getenv("PWD"); folder != nullptr) chdir(folder);
     Options options;
     std::string fault = read_options({argv, static_cast<std::size_t>(argc)}, options);
-    if (fault.empty())
-        fault = load_memory("", options.image, options.mem == "64" ? 64 : 32, WithoutImage::blank);
+    if (fault.empty()) fault = load(options);
     if (!fault.empty()) {
         tell_user("orvanel42-headless: error: " + fault);
         return wrong_line;

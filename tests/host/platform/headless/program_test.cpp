@@ -289,13 +289,19 @@ TEST_F(ScenarioProgram, a_wrong_line_ends_the_run_and_says_why) {
           Case{"screen a.gif", "'a.gif' ends neither in .png nor in .pbm; the form is: screen FILE "
                                "[main or flash]"},
           Case{"screen no/a.png", "can't write no/a.png: No such file or directory"},
-          Case{"feed nothing", "nothing: no such file"}, Case{"feed .", ".: not a plain file"},
+          Case{"feed nothing", "nothing: no such file"},
+          Case{"feed .", ".: not a plain file"},
           Case{"setting", "a name is missing; the form is: setting KEY"},
+          Case{"setting vkcblu",
+               "there is no setting 'vkcblu'; is it 'vkcbl'?; the settings are com, baud, "
+               "protocol, adr, beep, xpos, ypos, zoom, iopvisible, iopx, iopy, View90, "
+               "ShowWindow, ontop, viewkit, vkctyp, vkcpol, vkcbl, custx, custy, memKB"},
           Case{"setting nothing",
                "there is no setting 'nothing'; the settings are com, baud, protocol, adr, beep, "
                "xpos, ypos, zoom, iopvisible, iopx, iopy, View90, ShowWindow, ontop, viewkit, "
                "vkctyp, vkcpol, vkcbl, custx, custy, memKB"},
-          Case{"menu 131", "the menu has no item 131"}, Case{"dialog 6010", "no dialog is open"},
+          Case{"menu 131", "the menu has no item 131"},
+          Case{"dialog 6010", "no dialog is open"},
           Case{"scenario 2", "version 2 of the scenario language is unknown; this is version 1"},
           Case{"wait 0\nscenario 1", "'scenario' is only for the first line"},
           Case{std::string("send \"a\0\"", 9), "there is a NUL byte in the line"},
