@@ -8,6 +8,7 @@
 #include "kit/assess.h"
 #include "kit/build.h"
 #include "kit/commands.h"
+#include "kit/constants.h"
 #include "kit/diff.h"
 #include "kit/dump.h"
 #include "kit/objects.h"
@@ -38,6 +39,7 @@ struct Options {
     std::vector<std::string> outputs;
     std::string folder;
     std::string map;  // to write, or to read for an image
+    std::string header, python;
     BuildOptions build;
     bool quiet;
     std::string fail_on;
@@ -94,16 +96,26 @@ bool is_input(const Kit& kit, const std::string& option, const std::string& outp
     return false;
 }
 
+/// A file that a build writes, and the option that names it.
+struct Output {
+    const char* option;
+    std::string path;
+    Bytes content;
+};
+
 /// Whether an output can't be written where the command line wants it; then that is said.
-bool is_in_the_way(const Kit& kit, const Options& options) {
-    for (const std::string& output : options.outputs) {
-        if (is_input(kit, "-o", output)) return true;
-        if (!options.map.empty() && is_same_file(output, options.map)) {
-            tell_error("--map " + options.map + " is the file of -o too; name another file");
+bool is_in_the_way(const Kit& kit, const std::vector<Output>& outputs) {
+    for (std::size_t i = 0; i < outputs.size(); ++i) {
+        const auto& [option, path, content] = outputs[i];
+        if (is_input(kit, option, path)) return true;
+        for (std::size_t k = 0; k < i; ++k) {
+            if (!is_same_file(outputs[k].path, path)) continue;
+            tell_error(std::string(option) + " " + path + " is the file of " + outputs[k].option +
+                       " too; name another file");
             return true;
         }
     }
-    return !options.map.empty() && is_input(kit, "--map", options.map);
+    return false;
 }
 
 Bytes bytes_from(std::string_view text) { return {text.begin(), text.end()}; }
@@ -116,24 +128,37 @@ SourceMap map_for(const std::string& path, const Bytes& image) {
     return map;
 }
 
+/// All that the command line asks for, in its order.
+std::vector<Output> outputs_of(const Options& options, const Built& built, Faults& faults) {
+    std::vector<Output> outputs;
+    for (const std::string& path : options.outputs)
+        outputs.push_back(
+            {"-o", path,
+             ends_in(path, ".eep") ? stream_of(built.kit, built.image, faults) : built.image});
+    if (!options.map.empty())
+        outputs.push_back({"--map", options.map, bytes_from(text_of(built.map))});
+    if (!options.header.empty())
+        outputs.push_back(
+            {"--header", options.header, bytes_from(header_of(built.kit, options.header, faults))});
+    if (!options.python.empty())
+        outputs.push_back({"--python", options.python, bytes_from(python_of(built.kit, faults))});
+    return outputs;
+}
+
 int build(const Options& options) {
     Faults faults;
     const Built built = build_source(options, faults);
-    if (!faults.empty()) return tell(faults);
+    if (!faults.empty()) return tell(std::move(faults));
     // All of them first, so that a fault leaves every old file as it was.
-    std::vector<Bytes> contents;
-    for (const std::string& path : options.outputs)
-        contents.push_back(ends_in(path, ".eep") ? stream_of(built.kit, built.image, faults)
-                                                 : built.image);
-    if (!faults.empty()) return tell(faults);
-    if (is_in_the_way(built.kit, options)) return wrong_call;
-    for (std::size_t i = 0; i < contents.size(); ++i) {
-        if (!write_output(options.outputs[i], contents[i])) return wrong_call;
-        if (!options.quiet)
-            put(options.outputs[i] + ": " + std::to_string(contents[i].size()) + " bytes\n");
+    const std::vector<Output> outputs = outputs_of(options, built, faults);
+    if (!faults.empty()) return tell(std::move(faults));
+    if (is_in_the_way(built.kit, outputs)) return wrong_call;
+    for (std::size_t i = 0; i < outputs.size(); ++i) {
+        const auto& [option, path, content] = outputs[i];
+        if (!write_output(path, content)) return wrong_call;
+        if (!options.quiet && i < options.outputs.size())
+            put(path + ": " + std::to_string(content.size()) + " bytes\n");
     }
-    if (!options.map.empty() && !write_output(options.map, bytes_from(text_of(built.map))))
-        return wrong_call;
     if (!options.quiet) put("image: " + summary_of(built.image) + "\n");
     return all_well;
 }
@@ -222,6 +247,14 @@ std::vector<Option> build_options(Options& options) {
          .place = &options.map,
          .help = "Write beside them where each byte of the image stands in the sources",
          .value_name = "MAP"},
+        {.names = "--header",
+         .place = &options.header,
+         .help = "Write the names of the kit as constants in C",
+         .value_name = "FILE.h"},
+        {.names = "--python",
+         .place = &options.python,
+         .help = "Write the names of the kit as constants in Python",
+         .value_name = "FILE.py"},
         number_option("--image-length", max_image_length, options.build.length,
                       "Bring the image to this length by filler bytes"),
         number_option("--crc", 0xFFFF, options.build.crc,

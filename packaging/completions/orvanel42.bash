@@ -10,7 +10,7 @@ _orvanel42() {
             --json --update-missing --out --junit --trace --trace-json --trace-layers --strict --jobs --commands --help --version" ;;
     orvanel42-terminal) options="--dir --send --hex --file --answers --quiet --help --version" ;;
     orvanel42-kit)
-        options="--output --map --image-length --crc --stream-length --fail-on --quiet --help --version"
+        options="--output --map --header --python --image-length --crc --stream-length --fail-on --quiet --help --version"
         if [ "$COMP_CWORD" -eq 1 ]; then
             mapfile -t COMPREPLY < <(compgen -W "build dump check diff commands --help --version" -- "$word")
             return

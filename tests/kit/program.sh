@@ -181,6 +181,13 @@ expect 2 '*is for an image*' check map.kit --map page.map
 expect 2 '*is the file of -o too*' build map.kit -o map.bin --map map.bin
 expect 2 '*--map map.kit would overwrite map.kit*' build map.kit -o map.bin --map map.kit
 
+# The names of a kit, for C and for Python.
+expect 0 '*' build "$examples/device.kit" -o a.bin --header device.h --python device.py
+cc -std=c99 -Wall -Wextra -Werror -fsyntax-only -include device.h -x c - <<<'int home = DEVICE_PICTURE_HOME;'
+[ "$(python3 -c 'import device; print(device.FONT_HUGE, device.KEY_LAMP_UP)')" = "6 7" ]
+expect 2 '*--header a.bin is the file of -o too*' build map.kit -o a.bin --header a.bin
+expect 2 '*--python map.kit would overwrite map.kit*' build map.kit -o a.bin --python map.kit
+
 # What a terminal would act on is shown instead.
 order=$'\e[2J'
 printf '[normal macro 0]\n#GX\n' >"$order.kit"
