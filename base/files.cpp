@@ -45,8 +45,12 @@ std::string read_file(const std::string& path, std::size_t max, Bytes& content) 
 }
 
 std::string read_file_start(const std::string& path, std::size_t max, Bytes& content) {
-    std::string fault = kind_fault(path);
-    return fault.empty() ? read_start(path, max, content) : fault;
+    if (std::string fault = kind_fault(path); !fault.empty()) return fault;
+    // Room for as much as there is, however high the bound.
+    std::error_code fault;
+    const std::uintmax_t size = std::filesystem::file_size(path, fault);
+    if (fault) return fault.message();
+    return read_start(path, std::min<std::uintmax_t>(size + 1, max), content);
 }
 
 std::string unreadable(const std::string& path) {
