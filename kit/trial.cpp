@@ -11,6 +11,7 @@
 #include "firmware/touch/areas.h"
 #include "firmware/touch/finger.h"
 #include "firmware/touch/menu.h"
+#include "host/trace/byte_hints.h"
 #include "host/trace/remarks.h"
 #include "host/trace/steps.h"
 #include "kit/commands.h"
@@ -192,7 +193,7 @@ void take_step(const Step& step) {
     // The commands that the trial itself sends are none of the kit's.
     if (step.count != 0 && step.source.origin == ByteOrigin::companion && trial->stream.empty())
         return;
-    for (const Finding& finding : step.findings) {
+    for (const Finding& finding : told_together(step.findings)) {
         if (trial->visit.alone && depends_on_page(finding.kind)) continue;
         const bool unseen = finding.kind == FindingKind::text_unseen;
         const SourcePlace place = place_of(unseen ? step.lost : step.source);
@@ -266,9 +267,23 @@ void do_act(const Act& act) {
     }
 }
 
+/// A macro or the stream has ended within a command, which would take what the trial does next for
+/// its rest.
+bool is_unfinished() {
+    const StepReader& reader = trial->reader;
+    return reader.open && !reader.step.is_text && reader.waits &&
+           (reader.step.source.origin == ByteOrigin::macro || !trial->stream.empty());
+}
+
 /// The module has come to rest after an act, or never will.
 void act_is_over() {
     pay();
+    if (is_unfinished()) {
+        Step step = trial->reader.step;
+        add_unfinished_hint(step);
+        take_step(step);
+        return end_run();
+    }
     trial->act_began_us = trial->last_byte_us = trial->now_us;
     if (trial->next_act < trial->visit.acts.size())
         return do_act(trial->visit.acts[trial->next_act++]);

@@ -2,6 +2,7 @@
 
 #include "host/trace/remarks.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -42,6 +43,10 @@ constexpr std::array types{
     FindingType{FindingKind::starts_itself, "starts-itself", remark_degree},
     FindingType{FindingKind::number_took, "number-took", hint_degree},
     FindingType{FindingKind::number_skipped, "skipped", hint_degree},
+    FindingType{FindingKind::digits, "digits", hint_degree},
+    FindingType{FindingKind::text_took, "text-took", hint_degree},
+    FindingType{FindingKind::utf8, "unicode", hint_degree},
+    FindingType{FindingKind::unfinished, "unfinished", hint_degree},
     FindingType{FindingKind::text_unseen, "unseen", hint_degree},
     FindingType{FindingKind::label_alignment, "alignment", hint_degree},
     FindingType{FindingKind::opener_direction, "direction", hint_degree},
@@ -77,6 +82,13 @@ static_assert(in_order());
 static_assert(static_cast<int>(Remark::answer_dropped) ==
               static_cast<int>(FindingKind::answer_dropped));
 
+/// Whether it is about the bytes, of which all else that is found follows.
+bool is_cause(const Finding& finding) {
+    return finding.kind == FindingKind::number_took ||
+           finding.kind == FindingKind::number_skipped || finding.kind == FindingKind::digits ||
+           finding.kind == FindingKind::text_took || finding.kind == FindingKind::utf8;
+}
+
 }  // namespace
 
 std::span<const FindingType> finding_types() { return types; }
@@ -89,6 +101,20 @@ Finding finding_of(Remark remark, int from, int to) {
 
 std::string words_of(const Finding& finding) {
     return finding.words + " [" + std::string(type_of(finding.kind).name) + ']';
+}
+
+std::vector<Finding> told_together(const std::vector<Finding>& findings) {
+    const auto cause = std::find_if(findings.begin(), findings.end(), is_cause);
+    if (cause == findings.end()) return findings;
+    std::vector<Finding> told{*cause};
+    for (const Finding& finding : findings) {
+        if (is_cause(finding)) continue;
+        // A remark stays one: it makes a run fail that hints don't.
+        if (!is_remark(finding)) continue;
+        Finding& first = told.front();
+        first = {finding.kind, words_of(first) + "; " + finding.words};
+    }
+    return told;
 }
 
 std::string_view severity_of(const Finding& finding) {

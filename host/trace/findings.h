@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvanel {
 
@@ -48,6 +49,10 @@ enum class FindingKind : std::uint8_t {
     // Hints on a stream.
     number_took,
     number_skipped,
+    digits,
+    text_took,
+    utf8,
+    unfinished,
     text_unseen,
     label_alignment,
     opener_direction,
@@ -101,6 +106,10 @@ Finding finding_of(Remark remark, int from, int to);
 
 /// `250 clamped to 239 [clamped]`
 std::string words_of(const Finding& finding);
+
+/// What is told of a step as a mistake: if the bytes are wrong, one line that begins with the
+/// cause.
+std::vector<Finding> told_together(const std::vector<Finding>& findings);
 
 /// `warning` for a remark, `hint` for a hint: the word after a place in the form that editors and
 /// CI servers read.

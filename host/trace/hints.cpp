@@ -5,6 +5,7 @@
 #include "firmware/raster/refresh.h"
 #include "firmware/touch/areas.h"
 #include "firmware/touch/menu_definitions.h"
+#include "host/trace/byte_hints.h"
 
 #include <algorithm>
 #include <array>
@@ -286,6 +287,7 @@ void add_area_hints(Step& step) {
         hint(step, FindingKind::area_too_small,
              "an area of " + size_words(area.x2 - area.x1 + 1, area.y2 - area.y1 + 1) +
                  " dots has none inside its edges, where a finger hits it");
+        return;
     }
     if (step.op == 'M')
         add_opener_text_hints(step);
@@ -322,6 +324,7 @@ bool adds_no_area(const Step& step) {
 
 void add_command_hints(Step& step) {
     add_number_hints(step);
+    add_byte_hints(step);
     if (loses_step(step)) return;  // what else is odd follows from it
     if (step.group == 'Z' || step.group == 'N')
         add_text_block_hints(step);
@@ -333,7 +336,10 @@ void add_command_hints(Step& step) {
 }
 
 void add_text_hints(Step& step) {
-    if (!step.is_lost) return;
+    if (!step.is_lost) {
+        if (terminal_on) add_byte_hints(step);
+        return;
+    }
     hint(step, FindingKind::text_unseen,
          "text for the terminal, which is off: nobody sees it (#TE turns it on, and ; begins a "
          "comment)");
@@ -352,6 +358,7 @@ std::vector<Finding> findings_on_press(int x, int y) {
 bool loses_step(const Step& step) {
     return std::any_of(step.findings.begin(), step.findings.end(), [](const Finding& f) {
         return f.kind == FindingKind::number_took || f.kind == FindingKind::number_skipped ||
+               f.kind == FindingKind::digits || f.kind == FindingKind::text_took ||
                f.kind == FindingKind::undefined_op || f.kind == FindingKind::undefined_group;
     });
 }

@@ -1,8 +1,10 @@
 #include "host/trace/steps.h"
 
 #include "base/bytes.h"
+#include "firmware/core/ground/requests.h"
 #include "firmware/raster/refresh.h"
 #include "firmware/store/ground/macro.h"
+#include "host/trace/byte_hints.h"
 #include "host/trace/hints.h"
 #include "host/trace/remarks.h"
 
@@ -20,6 +22,10 @@ bool same_sender(const ByteSource& a, const ByteSource& b) {
 void add_byte(Step& step, std::uint8_t byte) {
     if (step.bytes.size() < max_step_bytes) step.bytes.push_back(byte);
     ++step.count;
+}
+
+bool leaves_macro(const Step& step, const ByteSource& next) {
+    return step.source.origin == ByteOrigin::macro && !same_sender(step.source, next);
 }
 
 void add_finding(Step& step, Finding finding) {
@@ -58,13 +64,20 @@ void begin_command(StepReader& reader) {
     reader.in_comment = false;
     note_level(reader);
     begin_step(reader, false);
+    reader.waits = reader.left_macro = false;
     reader.step.by_touch = reader.touch_level != 0;
 }
 
 void end_command(StepReader& reader) {
     if (!reader.open || reader.step.is_text) return;
+    if (reader.waits && breaking_off()) {
+        add_unfinished_hint(reader.step);
+        return end_step(reader);
+    }
+    if (reader.left_macro) add_macro_end_hint(reader.step);
     add_command_hints(reader.step);
     reader.out_of_step = loses_step(reader.step);
+    reader.took_esc = takes_esc(reader.step);
     end_step(reader);
 }
 
@@ -108,6 +121,7 @@ void take_missing_glyph(Step& step, int code) {
         return f.kind == FindingKind::missing_glyph;
     });
     Finding finding{FindingKind::missing_glyph, words_of_missing_glyphs(codes)};
+    if (step.count == 0) finding.words += ": #NF chooses the font of lists";
     if (told == step.findings.end())
         step.findings.push_back(std::move(finding));
     else
@@ -115,8 +129,16 @@ void take_missing_glyph(Step& step, int code) {
 }
 
 void take_remark(StepReader& reader, const TraceEvent& event) {
+    if (reader.waits && breaking_off()) return;  // of the zeros that end it
     if (event.remark == Remark::missing_glyph && reader.open && !reader.step.is_text)
         return take_missing_glyph(reader.step, event.from);
+    if (event.remark == Remark::missing_glyph && !reader.in_reset) {
+        // A touch has opened a list: all of its letters are told together.
+        if (reader.open && reader.step.count > 0) end_step(reader);
+        reader.open = true;
+        reader.step.role = "list";
+        return take_missing_glyph(reader.step, event.from);
+    }
     Finding finding = finding_of(event.remark, event.from, event.to);
     const bool undefined =
         event.remark == Remark::undefined_op || event.remark == Remark::undefined_group;
@@ -147,18 +169,28 @@ void take_remark(StepReader& reader, const TraceEvent& event) {
 void end_step(StepReader& reader) {
     if (!reader.open) return;
     reader.open = false;
-    if (reader.step.is_text && !reader.out_of_step) add_text_hints(reader.step);
+    if (reader.step.is_text && !reader.out_of_step) {
+        const bool told = reader.took_esc && add_taken_esc_hint(reader.step);
+        if (!told) add_text_hints(reader.step);
+    }
+    if (reader.step.is_text) reader.took_esc = false;
     reader.done(std::exchange(reader.step, {}));
 }
 
 void take_event(StepReader& reader, const TraceEvent& event) {
+    const bool goes_on = event.kind == TraceKind::remark || event.kind == TraceKind::block;
+    if (reader.open && reader.step.count == 0 && !goes_on) end_step(reader);
     Step& step = reader.step;
     if (event.kind == TraceKind::byte || event.kind == TraceKind::idle) reader.in_reset = false;
     switch (event.kind) {
     case TraceKind::byte:
         reader.last_source = event.source;
         reader.last_byte = low8(event.from);
-        if (reader.open && !step.is_text) add_byte(step, reader.last_byte);
+        reader.waits = false;
+        if (reader.open && !step.is_text) {
+            add_byte(step, reader.last_byte);
+            reader.left_macro = reader.left_macro || leaves_macro(step, reader.last_source);
+        }
         break;
     case TraceKind::begin:
         begin_command(reader);
@@ -170,7 +202,7 @@ void take_event(StepReader& reader, const TraceEvent& event) {
         step.raw_start = step.count;
         break;
     case TraceKind::parameter:
-        take_number(step, event.from);
+        if (!reader.waits) take_number(step, event.from);
         break;
     case TraceKind::block:
         step.blocks.push_back(event.block);
@@ -187,6 +219,7 @@ void take_event(StepReader& reader, const TraceEvent& event) {
         break;
     case TraceKind::idle:
         if (step.is_text) end_step(reader);
+        reader.waits = reader.open;
         break;
     case TraceKind::reset:
         end_step(reader);

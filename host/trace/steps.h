@@ -25,9 +25,12 @@ struct StepReader {
     std::uint8_t last_byte = 0;
     bool in_reset = false;     // what a reset finds missing is nobody's command
     bool out_of_step = false;  // the last command had a mistake whose rest comes as text
+    bool took_esc = false;     // the last command's last number is the byte ESC
     bool in_comment = false;   // text from a ; to the end of the line, while the terminal is off
     int wrapped_from = 0;      // of the last number that was
     int wrapped_to = 0;        //
+    bool waits = false;        // the command waits for a byte
+    bool left_macro = false;   // the command began in a macro that has ended
     int touch_level = 0;       // macro level that a touch started, 0 for none
 };
 

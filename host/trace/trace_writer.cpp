@@ -53,7 +53,7 @@ struct Trace {
 
     // Of the host's main thread.
     Mistakes mistakes_of_host;
-    std::map<int, std::set<std::string>> allowed;  // names, by line of the scenario
+    std::map<int, std::map<std::string, bool>> allowed;  // by line of the scenario and name: used
 };
 
 std::unique_ptr<Trace> running;
@@ -101,8 +101,21 @@ void keep_mistake(Mistakes& mistakes, const Finding& finding, const SourcePlace&
 
 bool is_allowed(const Mistake& mistake) {
     const auto names = running->allowed.find(mistake.scenario_line);
-    return names != running->allowed.end() &&
-           names->second.contains(std::string(type_of(mistake.finding.kind).name));
+    if (names == running->allowed.end()) return false;
+    const auto name = names->second.find(std::string(type_of(mistake.finding.kind).name));
+    if (name == names->second.end()) return false;
+    return name->second = true;
+}
+
+/// Each `allow` that has let nothing pass.
+void add_unused_allows(std::vector<Mistake>& mistakes) {
+    for (const auto& [line, names] : running->allowed)
+        for (const auto& [name, used] : names) {
+            const Finding finding{FindingKind::nothing_allowed,
+                                  "nothing is found with this line that 'allow " + name +
+                                      "' lets pass: remove it"};
+            if (!used && counts(finding)) mistakes.push_back({"", line, finding, "", 1});
+        }
 }
 
 void flush_answer() {
@@ -129,7 +142,7 @@ void take_step(const Step& step) {
     if (running->options.layers.command)
         write_line(writes_json() ? json_line(time_now(), step, place)
                                  : text_line(time_now(), step, place));
-    for (const Finding& finding : step.findings) {
+    for (const Finding& finding : told_together(step.findings)) {
         const bool unseen = finding.kind == FindingKind::text_unseen;
         keep_mistake(running->mistakes, finding, unseen ? place_of(step.lost) : place,
                      title_of(step));
@@ -290,7 +303,7 @@ void start_trace(const TraceOptions& options, std::int64_t (*clock_us)()) {
 bool trace_is_written() { return running != nullptr && running->options.form != TraceForm::none; }
 
 void allow_finding(const std::string& name, int scenario_line) {
-    if (running != nullptr) running->allowed[scenario_line].insert(name);
+    if (running != nullptr) running->allowed[scenario_line].try_emplace(name, false);
 }
 
 void tell_finding(const Finding& finding, int scenario_line) {
@@ -323,6 +336,7 @@ TraceFaults finish_trace() {
         faults.unwritten =
             "can't write " + running->options.file + ": " + errno_text(running->write_fault);
     faults.mistakes = take_mistakes(faults.unkept);
+    add_unused_allows(faults.mistakes);
     forget_places();
     running.reset();
     return faults;
