@@ -102,7 +102,9 @@ bool has_simulated_line() {
 }
 
 void line(const Arguments& a) {
-    if (has_simulated_line()) line_receive(a.bytes);
+    if (!has_simulated_line()) return;
+    hint_on_line(a.bytes.size());
+    line_receive(a.bytes);
 }
 
 void print_line_sent(const Arguments& /*a*/) {

@@ -101,6 +101,14 @@ void hint_on_screen(const std::string& path, Shown shown) {
     seen = {dots, scenario_line};
 }
 
+void hint_on_line(std::size_t count) {
+    if (count > 0 && com_port.load() <= 0)
+        hint(FindingKind::bytes_lost,
+             times(count, "byte") + (count == 1 ? " was" : " were") +
+                 " lost: no line is open; 'port N' opens one",
+             scenario_line);
+}
+
 void note_picture(const std::string& path) { memory.kept.try_emplace(path, scenario_line); }
 
 void hint_on_end() {

@@ -24,6 +24,9 @@ void hint_on_answers(std::size_t expected);
 /// `expect-screen`, before it looks.
 void hint_on_screen(const std::string& path, Shown shown);
 
+/// `line` brings bytes.
+void hint_on_line(std::size_t count);
+
 /// `screen` keeps a picture.
 void note_picture(const std::string& path);
 
