@@ -3,6 +3,11 @@
 set -eu
 expected=$1
 shift
-"$@" | diff -u "$expected" - && exit 0
-echo "the command has failed or printed something else than $expected" >&2
+printed=$(mktemp)
+trap 'rm -f "$printed"' EXIT
+status=0
+"$@" >"$printed" || status=$?
+diff -u "$expected" "$printed" || exit 1
+[ "$status" -eq 0 ] && exit 0
+echo "the command has printed $expected, but its status is $status" >&2
 exit 1
