@@ -119,10 +119,11 @@ void hint_on_end() {
             if (!memory.compared.contains(path))
                 hint(FindingKind::not_compared,
                      path + " is kept and never compared: expect-screen does that", line);
-    if (protocol_on.load() && com_port.load() > 0 && tx_count() > 0)
+    const auto left = static_cast<std::size_t>(tx_count());
+    if (protocol_on.load() && com_port.load() > 0 && left > 0)
         hint(FindingKind::unfetched,
-             times(static_cast<std::size_t>(tx_count()), "byte") +
-                 " of answers were never fetched: the frame with S asks for them",
+             times(left, "byte") + " of answers " + (left == 1 ? "was" : "were") +
+                 " never fetched: the frame with S asks for them",
              0);
 }
 
