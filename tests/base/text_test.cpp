@@ -59,8 +59,10 @@ TEST(Utf8, characters_at_the_edges_of_their_length_come_back) {
 TEST(Utf8, what_no_character_begins_with_has_no_length) {
     for (const std::string_view text :
          {"", "\x80", "\xC1\x81", "\xE0\x81\x81", "\xF0\x80\x81\x81", "\xED\xA0\x80",
-          "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xC3", "\xE2\x82", "\xC3x"})
+          "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xC3", "\xE2\x82", "\xC3x"}) {
         EXPECT_EQ(utf8_character(text).length, 0u) << printable(text);
+        EXPECT_EQ(utf8_character(text).code, 0u) << printable(text);
+    }
 }
 
 }  // namespace orvanel

@@ -60,7 +60,7 @@ file = "$examples/device/small.bdf"
 #MD 1,1,5,5,50
 [normal macro 5]
 #BA 4,5
-[power-on macro 2]
+[power-on macro 3]
 #MN 8
 [touch macro 2]
 #BA 1,5
@@ -70,7 +70,7 @@ file = "$examples/device/small.bdf"
 #BA 3,5
 #MN 7
 KIT
-expect 1 '*power-on macro 2*macro 8 is*touch macro 2*bar 1 is*menu macro 12*bar 2 is*touch macro 3*macro 7 is missing*' \
+expect 1 '*power-on macro 3*macro 8 is*touch macro 2*bar 1 is*menu macro 12*bar 2 is*touch macro 3*macro 7 is missing*' \
     check touch.kit
 expect 1 '*normal macro 5*bar 4 is*touch macro 3: no key*unreached?' check touch.kit
 expect 0 '*unreached?' check --fail-on nothing touch.kit  # by a timer of 5 s

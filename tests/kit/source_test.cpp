@@ -71,7 +71,8 @@ TEST_F(KitSource, tells_each_fault_with_its_place) {
         {"[image]\nmemory 32", "k.kit:2:1: error: expected KEY = VALUE"},
         {"[image]\nmemory = 48", "k.kit:2:10: error: expected 32 or 64"},
         {"[imge]\nsize = 48", "k.kit:1:2: error: 'imge' is no heading; is it 'image'?"},
-        {"[image]\nlenght = 48", "k.kit:2:1: error: 'lenght' is no setting here; is it 'length'?"},
+        {"[image]\n  lenght = 48",
+         "k.kit:2:3: error: 'lenght' is no setting here; is it 'length'?"},
         {"[image]\nsize = 48", "k.kit:2:1: error: 'size' is no setting here; expected memory, "
                                "length or crc"},
         {"[image]\ncrc = 1\ncrc = 2", "k.kit:3:1: error: 'crc' is set twice"},

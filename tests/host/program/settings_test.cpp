@@ -242,6 +242,9 @@ TEST_F(Folder, the_image_has_the_size_of_the_settings) {
     ASSERT_EQ(open_program_folder(folder.string()), "");
     EXPECT_NE(image_notice.find("of 65537 bytes only the first 65536"), std::string::npos)
         << image_notice;
+    EXPECT_TRUE(image_notice.ends_with("saved as that file, it is renamed to " +
+                                       (folder / "Orvanel42.bin.1").string()))
+        << image_notice;
     image_notice.clear();
     put("Orvanel42.bin.1", "somebody took the name that the notice foretells");
     EXPECT_EQ(save_image(folder / "Orvanel42.bin", eeprom_bytes(), Backup::none), "");

@@ -75,9 +75,10 @@ std::string wrong_pixel(const Frame& frame, const Display& display) {
 }
 
 /// A BMP of one colour index for the rim, one for the surround, one for the glass.
-std::vector<std::uint8_t> small_skin(int glass_rows, int glass_left = 40, int top = 20) {
+std::vector<std::uint8_t> small_skin(int glass_rows, int glass_left = 40, int top = 20,
+                                     int right = 40) {
     Dib dib{};
-    EXPECT_TRUE(dib_create(dib, 2 * glass_left + 240 * std::max(glass_rows / 128, 1),
+    EXPECT_TRUE(dib_create(dib, glass_left + 240 * std::max(glass_rows / 128, 1) + right,
                            2 * top + glass_rows, 256));
     const int middle = dib_columns(dib) / 2;
     for (int y = 0; y < dib_rows(dib); ++y)
@@ -133,6 +134,7 @@ TEST_F(Skin, that_shows_no_dots_is_refused_and_the_old_one_stays) {
     };
     refused(small_skin(127), "127 pixels high");
     refused(small_skin(128, 40, 0), "upper edge");
+    refused(small_skin(128, 40, 20, -1), "right edge");
     std::vector<std::uint8_t> cut = builtin_skin();
     cut.resize(cut.size() - 584);
     refused(cut, "within its rows");
@@ -141,6 +143,7 @@ TEST_F(Skin, that_shows_no_dots_is_refused_and_the_old_one_stays) {
     cut.resize(20);
     refused(cut, "no BMP");
 
+    EXPECT_EQ(skin_analyse(small_skin(128, 40, 20, 0)), "");
     EXPECT_EQ(skin_analyse(small_skin(128)), "");
     EXPECT_EQ(skin_image.scale, 1u);
     EXPECT_EQ(lcd_dib.area.top, 20);

@@ -19,6 +19,7 @@
 #include "host/window/roof/window_timer.h"
 #include "link/feeds/feeds.h"
 #include "link/ground/pipes.h"
+#include "link/ground/port.h"
 #include "seam/host_calls.h"
 
 #include <QAction>
@@ -26,6 +27,7 @@
 #include <QDialog>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QHelpEvent>
 #include <QImage>
 #include <QKeyEvent>
 #include <QLabel>
@@ -362,7 +364,8 @@ TEST_F(Window, fades_and_lights_its_lamps_as_the_module_says) {
     rx_pipe_put_block(bytes_of("#YW1,1,"));
     EXPECT_TRUE(run_until([&] { return lamp() == QColor(0, 128, 0); }));
     EXPECT_TRUE(run_until([] { return backlight_light.load().backlight_level == 50; }));
-    ports_close();
+    panel->close();
+    EXPECT_FALSE(ports_opened());
     close_window();
 }
 
@@ -407,6 +410,25 @@ TEST_F(Window, lets_a_companion_name_its_window_where_windows_have_no_numbers) {
     open_with("");
     EXPECT_EQ(bridge_message({bridge_introduce, {0, 0x1400007}}), 1u);
     EXPECT_TRUE(activate_terminal());
+    close_window();
+}
+
+TEST_F(Window, tells_of_bytes_that_are_no_frames_where_the_pointer_rests) {
+    open_with("");
+    const auto tip = [] {
+        QHelpEvent rests(QEvent::ToolTip, {}, {});
+        QApplication::sendEvent(glass, &rests);
+        return glass->toolTip();
+    };
+    com_port = 1;
+    protocol_on = true;
+    EXPECT_FALSE(tip().contains("No frame yet")) << "nothing has come";
+    line_bytes_in = 1;
+    EXPECT_TRUE(tip().contains("No frame yet: plain bytes vanish"));
+    frames_bad = 1;
+    EXPECT_FALSE(tip().contains("No frame yet"));
+    com_port = 0;
+    line_bytes_in = frames_bad = 0;
     close_window();
 }
 

@@ -92,6 +92,9 @@ cmp x module/Orvanel42.bin
 long y
 "$headless" --save-image y stream.scn 2>told
 grep -q 'y was longer .* is now y.1$' told
+# A limit for files is told, and ends nothing by its signal.
+limited() { (ulimit -f 8 && "$headless" "$@"); }
+refuses 'cannot save z: File too large' limited --save-image z stream.scn
 
 # An output that is an input, or another output.
 cp stream.scn kept.scn
