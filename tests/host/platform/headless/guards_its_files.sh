@@ -177,6 +177,16 @@ ends_with 0
 holds module/Orvanel42.bin first
 grep -qx adr=3 module/simulator.ini
 
+# The next one of its name is nobody's, and has an image: that is kept as any former one.
+fresh
+start
+programs
+until_it holds module/Orvanel42.bin first
+fresh
+ends_with 0
+holds module/Orvanel42.bin first
+cmp module/Orvanel42.bin.bak blank
+
 # The folder is gone, and the next one of its name is another program's.
 fresh
 start
