@@ -181,7 +181,7 @@ TEST_F(Import, what_the_module_cannot_show_is_refused_with_the_first_fault_that_
     const char* length = "Picturefilelength is false!";
     for (const auto& [message, file] :
          {Case{big, raw(241, 1)}, Case{big, raw(8, 129)},
-          Case{"This is not a monochrome Picture !", with(with(bmp(8, 8), 28, 8), 2, 1)},
+          Case{"This is not a monochrome Picture !", with(with(bmp(8, 8), 28, 2), 2, 1)},
           Case{length, with(bmp(8, 8), 2, 1)}, Case{length, bmp(240, 200)},
           Case{length, {'B', 'M', 'x'}}, Case{big, bmp(241, 1)}, Case{big, bmp(8, 129)},
           Case{big, with(bmp(8, 8), 22, static_cast<std::uint32_t>(-8))},
