@@ -9,7 +9,8 @@ namespace orvanel {
 
 namespace {
 
-void append_pair(Bytes& bytes, std::size_t value) {
+void append_pair(Bytes& bytes, std::size_t number) {
+    const auto value = static_cast<std::int64_t>(number);
     bytes.push_back(low8(value));
     bytes.push_back(low8(value >> 8));
 }

@@ -65,7 +65,7 @@ void check_text(const std::vector<std::string>& findings) {
             check(static_cast<unsigned char>(c) >= ' ' && c != '\x7F');
 }
 
-std::vector<std::string> told_of(const Bytes& image, const Bytes& stream) {
+std::vector<std::string> told_of(const Bytes& image, Input stream) {
     std::vector<std::string> told;
     for (const TrialFinding& found : try_image(image, stream))
         told.push_back(found.where + ": " + words_of(found.finding));
