@@ -17,6 +17,18 @@ namespace orvanel {
 
 namespace {
 
+bool is_one_of(const std::vector<int>& choice, const std::string& text) {
+    return std::any_of(choice.begin(), choice.end(),
+                       [&text](int number) { return std::to_string(number) == text; });
+}
+
+std::string no_choice(const std::vector<int>& choice, const std::string& text) {
+    std::string fault = "'" + text + "' is none of";
+    for (std::size_t i = 0; i < choice.size(); ++i)
+        fault += (i == 0 ? " " : ", ") + std::to_string(choice[i]);
+    return fault;
+}
+
 struct AddOption {
     CLI::App& app;
     const Option& option;
@@ -28,7 +40,10 @@ struct AddOption {
         CLI::Option* added = app.add_option(option.names, *number, option.help);
         if (option.range.first < option.range.second)
             added->check(CLI::Range(option.range.first, option.range.second));
-        if (!option.one_of.empty()) added->check(CLI::IsMember(option.one_of));
+        if (!option.one_of.empty())
+            added->check([choice = option.one_of](const std::string& text) {
+                return is_one_of(choice, text) ? std::string() : no_choice(choice, text);
+            });
         return added;
     }
     CLI::Option* operator()(std::string* text) const {

@@ -462,6 +462,12 @@ TEST_F(ScenarioProgram, a_wrong_command_line_gives_2) {
         EXPECT_NE(get("err"), "") << words.front();
         EXPECT_EQ(get("out"), "") << words.front();
     }
+    for (const char* mem : {"48", "x", "", "032"}) {
+        EXPECT_EQ(run({"--mem", mem}), 2) << mem;
+        EXPECT_NE(get("err").find(std::string("--mem: '") + mem + "' is none of 32, 64"),
+                  std::string::npos)
+            << get("err");
+    }
     EXPECT_EQ(run({"--version"}), 0);
     EXPECT_EQ(run({"--commands"}), 0);
     EXPECT_NE(get("out").find("ESC G D"), std::string::npos);
