@@ -54,7 +54,8 @@ struct AddOption {
     CLI::Option* operator()(std::vector<std::string>* texts) const {
         CLI::Option* added = app.add_option(option.names, *texts, option.help);
         if (option.one_each)
-            added->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+            added->expected(1)->allow_extra_args(false)->multi_option_policy(
+                CLI::MultiOptionPolicy::TakeAll);
         return added;
     }
     CLI::Option* operator()(const TakeValue& take) const {
@@ -134,7 +135,9 @@ std::string fault_in(const CLI::App& app, const CommandLine& line, const CLI::Er
     const auto word = lacks_command
                           ? unknown.begin()
                           : std::find_if(unknown.begin(), unknown.end(), looks_like_option);
-    if (word == unknown.end()) return found.what();
+    if (word == unknown.end())
+        return unknown.empty() ? found.what()
+                               : "'" + unknown.front() + "' is one argument too many";
     const bool is_before = std::count(before.begin(), before.end(), *word) > 0;
     if (looks_like_option(*word))
         return no_option(line, app, is_before || given.empty() ? nullptr : given.front(), *word);

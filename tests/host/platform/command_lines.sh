@@ -35,7 +35,8 @@ for program; do
         says 2 "'--sned' is no option; is it '--send'?" "$program" --sned --file none
         says 2 "'--dri' is no option; is it '--dir'?" "$program" --dri x
         says 2 '--file: none: no such file' "$program" --file none
-        says 1 'no program that takes messages' "$program" --dir . --send 41 ;;
+        says 2 "'42' is one argument too many" "$program" --dir . --send 41 42
+        says 1 'no program that takes messages' "$program" --dir . --send 41 --send 42 ;;
     *)
         # A wrong option leaves its value behind, which looks like a file.
         says 2 "'--seral' is no option; is it '--serial'?" "$program" --seral pty
