@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Draws the pictures of the demo anew: tools/demo/pictures.py
+"""Draws the pictures of the demo again: tools/demo/pictures.py
 
 They are kept in data/demo/pictures, so nobody needs this to build. It takes python3-pil and
 python3-numpy, and the outlines of fonts-dejavu.
