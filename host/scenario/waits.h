@@ -2,17 +2,15 @@
 
 #pragma once
 
+#include "host/platform/life/schedule.h"
 #include "host/scenario/expectations.h"
 
 #include <cstdint>
 #include <functional>
-#include <limits>
 #include <string>
 #include <vector>
 
 namespace orvanel {
-
-constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 
 /// Begin to wait: for the time to pass, for the module to be quiet, for answers, for bytes on
 /// the line, for a picture.

@@ -9,8 +9,9 @@
 #include "host/platform/desktop/window.h"
 #include "host/platform/instance/instance.h"
 #include "host/platform/instance/instance_client.h"
+#include "host/platform/life/start.h"
+#include "host/platform/life/start_port.h"
 #include "host/platform/real_time/real_time.h"
-#include "host/platform/real_time/start_port.h"
 #include "host/platform/system/process.h"
 #include "host/platform/system/wake.h"
 #include "host/program/image_file.h"
@@ -283,12 +284,12 @@ int run(int argc, char** argv) {
     if (status == EXIT_SUCCESS) return status;
     if (status > 0) return refuse_start(options, fault, argc, argv);
     if (!orvanel::built_in_data_is_whole()) return EXIT_SUCCESS;
-    fault = orvanel::load_memory(options.folder, options.image, options.mem_kib,
-                                 options.serial.empty() ? orvanel::WithoutImage::demo
-                                                        : orvanel::WithoutImage::blank);
+    fault = orvanel::load_start({.folder = options.folder,
+                                 .image = options.image,
+                                 .mem_kib = options.mem_kib,
+                                 .serial = options.serial,
+                                 .protocol = options.protocol});
     if (!fault.empty()) return refuse_start(options, fault, argc, argv);
-    orvanel::take_protocol_option(options.protocol);
-    orvanel::name_devices(options.serial, options.folder);
     if (!prepare_display()) {
         tell_error("there is no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not "
                    "set); orvanel42-headless runs without one");
@@ -297,15 +298,16 @@ int run(int argc, char** argv) {
     qInstallMessageHandler(on_qt_message);
     argc = 1;  // the rest is ours and not for Qt
     const QApplication application(argc, argv);
-    fault = orvanel::prepare_skin();
-    if (!fault.empty()) {
-        orvanel::tell_user("orvanel42: " + fault);  // which begins with "Error:"
-        orvanel::show_fault_box(orvanel::start_fault_caption, fault);
+    if (!orvanel::prepare_window()) {
+        tell_error("no file descriptor left");
         return failed;
     }
     orvanel::set_companions(orvanel::help_page(), orvanel::terminal_command(options.folder));
-    if (!orvanel::open_window(options.file, options.serial)) {
-        tell_error("no file descriptor left");
+    fault = orvanel::open_window(options.file, options.serial);
+    if (!fault.empty()) {
+        orvanel::close_end_signals();               // no window listens to them
+        orvanel::tell_user("orvanel42: " + fault);  // which begins with "Error:"
+        orvanel::show_fault_box(orvanel::start_fault_caption, fault);
         return failed;
     }
     if (!orvanel::image_notice.empty())

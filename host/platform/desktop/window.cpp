@@ -6,15 +6,15 @@
 #include "host/platform/desktop/main_window.h"
 #include "host/platform/desktop/panel.h"
 #include "host/platform/desktop/scale.h"
+#include "host/platform/life/start.h"
+#include "host/platform/life/start_port.h"
 #include "host/platform/real_time/real_time.h"
-#include "host/platform/real_time/start_port.h"
 #include "host/platform/serial/serial_line.h"
 #include "host/platform/system/process.h"
 #include "host/platform/system/wake.h"
 #include "host/program/program_folder.h"
 #include "host/requests/main_requests.h"
 #include "host/requests/painter.h"
-#include "host/window/roof/program_life.h"
 #include "host/window/roof/window_timer.h"
 #include "seam/platform.h"
 
@@ -31,6 +31,7 @@ namespace {
 
 constinit QTimer* fade_timer = nullptr;  // a child of the window
 constinit int main_wake = -1;            // set by firmware_thread when it wants a paint
+constinit int end_wake = -1;             // set by a signal
 
 /// Has the event loop run `action` whenever `fd` has been set; ends with the window.
 void on_wake(int fd, void (*action)()) {
@@ -47,6 +48,16 @@ void make_fade_timer() {
     QObject::connect(fade_timer, &QTimer::timeout, main_window, backlight_fade_step);
 }
 
+void show_and_listen() {
+    show_main_window();
+    on_wake(main_wake, serve_main_requests);
+    on_wake(end_wake, [] {
+        ended_by_signal = true;
+        QApplication::exit();  // not quit, which would close the ports panel as if by hand
+    });
+    make_fade_timer();
+}
+
 void start_window_timer() {
     auto* timer = new QTimer(main_window);
     timer->setTimerType(Qt::PreciseTimer);
@@ -57,37 +68,37 @@ void start_window_timer() {
 
 /// The port that is open from the start. Why it can't be opened is for who has started us; the user
 /// has a message.
-void open_port(const std::string& serial) {
+std::string open_port(const std::string& serial) {
     const std::string fault = open_start_port(start_port(serial), serial);
     if (!fault.empty()) tell_user("orvanel42: error: " + fault);
     const std::string name = new_peer_name(serial);
-    if (name.empty()) return;
+    if (name.empty()) return {};
     write_stdout("serial " + name + "\n");
     (void)output_is_whole("orvanel42");  // who waits for the name learns why it doesn't come
+    return {};
+}
+
+void start_painted_module() {
+    open_painter();
+    start_module();
 }
 
 }  // namespace
 
-bool open_window(const std::string& file, const std::string& serial) {
+bool prepare_window() {
     main_wake = open_wake();
-    const int end_wake = open_end_signals();
-    if (!open_real_time() || main_wake < 0 || end_wake < 0) return false;
-    make_main_window();
-    dress_window();
-    show_main_window();
-    on_wake(main_wake, serve_main_requests);
+    end_wake = open_end_signals();
     ended_by_signal = false;
-    on_wake(end_wake, [] {
-        ended_by_signal = true;
-        QApplication::exit();  // not quit, which would close the ports panel as if by hand
-    });
-    make_fade_timer();
-    open_port(serial);
-    start_window_timer();
-    open_painter();
-    start_module();
-    furnish_window(file);
-    return true;
+    return open_real_time() && main_wake >= 0 && end_wake >= 0;
+}
+
+std::string open_window(const std::string& file, const std::string& serial) {
+    return start_run({.make_window = make_main_window,
+                      .show_window = show_and_listen,
+                      .open_port = open_port,
+                      .start_timers = start_window_timer,
+                      .start_threads = start_painted_module},
+                     serial, file);
 }
 
 void close_window() {

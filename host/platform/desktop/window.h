@@ -7,12 +7,15 @@
 
 namespace orvanel {
 
+/// Takes the wakes that the window listens to. SIGINT, SIGTERM and SIGHUP end the event loop from
+/// here on, as closing the window does, until close_end_signals (host/platform/system/wake.h): one
+/// that comes after the loop does nothing. False if the system lacks a descriptor.
+[[nodiscard]] bool prepare_window();
+
 /// Opens the window, starts the module, and feeds it `file` unless that is empty. A QApplication
-/// exists, and settings and EEPROM image stand. SIGINT, SIGTERM and SIGHUP end the event loop
-/// from here on, as closing the window does, until close_end_signals (host/platform/system/wake.h):
-/// one that comes after the loop does nothing. False if the system lacks what that takes.
-/// `serial` is the text of `--serial`, empty for none.
-[[nodiscard]] bool open_window(const std::string& file, const std::string& serial = {});
+/// exists, prepare_window has run, and settings and EEPROM image stand. `serial` is the text of
+/// `--serial`, empty for none. Empty on success, else why there is no view to show.
+[[nodiscard]] std::string open_window(const std::string& file, const std::string& serial = {});
 
 /// One of these signals has come: nobody is there to answer a message.
 extern bool ended_by_signal;

@@ -7,12 +7,10 @@
 #include "host/platform/headless/options.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/headless/time_mode.h"
-#include "host/platform/real_time/start_port.h"
+#include "host/platform/life/start.h"
 #include "host/platform/system/process.h"
-#include "host/program/program_folder.h"
 #include "host/scenario/report.h"
 #include "host/trace/command_reference.h"
-#include "host/window/roof/program_life.h"
 
 #include <cstdio>
 #include <exception>
@@ -27,10 +25,13 @@ std::string lock_and_load(const Options& options) {
     std::string fault;
     if (!options.folder.empty() && lock_folder(options.folder, fault) != FolderLock::taken)
         return fault;
-    if (!options.kit.empty()) return load_kit(options.kit);
-    fault = load_memory(options.folder, options.image, options.mem_kib,
-                        options.session.serial.empty() ? WithoutImage::demo : WithoutImage::blank);
-    return fault.empty() && !options.map.empty() ? load_map_of_image(options.map) : fault;
+    return load_start({.folder = options.folder,
+                       .image = options.image,
+                       .map = options.map,
+                       .kit = options.kit,
+                       .mem_kib = options.mem_kib,
+                       .serial = options.session.serial,
+                       .protocol = options.protocol});
 }
 
 int run(int argc, char** argv) {
@@ -49,8 +50,6 @@ int run(int argc, char** argv) {
     }
     tell_image_notice();
     session_options = options.session;
-    take_protocol_option(options.protocol);
-    name_devices(options.session.serial, options.folder);
     if (options.real_time) choose_time_mode(real_time);
     take_end_signals();
     // The results of a lone scenario have to outlive its crash; what it says goes out at once.

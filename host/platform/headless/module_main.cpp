@@ -3,10 +3,9 @@
 #include "base/visible.h"
 #include "host/platform/headless/session.h"
 #include "host/platform/headless/session_options.h"
-#include "host/platform/real_time/start_port.h"
+#include "host/platform/life/start.h"
 #include "host/scenario/ending.h"
 #include "host/scenario/report.h"
-#include "host/window/roof/program_life.h"
 
 #include <unistd.h>
 
@@ -82,10 +81,10 @@ std::string read_options(std::span<char*> args, Options& options) {
 }
 
 std::string load(const Options& options) {
-    if (!options.kit.empty()) return load_kit(options.kit);
-    std::string fault =
-        load_memory("", options.image, options.mem == "64" ? 64 : 32, WithoutImage::blank);
-    return fault.empty() && !options.map.empty() ? load_map_of_image(options.map) : fault;
+    return load_start({.image = options.image,
+                       .map = options.map,
+                       .kit = options.kit,
+                       .mem_kib = options.mem == "64" ? 64 : 32});
 }
 
 TraceOptions trace_of(const Options& options) {
@@ -112,6 +111,5 @@ int main(int argc, char** argv) {
     tell_image_notice();
     session_options = options.session;
     session_options.trace = trace_of(options);
-    name_devices("", "");
     return run_session(options.scenario);
 }

@@ -7,6 +7,9 @@
 
 namespace orvanel {
 
+/// What falls due again and again does so from here on.
+void start_module_timers();
+
 /// Runs firmware and scenario on this thread until the scenario has ended. The scenario is open.
 void run_in_module_time();
 

@@ -2,7 +2,7 @@
 
 #include "base/command_line.h"
 #include "base/files.h"
-#include "host/platform/real_time/start_port.h"
+#include "host/platform/life/start_port.h"
 #include "host/platform/system/process.h"
 #include "host/scenario/commands.h"
 #include "host/scenario/named_files.h"

@@ -3,11 +3,10 @@
 #include "seam/platform.h"
 
 #include "base/quoting.h"
-#include "host/platform/headless/fade.h"
 #include "host/platform/headless/time_mode.h"
+#include "host/platform/life/schedule.h"
 #include "host/requests/main_requests.h"
 #include "host/scenario/report.h"
-#include "host/scenario/waits.h"
 #include "host/scenario/world.h"
 
 namespace orvanel {
@@ -29,7 +28,7 @@ void wake_main() { time_mode->wake_main(); }
 // Nobody looks. A scenario's pictures are made when it asks for them.
 void paint_window(PixelRect) {}
 
-void set_fade_timer(bool runs) { next_fade_us = runs ? clock_us() + fade_step_us : never; }
+void set_fade_timer(bool runs) { schedule_fade(runs, clock_us()); }
 
 void open_message_box(MessageOf whose, std::string_view caption, std::string_view text) {
     print_event("message " + text_piece(caption) + " " + text_piece(text));

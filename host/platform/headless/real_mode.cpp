@@ -53,6 +53,9 @@ constinit const TimeMode real_time{
     .line_queued = [] { return 0; },
     .line_rts = real_rts,
     .line_speed = real_speed,
+    .open_port = open_real_port,
+    .start_timers = start_real_timers,
+    .start_threads = start_module,
     .run = run_in_real_time,
 };
 

@@ -2,20 +2,16 @@
 
 #include "base/visible.h"
 #include "host/platform/headless/end_signals.h"
-#include "host/platform/headless/fade.h"
 #include "host/platform/headless/first_port.h"
-#include "host/platform/headless/session_options.h"
 #include "host/platform/instance/instance.h"
+#include "host/platform/life/schedule.h"
 #include "host/platform/real_time/real_time.h"
 #include "host/platform/system/wake.h"
 #include "host/program/program_folder.h"
 #include "host/requests/main_requests.h"
 #include "host/scenario/ending.h"
-#include "host/scenario/report.h"
 #include "host/scenario/runner.h"
 #include "host/scenario/waits.h"
-#include "host/window/roof/program_life.h"
-#include "host/window/roof/window_timer.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -33,11 +29,9 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::int64_t us_per_ms = 1000;
-constexpr std::int64_t window_timer_us = window_timer_ms * us_per_ms;
 constexpr std::int64_t test_step_us = us_per_ms;  // between two looks at what the scenario awaits
 
 constinit steady_clock::time_point start{};
-constinit std::int64_t next_window_timer_us = 0;
 constinit int timers_run = 0;
 constinit int main_wake = -1;
 
@@ -49,21 +43,19 @@ constinit std::atomic<std::uint64_t> delivered{0};  // written by firmware_threa
 /// How long the next poll may wait.
 int turn_ms() {
     const std::int64_t now = real_clock_us();
-    std::int64_t due = std::min({next_window_timer_us, next_fade_us, scenario_due_us()});
+    std::int64_t due = std::min(next_due_us, scenario_due_us());
     if (!firmware_moves.load(std::memory_order_relaxed) || waiting_for_event())
         due = std::min(due, now + test_step_us);
     return static_cast<int>((std::max<std::int64_t>(due - now, 0) + us_per_ms - 1) / us_per_ms);
 }
 
-void serve_window_timer() {
+void serve_all_due() {
     const std::int64_t now = real_clock_us();
-    if (now < next_window_timer_us) return;
-    // As with a window's timer, a late turn doesn't make up for those it has missed.
-    next_window_timer_us += (now - next_window_timer_us) / window_timer_us * window_timer_us;
-    next_window_timer_us += window_timer_us;
-    ++timers_run;
-    window_timer();
-    save_programmed_image();
+    while (next_due_us <= now) {
+        if (serve_due(now) != Due::window_timer) continue;
+        ++timers_run;
+        save_programmed_image();
+    }
 }
 
 }  // namespace
@@ -87,21 +79,20 @@ int window_timers_run() { return timers_run; }
 
 void wake_real_session() { set_wake(main_wake); }
 
-std::string open_real_session() {
+std::string open_real_port(const std::string& serial) {
     main_wake = open_wake();
     if (main_wake < 0 || !open_real_time()) return "no file descriptor left";
     run_leading_lines();
     if (!scenario_ended())
-        if (std::string fault = open_first_port(); !fault.empty()) return fault;
+        if (std::string fault = open_first_port(serial); !fault.empty()) return fault;
     // Standard output is the line's from here on.
-    if (session_options.serial == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
-    start = steady_clock::now();
-    next_window_timer_us = window_timer_us;
-    start_module();
-    furnish_window("");
-    if (const std::string fault = open_instance(false); !fault.empty())
-        tell_user("orvanel42-headless: no companion can connect: " + fault);
+    if (serial == "stdio") dup2(STDERR_FILENO, STDOUT_FILENO);
     return {};
+}
+
+void start_real_timers() {
+    start = steady_clock::now();
+    start_schedule(real_clock_us(), LinkRuns::on_its_thread);
 }
 
 void turn_real_session() {
@@ -114,8 +105,7 @@ void turn_real_session() {
         serve_main_requests();
     }
     if (fds[1].revents != 0) stop_scenario();
-    serve_window_timer();
-    if (real_clock_us() >= next_fade_us) serve_fade_step();
+    serve_all_due();
     if (fds[2].revents != 0) scenario_input_ready();
     if (fds[3].revents != 0) serve_instance();
     if (real_clock_us() >= scenario_due_us()) scenario_due();
@@ -130,11 +120,8 @@ void close_real_session() {
 }
 
 void run_in_real_time() {
-    if (const std::string fault = open_real_session(); !fault.empty()) {
-        scenario_line = 0;  // it is the fault of none
-        report_fault(wrong_line, fault);
-        return;
-    }
+    if (const std::string fault = open_instance(false); !fault.empty())
+        tell_user("orvanel42-headless: no companion can connect: " + fault);
     while (!scenario_ended())
         turn_real_session();
     close_real_session();

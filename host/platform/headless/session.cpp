@@ -6,6 +6,7 @@
 #include "host/import/file_kind.h"
 #include "host/platform/headless/session_options.h"
 #include "host/platform/headless/time_mode.h"
+#include "host/platform/life/start.h"
 #include "host/program/image_file.h"
 #include "host/program/program_folder.h"
 #include "host/scenario/hints.h"
@@ -16,7 +17,6 @@
 #include "host/scenario/runner.h"
 #include "host/scenario/world.h"
 #include "host/window/roof/menu_command.h"
-#include "host/window/roof/program_life.h"
 #include "link/feeds/feeds.h"
 #include "seam/platform.h"
 
@@ -60,6 +60,11 @@ void end_trace() {
         report_fault(expectation_failed, "and " + std::to_string(faults.unkept) + " more");
 }
 
+void make_window() {
+    open_memory_window();
+    set_companions("manual/index.html", "orvanel42-terminal");
+}
+
 }  // namespace
 
 void tell_image_notice() {
@@ -67,29 +72,33 @@ void tell_image_notice() {
     image_notice.clear();
 }
 
+std::string start_session() {
+    return start_run({.make_window = make_window,
+                      .show_window = [] {},
+                      .open_port = time_mode->open_port,
+                      .start_timers = time_mode->start_timers,
+                      .start_threads = time_mode->start_threads},
+                     session_options.serial, "");
+}
+
 int run_session(const std::string& name) {
     picture_options = session_options.pictures;
-    const std::string no_view = prepare_skin();
-    if (no_view.empty()) {
-        open_memory_window();
-        set_companions("manual/index.html", "orvanel42-terminal");
-        dress_window();
-    }
     const std::string other = not_a_scenario(name);
-    const std::string fault = open_scenario(name);
+    std::string fault = open_scenario(name);
+    if (!fault.empty()) fault = "can't be opened: " + fault;
+    if (!other.empty()) fault = other;
     if (session_options.json) start_answers();
     const std::string& trace = session_options.trace.file;
     if (!name.empty() && !is_plain_file(name) && !trace.empty() && trace != "-")
         set_former_aside(trace);
     start_trace(session_options.trace, clock_us);
-    if (!no_view.empty())
-        report_fault(wrong_line, no_view);
-    else if (!other.empty())
-        report_fault(wrong_line, other);
-    else if (!fault.empty())
-        report_fault(wrong_line, "can't be opened: " + fault);
-    else
+    if (fault.empty()) fault = start_session();
+    if (fault.empty()) {
         time_mode->run();
+    } else {
+        scenario_line = 0;  // it is the fault of none
+        report_fault(wrong_line, fault);
+    }
     hint_on_end();
     close_scenario();
     stop_feed();

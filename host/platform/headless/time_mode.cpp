@@ -6,7 +6,6 @@
 #include "host/platform/headless/simulated_line.h"
 #include "host/scenario/runner.h"
 #include "host/scenario/world.h"
-#include "host/window/roof/program_life.h"
 
 namespace orvanel {
 
@@ -26,12 +25,6 @@ bool stand_still_for_input(int fd) {
     if (wait_for_input(fd)) return true;
     stop_scenario();
     return false;
-}
-
-void run_module_session() {
-    open_first_port();
-    furnish_window("");
-    run_in_module_time();
 }
 
 }  // namespace
@@ -54,7 +47,10 @@ constinit const TimeMode module_time{
     .line_queued = simulated_queued,
     .line_rts = simulated_rts,
     .line_speed = simulated_baud,
-    .run = run_module_session,
+    .open_port = open_first_port,
+    .start_timers = start_module_timers,
+    .start_threads = [] {},
+    .run = run_in_module_time,
 };
 
 void choose_time_mode(const TimeMode& mode) {

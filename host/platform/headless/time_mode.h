@@ -6,6 +6,7 @@
 #include "host/platform/serial/serial_lines.h"
 
 #include <cstdint>
+#include <string>
 
 namespace orvanel {
 
@@ -31,7 +32,12 @@ struct TimeMode {
     bool (*line_rts)();
     std::int32_t (*line_speed)();
 
-    /// Runs firmware and scenario until the scenario has ended. The scenario is open.
+    // Those of a start (host/platform/life/start.h).
+    std::string (*open_port)(const std::string& serial);
+    void (*start_timers)();
+    void (*start_threads)();
+
+    /// Runs firmware and scenario until the scenario has ended.
     void (*run)();
 };
 

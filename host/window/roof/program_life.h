@@ -1,10 +1,5 @@
 // program_life.h: what every program with a window, on a screen or in memory, does around the run
-// of the module. Main thread.
-//
-// The order of a start: built_in_data_is_whole, load_memory, prepare_skin, the window is made,
-// dress_window, it is shown, open_start_port (host/platform/real_time/start_port.h), the timers
-// run, the threads start, furnish_window. The order of an end: the threads and the port
-// (stop_module), feeds, then image and settings (save_program_folder).
+// of the module: the steps of a start, whose order is in host/platform/life/start.h. Main thread.
 
 #pragma once
 

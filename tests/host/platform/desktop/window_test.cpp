@@ -84,6 +84,7 @@ class Window : public testing::Test {
 
     void SetUp() override {
         shutdown_requested = false;  // of the run before
+        tick_enabled = false;
         view_zoom = 2;
         show_frame = true;
         skin_model = 0;
@@ -103,7 +104,8 @@ void open_with(const std::string& bytes) {
     const std::string path =
         testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name();
     std::ofstream(path, std::ios::binary) << bytes;
-    ASSERT_TRUE(open_window(path));
+    ASSERT_TRUE(prepare_window());
+    ASSERT_EQ(open_window(path), "");
     std::filesystem::remove(path);
 }
 

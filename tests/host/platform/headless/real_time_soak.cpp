@@ -6,6 +6,7 @@
 #include "firmware/store/ground/eeprom.h"
 #include "host/platform/headless/end_signals.h"
 #include "host/platform/headless/real_session.h"
+#include "host/platform/headless/session.h"
 #include "host/platform/headless/time_mode.h"
 #include "host/requests/painter.h"
 #include "host/scenario/answers.h"
@@ -51,7 +52,7 @@ int main() {
     eeprom_reset_to(eeprom_small, {});
     take_end_signals();
     open_painter();  // as if there were a window: the hand-over of paints is soaked, too
-    if (!open_scenario("").empty() || !open_real_session().empty()) return 1;
+    if (!open_scenario("").empty() || !start_session().empty()) return 1;
     int resets = 0;
     std::int64_t next_reset_us = between_resets_us;
     bool reset_asked = false;

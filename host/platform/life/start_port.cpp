@@ -1,4 +1,4 @@
-#include "host/platform/real_time/start_port.h"
+#include "host/platform/life/start_port.h"
 
 #include "base/nearest.h"
 #include "host/platform/serial/serial_line.h"
