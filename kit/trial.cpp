@@ -152,8 +152,8 @@ std::string command_text(const Bytes& bytes) {
 
 /// Whether it may be right where a page of the device is on the glass.
 bool depends_on_page(FindingKind kind) {
-    return kind == FindingKind::missing_bar || kind == FindingKind::missing_glyph ||
-           kind == FindingKind::areas_full || kind == FindingKind::menus_full ||
+    return kind == kind_of(Remark::missing_bar) || kind == kind_of(Remark::missing_glyph) ||
+           kind == kind_of(Remark::areas_full) || kind == kind_of(Remark::menus_full) ||
            kind == FindingKind::areas_overlap || kind == FindingKind::same_code ||
            kind == FindingKind::text_unseen;
 }

@@ -13,26 +13,26 @@ namespace {
 constexpr Degree remark_degree = Degree::remark, hint_degree = Degree::hint;
 
 constexpr std::array types{
-    FindingType{FindingKind::clamped, "clamped", remark_degree},
-    FindingType{FindingKind::wrapped, "wrapped", remark_degree},
-    FindingType{FindingKind::sign_dropped, "sign", remark_degree},
-    FindingType{FindingKind::undefined_group, "no-group", remark_degree},
-    FindingType{FindingKind::undefined_op, "no-command", remark_degree},
-    FindingType{FindingKind::missing_font, "no-font", remark_degree},
-    FindingType{FindingKind::missing_glyph, "no-glyph", remark_degree},
-    FindingType{FindingKind::missing_picture, "no-picture", remark_degree},
-    FindingType{FindingKind::missing_border, "no-border", remark_degree},
-    FindingType{FindingKind::missing_macro, "no-macro", remark_degree},
-    FindingType{FindingKind::missing_bar, "no-bar", remark_degree},
-    FindingType{FindingKind::missing_process, "no-process", remark_degree},
-    FindingType{FindingKind::macros_nested, "too-deep", remark_degree},
-    FindingType{FindingKind::text_cut, "text-cut", remark_degree},
-    FindingType{FindingKind::picture_cut, "picture-cut", remark_degree},
-    FindingType{FindingKind::menus_full, "menus-full", remark_degree},
-    FindingType{FindingKind::areas_full, "areas-full", remark_degree},
-    FindingType{FindingKind::wrong_crc, "wrong-crc", remark_degree},
-    FindingType{FindingKind::eeprom_overflow, "eeprom-full", remark_degree},
-    FindingType{FindingKind::answer_dropped, "answer-dropped", remark_degree},
+    FindingType{kind_of(Remark::clamped), "clamped", remark_degree},
+    FindingType{kind_of(Remark::wrapped), "wrapped", remark_degree},
+    FindingType{kind_of(Remark::sign_dropped), "sign", remark_degree},
+    FindingType{kind_of(Remark::undefined_group), "no-group", remark_degree},
+    FindingType{kind_of(Remark::undefined_op), "no-command", remark_degree},
+    FindingType{kind_of(Remark::missing_font), "no-font", remark_degree},
+    FindingType{kind_of(Remark::missing_glyph), "no-glyph", remark_degree},
+    FindingType{kind_of(Remark::missing_picture), "no-picture", remark_degree},
+    FindingType{kind_of(Remark::missing_border), "no-border", remark_degree},
+    FindingType{kind_of(Remark::missing_macro), "no-macro", remark_degree},
+    FindingType{kind_of(Remark::missing_bar), "no-bar", remark_degree},
+    FindingType{kind_of(Remark::missing_process), "no-process", remark_degree},
+    FindingType{kind_of(Remark::macros_nested), "too-deep", remark_degree},
+    FindingType{kind_of(Remark::text_cut), "text-cut", remark_degree},
+    FindingType{kind_of(Remark::picture_cut), "picture-cut", remark_degree},
+    FindingType{kind_of(Remark::menus_full), "menus-full", remark_degree},
+    FindingType{kind_of(Remark::areas_full), "areas-full", remark_degree},
+    FindingType{kind_of(Remark::wrong_crc), "wrong-crc", remark_degree},
+    FindingType{kind_of(Remark::eeprom_overflow), "eeprom-full", remark_degree},
+    FindingType{kind_of(Remark::answer_dropped), "answer-dropped", remark_degree},
     FindingType{FindingKind::bytes_lost, "bytes-lost", remark_degree},
     FindingType{FindingKind::frame_sum, "frame-sum", remark_degree},
     FindingType{FindingKind::frame_room, "frame-room", remark_degree},
@@ -79,8 +79,6 @@ constexpr bool in_order() {
     return true;
 }
 static_assert(in_order());
-static_assert(static_cast<int>(Remark::answer_dropped) ==
-              static_cast<int>(FindingKind::answer_dropped));
 
 /// Whether it is about the bytes, of which all else that is found follows.
 bool is_cause(const Finding& finding) {
@@ -96,7 +94,7 @@ std::span<const FindingType> finding_types() { return types; }
 const FindingType& type_of(FindingKind kind) { return types[static_cast<std::size_t>(kind)]; }
 
 Finding finding_of(Remark remark, int from, int to) {
-    return {static_cast<FindingKind>(remark), words_of(remark, from, to)};
+    return {kind_of(remark), words_of(remark, from, to)};
 }
 
 std::string words_of(const Finding& finding) {

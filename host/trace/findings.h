@@ -15,30 +15,10 @@ namespace orvanel {
 
 enum class Degree : std::uint8_t { remark, hint };
 
-/// One for each Remark of firmware/core/ground/trace.h, in the same order, then those of the line
-/// and of the host.
+/// The first are the module's own, each Remark of firmware/core/ground/trace.h (kind_of); here are
+/// those of the line and of the host.
 enum class FindingKind : std::uint8_t {
-    clamped,
-    wrapped,
-    sign_dropped,
-    undefined_group,
-    undefined_op,
-    missing_font,
-    missing_glyph,
-    missing_picture,
-    missing_border,
-    missing_macro,
-    missing_bar,
-    missing_process,
-    macros_nested,
-    text_cut,
-    picture_cut,
-    menus_full,
-    areas_full,
-    wrong_crc,
-    eeprom_overflow,
-    answer_dropped,
-    bytes_lost,
+    bytes_lost = static_cast<std::uint8_t>(last_remark) + 1,
     frame_sum,
     frame_room,
     image_length,
@@ -81,6 +61,8 @@ enum class FindingKind : std::uint8_t {
     nothing_allowed,
 };
 
+constexpr FindingKind kind_of(Remark remark) { return static_cast<FindingKind>(remark); }
+
 struct Finding {
     FindingKind kind;
     std::string words;  // what happened, and what to write instead where that can be said
@@ -92,7 +74,7 @@ struct FindingType {
     Degree degree;
 };
 
-/// All kinds, in the order of FindingKind.
+/// All kinds, in their order: the remarks of the module first.
 std::span<const FindingType> finding_types();
 
 const FindingType& type_of(FindingKind kind);

@@ -316,7 +316,7 @@ const TouchArea* nearest_area(int x, int y) {
 
 bool adds_no_area(const Step& step) {
     return std::any_of(step.findings.begin(), step.findings.end(), [](const Finding& f) {
-        return f.kind == FindingKind::menus_full || f.kind == FindingKind::missing_bar;
+        return f.kind == kind_of(Remark::menus_full) || f.kind == kind_of(Remark::missing_bar);
     });
 }
 
@@ -359,7 +359,8 @@ bool loses_step(const Step& step) {
     return std::any_of(step.findings.begin(), step.findings.end(), [](const Finding& f) {
         return f.kind == FindingKind::number_took || f.kind == FindingKind::number_skipped ||
                f.kind == FindingKind::digits || f.kind == FindingKind::text_took ||
-               f.kind == FindingKind::undefined_op || f.kind == FindingKind::undefined_group;
+               f.kind == kind_of(Remark::undefined_op) ||
+               f.kind == kind_of(Remark::undefined_group);
     });
 }
 

@@ -118,9 +118,9 @@ void take_missing_glyph(Step& step, int code) {
     auto& codes = step.missing_glyphs;
     if (std::find(codes.begin(), codes.end(), code) == codes.end()) codes.push_back(code);
     const auto told = std::find_if(step.findings.begin(), step.findings.end(), [](const auto& f) {
-        return f.kind == FindingKind::missing_glyph;
+        return f.kind == kind_of(Remark::missing_glyph);
     });
-    Finding finding{FindingKind::missing_glyph, words_of_missing_glyphs(codes)};
+    Finding finding{kind_of(Remark::missing_glyph), words_of_missing_glyphs(codes)};
     if (step.count == 0) finding.words += ": #NF chooses the font of lists";
     if (told == step.findings.end())
         step.findings.push_back(std::move(finding));
@@ -148,7 +148,7 @@ void take_remark(StepReader& reader, const TraceEvent& event) {
     if (event.remark == Remark::wrapped) {
         // A number may be cut twice, to its 8 bits and to those that the command takes.
         const bool again = !reader.step.findings.empty() && reader.wrapped_to == event.from &&
-                           reader.step.findings.back().kind == FindingKind::wrapped;
+                           reader.step.findings.back().kind == kind_of(Remark::wrapped);
         if (again) finding = finding_of(event.remark, reader.wrapped_from, event.to);
         if (again) reader.step.findings.pop_back();
         reader.wrapped_from = again ? reader.wrapped_from : event.from;

@@ -42,6 +42,7 @@ enum class Remark : std::uint8_t {
     eeprom_overflow,
     answer_dropped,  // part of it at least: nobody takes answers
 };
+constexpr Remark last_remark = Remark::answer_dropped;
 
 /// A rectangle of dots, both corners inclusive, on the glass or not.
 struct Block {
